@@ -1,0 +1,50 @@
+#include "app/CommandLine.h"
+
+#include "app/OperationPolicies.h"
+#include "cmdline/HelpWords.h"
+#include "cmdline/ProgramName.h"
+#include "cmdline/UsageError.h"
+
+#include <exception>
+#include <iostream>
+#include <string>
+
+namespace Dicapsule {
+
+namespace {
+using GeneralUsageError =
+    LibCommandLineOperation::Detail::GeneralUsageError<PackOperation, InfoOperation, UnpackOperation>;
+}  // namespace
+
+void RunCommandLine(int argc, const char* const argv[]) {
+    if (argc < 2) throw GeneralUsageError("The operation is missing.");
+    if (LibCommon::IsHelpWord(argv[1])) {
+        std::cout << LibCommandLineOperation::Detail::general_usage<PackOperation, InfoOperation, UnpackOperation>(
+            LibCommon::ProgramName(argv[0]));
+        return;
+    }
+    bool found = false;
+    PackOperation::run(argc, argv, found);
+    InfoOperation::run(argc, argv, found);
+    UnpackOperation::run(argc, argv, found);
+    if (!found) throw GeneralUsageError("\"" + std::string(argv[1]) + "\" is not a valid operation.");
+}
+
+int Main(int argc, const char* const argv[]) {
+    const std::string prog = LibCommon::ProgramName(argc > 0 ? argv[0] : nullptr);
+    try {
+        RunCommandLine(argc, argv);
+        std::cout.flush();
+        if (!std::cout) throw std::runtime_error("Could not write to the standard output.");
+        return 0;
+    } catch (const LibCommandLineOperation::Detail::UsageError2& error) {
+        std::cerr << "Usage error: " << error.what() << "\n\n" << error.usage(prog) << std::flush;
+    } catch (const std::exception& error) {
+        std::cerr << "Error: " << error.what() << std::endl;
+    } catch (...) {
+        std::cerr << "Unknown error." << std::endl;
+    }
+    return 1;
+}
+
+}  // namespace Dicapsule

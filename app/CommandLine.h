@@ -1,0 +1,13 @@
+#pragma once
+// The entry logic of the tool, apart from printing: help words, operation dispatch, usage errors.
+
+namespace Dicapsule {
+
+// Answer help, or hand the command line to the operation that claims it. Throws a usage error
+// (general or operation) or the operation's own error; returns normally on success.
+void RunCommandLine(int argc, const char* const argv[]);
+
+// Run the command line and report any failure on standard error; returns the exit status (0 or 1).
+int Main(int argc, const char* const argv[]);
+
+}  // namespace Dicapsule

@@ -1,0 +1,101 @@
+#include "app/OperationPolicies.h"
+
+#include "app/CommandLineGrammar.h"
+#include "app/Operations.h"
+#include "app/SharedOptions.h"
+#include "cmdline/UsageError.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace Dicapsule {
+
+namespace po = boost::program_options;
+using LibCommandLineOperation::UsageError;
+
+namespace {
+
+std::optional<std::string> OptionalText(const po::variables_map& values, const char* name) {
+    if (!values.count(name)) return std::nullopt;
+    return values[name].as<std::string>();
+}
+
+bool SwitchSet(const po::variables_map& values, const char* name) {
+    return values.count(name) && values[name].as<bool>();
+}
+
+boost::filesystem::path RequiredInput(const po::variables_map& values) {
+    const std::optional<std::string> input = OptionalText(values, "input");
+    if (!input) throw UsageError("The --input option is required.");
+    return PathFromUtf8(*input);
+}
+
+}  // namespace
+
+std::vector<LibCommon::OptionGroup> PackOperationPolicy::describe() {
+    return {Options::Input(),         Options::Metadata(),   Options::PackOutput(), Options::Encoding(),
+            Options::Force(),         Options::HackForBmPacs(), Options::Identifier(), Options::Reference(),
+            Options::Modality(),      Options::Thumbnail()};
+}
+
+PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
+    PackRecord record;
+    if (const auto thumbnail = OptionalText(values, "thumbnail")) record.thumbnail = PathFromUtf8(*thumbnail);
+    record.modality = OptionalText(values, "Modality");
+
+    const std::optional<std::string> metadata = OptionalText(values, "metadata");
+    if (!metadata) throw UsageError("The --metadata option is required.");
+    record.metadata = *metadata;
+
+    if (values.count("reference")) {
+        record.references = ParseReferenceOptions(values["reference"].as<std::vector<std::string>>());
+    }
+    record.input = RequiredInput(values);
+    if (const auto identifier = OptionalText(values, "Identifier")) record.identifier = ParseIdentifier(*identifier);
+    record.output = ResolvePackOutput(OptionalText(values, "output"), values["Output"].as<std::string>(), record.input);
+
+    record.hackforbmpacs = SwitchSet(values, "hackforbmpacs");
+    if (record.hackforbmpacs && !record.thumbnail) {
+        // An ordinary error on purpose: reported without the usage text.
+        throw std::runtime_error("The --thumbnail option must be used when using the --hackforbmpacs option.");
+    }
+    record.force = SwitchSet(values, "force");
+    if (const auto encoding = OptionalText(values, "encoding")) record.encoding = ParseEncodingOption(*encoding);
+    return record;
+}
+
+void PackOperationPolicy::execute(int argc, const char* const argv[], const PackRecord& record) {
+    pack(argc, argv, record);
+}
+
+std::vector<LibCommon::OptionGroup> InfoOperationPolicy::describe() { return {Options::Input()}; }
+
+InfoRecord InfoOperationPolicy::make_record(const po::variables_map& values) {
+    return InfoRecord{RequiredInput(values)};
+}
+
+void InfoOperationPolicy::execute(int, const char* const[], const InfoRecord& record) { info(record); }
+
+std::vector<LibCommon::OptionGroup> UnpackOperationPolicy::describe() {
+    return {Options::Input(), Options::UnpackOutput(), Options::Force()};
+}
+
+UnpackRecord UnpackOperationPolicy::make_record(const po::variables_map& values) {
+    UnpackRecord record;
+    const std::optional<std::string> output = OptionalText(values, "output");
+    const bool use_original_name = SwitchSet(values, "use-original-name");
+    if (use_original_name && output) throw UsageError("The --use-original-name and --output options are incompatible.");
+    if (output) {
+        record.target = OutputFile{PathFromUtf8(*output)};
+    } else {
+        record.target = OutputDirectory{PathFromUtf8(values["Output"].as<std::string>()), use_original_name};
+    }
+    record.input = RequiredInput(values);
+    record.force = SwitchSet(values, "force");
+    return record;
+}
+
+void UnpackOperationPolicy::execute(int, const char* const[], const UnpackRecord& record) { unpack(record); }
+
+}  // namespace Dicapsule

@@ -1,0 +1,63 @@
+#pragma once
+// The option records that the operation bodies read, built from the command line.
+
+#include "app/ReferenceRecord.h"
+#include "Foundations/DataModule/CharSet/OutputEncoding.h"
+
+#include <boost/filesystem/path.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace Dicapsule {
+
+// The fields of --Identifier "[Study]:[Series]:[Instance]:[InstanceNumber]".
+struct IdentifierFields {
+    std::optional<std::string> study_instance_uid;
+    std::optional<std::string> series_instance_uid;
+    std::optional<std::string> sop_instance_uid;
+    std::int32_t instance_number = 1;
+
+    bool operator==(const IdentifierFields&) const = default;
+};
+
+struct PackRecord {
+    boost::filesystem::path input;
+    std::string metadata;  // a path or the XML text itself, UTF-8
+    IdentifierFields identifier;
+    std::vector<ReferenceRecord> references;
+    std::optional<std::string> modality;
+    Lumivale::DataModule::OutputEncoding::Enum encoding = Lumivale::DataModule::OutputEncoding::unknown;
+    std::optional<boost::filesystem::path> thumbnail;
+    boost::filesystem::path output;  // always resolved
+    bool force = false;
+    bool hackforbmpacs = false;
+};
+
+// --output: write exactly this file.
+struct OutputFile {
+    boost::filesystem::path path;
+    bool operator==(const OutputFile&) const = default;
+};
+
+// --Output (default "."): write into this directory, under a derived name or the original one.
+struct OutputDirectory {
+    boost::filesystem::path path;
+    bool use_original_name = false;
+    bool operator==(const OutputDirectory&) const = default;
+};
+
+struct UnpackRecord {
+    boost::filesystem::path input;
+    std::variant<OutputFile, OutputDirectory> target;
+    bool force = false;
+};
+
+struct InfoRecord {
+    boost::filesystem::path input;
+};
+
+}  // namespace Dicapsule

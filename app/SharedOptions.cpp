@@ -1,0 +1,152 @@
+#include "app/SharedOptions.h"
+
+#include <boost/program_options/value_semantic.hpp>
+
+#include <string>
+#include <vector>
+
+namespace Dicapsule::Options {
+
+namespace po = boost::program_options;
+
+namespace {
+
+LibCommon::OptionDescription Text(const char* names, const char* help) {
+    return boost::make_shared<po::option_description>(names, po::value<std::string>(), help);
+}
+
+LibCommon::OptionDescription Switch(const char* names, const char* help) {
+    return boost::make_shared<po::option_description>(names, po::bool_switch(), help);
+}
+
+LibCommon::OptionDescription OutputDirectory(const char* help) {
+    return boost::make_shared<po::option_description>("Output,O", po::value<std::string>()->default_value("."), help);
+}
+
+const LibCommon::OptionDescription& OutputFile() {
+    static const auto option = Text("output,o", "Path to the output file.");
+    return option;
+}
+
+}  // namespace
+
+const LibCommon::OptionGroup& Input() {
+    static const LibCommon::OptionGroup group{Text("input,i", "Input filename for the operation.")};
+    return group;
+}
+
+const LibCommon::OptionGroup& Metadata() {
+    static const LibCommon::OptionGroup group{Text(
+        "metadata,m",
+        "Metadata filename or stream for the operation.\n"
+        "Used for providing additional required demographics information (i.e. patient, study, series, and "
+        "equipment) in order to ensure proper compliance to the DICOM Standard.\n"
+        "Might be either an existing DICOM Part 10 compliant file, from which, Patient, Study and optionally "
+        "Series and Equipment information will be extracted, or an XML file or string which schema shall conform "
+        "to ConvertixToFp edition operation specifications.\n"
+        "Note: It is expected that a minimum set of attributes will be provided.")};
+    return group;
+}
+
+const LibCommon::OptionGroup& PackOutput() {
+    static const LibCommon::OptionGroup group{
+        OutputFile(),
+        OutputDirectory("Path to the directory where the output file will be created.\n"
+                        "Output file basename (without extension) will be the input file's one. Extension will be "
+                        "\".dcm\"."),
+    };
+    return group;
+}
+
+const LibCommon::OptionGroup& UnpackOutput() {
+    static const LibCommon::OptionGroup group{
+        OutputFile(),
+        OutputDirectory("Path to the directory where the output file will be created.\n"
+                        "Output file basename (without extension) will be the input file's one. Extension will be "
+                        "the one of the original file that has been packed."),
+        Switch("use-original-name,u",
+               "Use the basename (with extension) of the original file that has been packed as output filename.\n"
+               "Condition: --Output parameter used"),
+    };
+    return group;
+}
+
+const LibCommon::OptionGroup& Encoding() {
+    static const LibCommon::OptionGroup group{Text(
+        "encoding,e",
+        "Specifies the output file character set according to the given encoding value.\n"
+        "Enumerated values:\n"
+        "- ASCII    (ISO_IR 6)\n"
+        "- CHINESE  (GB18030)\n"
+        "- HEBREW   (ISO_IR 138)\n"
+        "- JAPANESE (ISO_IR 87)\n"
+        "- KOREAN   (ISO 2022 IR 149)\n"
+        "- UNICODE  (ISO_IR 192)\n"
+        "- WESTERN  (ISO_IR 100)\n"
+        "Note: by default the output file is encoded in the same character set than the metadata file one's, if "
+        "it is DICOM Part 10 compliant, or as clearly specified in the given XML file or stream, if any.")};
+    return group;
+}
+
+const LibCommon::OptionGroup& Force() {
+    static const LibCommon::OptionGroup group{
+        Switch("force,f", "Recreate the output file if it already exists.\nNote: an error is raised otherwise.")};
+    return group;
+}
+
+const LibCommon::OptionGroup& HackForBmPacs() {
+    static const LibCommon::OptionGroup group{Switch(
+        "hackforbmpacs",
+        "A mean for \"duplicating\" the thumbnail within the regular DICOM image pixel attributes in order to "
+        "bypass Brightmoor PACS limitations.\n"
+        "Condition: --thumbnail option used")};
+    return group;
+}
+
+const LibCommon::OptionGroup& Identifier() {
+    static const LibCommon::OptionGroup group{Text(
+        "Identifier,I",
+        "String containing the hierarchical list of \"UID's\" of the instance to create, in the form:\n"
+        "\"[StudyInstanceUID]:[SeriesInstanceUID]:[SOPInstanceUID]:[InstanceNumber]\"\n"
+        "Note: All values in this list are optional. Only ':' characters are required. Nevertheless, trailing ':' "
+        "characters may be omitted.\n"
+        "If absent, such information shall be extracted either from the given metadata or automatically "
+        "generated.\n"
+        "Such list is necessary for performing a direct C-MOVE DICOM request on such referenced instance.\n"
+        "Note: It is assumed that the Patient ID is provided thru the metadata.\n"
+        "Note: 'InstanceNumber' is optional. '1' is assumed if not provided.")};
+    return group;
+}
+
+const LibCommon::OptionGroup& Reference() {
+    static const LibCommon::OptionGroup group{boost::make_shared<po::option_description>(
+        "reference,r", po::value<std::vector<std::string>>(),
+        "String containing the hierarchical list of \"UID's\" of a referenced instance, in the form:\n"
+        "\"StudyInstanceUID:SeriesInstanceUID:SOPInstanceUID:[SOPClassUID]\"\n"
+        "Note: SOPClassUID is optional in this list In such case, trailing ':' character may be omitted.\n"
+        "If absent, such information shall be extracted from the given metadata.\n"
+        "Such list is necessary for performing a direct C-MOVE DICOM request on such referenced instance.\n"
+        "Note: It is assumed that the Patient ID is provided thru the metadata. \n"
+        "Note: This parameter can be multiple.\n"
+        "Note: 'SOPClassUID' is optional.")};
+    return group;
+}
+
+const LibCommon::OptionGroup& Modality() {
+    static const LibCommon::OptionGroup group{Text(
+        "Modality,M",
+        "Override the DICOM Modality (0008,0060) attribute standard value defined in the metadata file.\n"
+        "Note: Such attribute may be useful for later Query filtering from PACS.")};
+    return group;
+}
+
+const LibCommon::OptionGroup& Thumbnail() {
+    static const LibCommon::OptionGroup group{Text(
+        "thumbnail,t",
+        "Thumbnail filename for the operation.\n"
+        "Might be used for specifying Icon Image Sequence (0088,0200) attribute content.\n"
+        "Supported file formats: JPEG, PNG, TIF, BMP")};
+    return group;
+}
+
+}  // namespace Dicapsule::Options

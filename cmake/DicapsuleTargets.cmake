@@ -1,0 +1,21 @@
+# Shared settings for the project's own targets: strict warnings, optional sanitizers.
+
+if(DICAPSULE_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# Warnings are errors in our own code; third-party headers come in as SYSTEM includes.
+function(dicapsule_warnings target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Werror)
+endfunction()
+
+# dicapsule_library(NAME SOURCES... [PUBLIC_DEPS ...] [PRIVATE_DEPS ...])
+# One static library per source folder; the folder's parent of Foundations etc. is the include root.
+function(dicapsule_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC_DEPS;PRIVATE_DEPS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC ${ARG_PUBLIC_DEPS} PRIVATE ${ARG_PRIVATE_DEPS})
+  dicapsule_warnings(${name})
+endfunction()

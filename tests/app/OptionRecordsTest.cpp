@@ -1,0 +1,147 @@
+// The record builders: the command line as a user types it, and the record or the error it gives.
+
+#include "app/OperationPolicies.h"
+#include "cmdline/UsageError.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Dicapsule;
+
+template <class Operation>
+typename Operation::Record Parse(std::initializer_list<const char*> words) {
+    std::vector<const char*> argv{"dicapsule"};
+    argv.insert(argv.end(), words);
+    return Operation::parse(static_cast<int>(argv.size()), argv.data());
+}
+
+// The message of the failure, prefixed "usage: " for usage errors; "" when parsing succeeds.
+template <class Operation>
+std::string Failure(std::initializer_list<const char*> words) {
+    try {
+        Parse<Operation>(words);
+        return "";
+    } catch (const LibCommandLineOperation::UsageError& error) {
+        return std::string("usage: ") + error.what();
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+TEST(PackRecord, ChecksRunInOrderAndReportTheFirstFailure) {
+    const struct {
+        const char* id;
+        std::initializer_list<const char*> words;
+        const char* message;
+    } cases[] = {
+        {"nothing", {"pack"}, "usage: The --metadata option is required."},
+        {"metadata before input", {"pack", "-r", "bad"}, "usage: The --metadata option is required."},
+        {"reference before input", {"pack", "-m", "m", "-r", "1.2::1.4"}, "usage: \"1.2::1.4\" is not a valid reference string."},
+        {"two fields", {"pack", "-m", "m", "-i", "a", "-r", "1.2:1.3"}, "usage: \"1.2:1.3\" is not a valid reference string."},
+        {"five fields", {"pack", "-m", "m", "-i", "a", "-r", "a:b:c:d:e"}, "usage: \"a:b:c:d:e\" is not a valid reference string."},
+        {"input", {"pack", "-m", "m"}, "usage: The --input option is required."},
+        {"identifier", {"pack", "-m", "m", "-i", "a", "-I", "a:b:c:d:e"}, "usage: \"a:b:c:d:e\" is not a valid identifier string."},
+        {"hack before encoding", {"pack", "-m", "m", "-i", "a", "--hackforbmpacs", "-e", "x"},
+         "The --thumbnail option must be used when using the --hackforbmpacs option."},
+        {"encoding", {"pack", "-m", "m", "-i", "a", "-e", "latin1"}, "usage: \"latin1\" is not a valid encoding."},
+        {"unknown is refused", {"pack", "-m", "m", "-i", "a", "-e", "unknown"}, "usage: \"unknown\" is not a valid encoding."},
+        {"bad utf-8 path", {"pack", "-m", "m", "-i", "\xC3("}, "Cannot decode UTF-8 string."},
+        {"bad utf-8 thumbnail first", {"pack", "-t", "\xFF"}, "Cannot decode UTF-8 string."},
+        {"valid", {"pack", "-m", "m", "-i", "a", "-t", "t.png", "--hackforbmpacs", "-e", "WESTERN"}, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        EXPECT_EQ(Failure<PackOperation>(c.words), c.message);
+    }
+}
+
+TEST(PackRecord, IdentifierFields) {
+    const struct {
+        const char* value;
+        IdentifierFields expected;
+    } cases[] = {
+        {"", {}},
+        {":::", {}},
+        {"::5", {std::nullopt, std::nullopt, "5", 1}},
+        {":::7", {std::nullopt, std::nullopt, std::nullopt, 7}},
+        {":::x", {std::nullopt, std::nullopt, std::nullopt, 0}},
+        {":::  -12abc", {std::nullopt, std::nullopt, std::nullopt, -12}},
+        {":::99999999999", {std::nullopt, std::nullopt, std::nullopt, 2147483647}},
+        {"1.2", {"1.2", std::nullopt, std::nullopt, 1}},
+        {"1.2:1.3:1.4:", {"1.2", "1.3", "1.4", 1}},
+        {"1.2::1.4:3", {"1.2", std::nullopt, "1.4", 3}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.value);
+        EXPECT_EQ(Parse<PackOperation>({"pack", "-m", "m", "-i", "a", "-I", c.value}).identifier, c.expected);
+    }
+}
+
+TEST(PackRecord, OutputPath) {
+    const struct {
+        std::initializer_list<const char*> words;
+        const char* expected;
+    } cases[] = {
+        {{"-i", "a.pdf"}, "./a.dcm"},
+        {{"-i", "dir/a.pdf", "-O", "out"}, "out/a.dcm"},
+        {{"-i", "a.tar.gz"}, "./a.tar.dcm"},
+        {{"-i", "README"}, "./README.dcm"},
+        {{"-i", ".profile"}, "./.profile.dcm"},
+        {{"-i", "a.pdf", "-o", "x.bin", "-O", "ignored"}, "x.bin"},
+        {{"-i", "a.pdf", "--output", "y"}, "y"},
+    };
+    for (const auto& c : cases) {
+        std::vector<const char*> words{"pack", "-m", "m"};
+        words.insert(words.end(), c.words);
+        std::vector<const char*> argv{"dicapsule"};
+        argv.insert(argv.end(), words.begin(), words.end());
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(PackOperation::parse(static_cast<int>(argv.size()), argv.data()).output.string(), c.expected);
+    }
+}
+
+TEST(PackRecord, CollectsEveryValue) {
+    const PackRecord record = Parse<PackOperation>({"pack", "stray", "-m", "<orchid/>", "-i", "in.bin", "-r", "1:2:3",
+                                                    "-r", "4:5:6:", "-r", "7:8:9:10", "-M", "io", "-e", " Unicode ",
+                                                    "-t", "t.jpg", "-f", "--hackforbmpacs"});
+    EXPECT_EQ(record.metadata, "<orchid/>");
+    EXPECT_EQ(record.input.string(), "in.bin");
+    ASSERT_EQ(record.references.size(), 3u);
+    EXPECT_EQ(record.references[1], (ReferenceRecord{"4", "5", "6", ""}));
+    EXPECT_EQ(record.references[2], (ReferenceRecord{"7", "8", "9", "10"}));
+    EXPECT_EQ(record.modality, "io");
+    EXPECT_EQ(record.encoding, Lumivale::DataModule::OutputEncoding::unicode);
+    EXPECT_EQ(record.thumbnail->string(), "t.jpg");
+    EXPECT_TRUE(record.force);
+    EXPECT_TRUE(record.hackforbmpacs);
+}
+
+TEST(UnpackRecord, OutputTargets) {
+    EXPECT_EQ(Failure<UnpackOperation>({"unpack", "-u", "-o", "y.bin"}),
+              "usage: The --use-original-name and --output options are incompatible.");
+    EXPECT_EQ(Failure<UnpackOperation>({"unpack", "-O", "d"}), "usage: The --input option is required.");
+
+    const UnpackRecord to_file = Parse<UnpackOperation>({"unpack", "-i", "x.dcm", "-o", "y", "-O", "d", "-f"});
+    EXPECT_EQ(std::get<OutputFile>(to_file.target), OutputFile{"y"});
+    EXPECT_TRUE(to_file.force);
+
+    const UnpackRecord by_default = Parse<UnpackOperation>({"unpack", "-i", "x.dcm"});
+    EXPECT_EQ(std::get<OutputDirectory>(by_default.target), (OutputDirectory{".", false}));
+    EXPECT_FALSE(by_default.force);
+
+    const UnpackRecord original = Parse<UnpackOperation>({"unpack", "-i", "x.dcm", "-u", "-O", "out"});
+    EXPECT_EQ(std::get<OutputDirectory>(original.target), (OutputDirectory{"out", true}));
+}
+
+TEST(InfoRecord, InputOnly) {
+    EXPECT_EQ(Failure<InfoOperation>({"info"}), "usage: The --input option is required.");
+    EXPECT_EQ(Parse<InfoOperation>({"info", "-i", "x.dcm"}).input.string(), "x.dcm");
+    EXPECT_NE(Failure<InfoOperation>({"info", "-i", "x.dcm", "-f"}), "");  // not an info option
+}
+
+}  // namespace
