@@ -19,3 +19,9 @@ function(dicapsule_library name)
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC_DEPS} PRIVATE ${ARG_PRIVATE_DEPS})
   dicapsule_warnings(${name})
 endfunction()
+
+# Fuzzing builds (clang): every object gets coverage instrumentation and the sanitizers.
+if(DICAPSULE_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
