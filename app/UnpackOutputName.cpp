@@ -1,0 +1,42 @@
+#include "app/UnpackOutputName.h"
+
+#include "app/QuotedPath.h"
+
+#include <stdexcept>
+
+namespace Dicapsule {
+
+namespace {
+
+// The name without its last extension; a leading dot starts the name rather than an extension.
+std::string Stem(const std::string& name) {
+    const std::size_t dot = name.rfind('.');
+    return (dot == std::string::npos || dot == 0) ? name : name.substr(0, dot);
+}
+
+// The last "." suffix with its dot, or nothing.
+std::string LastExtension(const std::string& name) {
+    const std::size_t dot = name.rfind('.');
+    return dot == std::string::npos ? std::string() : name.substr(dot);
+}
+
+}  // namespace
+
+bool IsPlainFileName(std::string_view name) {
+    if (name.empty() || name == "." || name == "..") return false;
+    return name.find_first_of(std::string_view("/\\\0", 3)) == std::string_view::npos;
+}
+
+boost::filesystem::path ResolveUnpackOutput(const std::variant<OutputFile, OutputDirectory>& target,
+                                            const boost::filesystem::path& input, const std::string& original_name) {
+    if (const auto* file = std::get_if<OutputFile>(&target)) return file->path;
+    const auto& directory = std::get<OutputDirectory>(target);
+    if (!IsPlainFileName(original_name)) {
+        throw std::runtime_error("The original file name " + QuotedPath(original_name) + " stored in the input file " +
+                                 QuotedPath(input.string()) + " is not a plain file name; use the --output option.");
+    }
+    if (directory.use_original_name) return directory.path / original_name;
+    return directory.path / (Stem(input.filename().string()) + LastExtension(original_name));
+}
+
+}  // namespace Dicapsule
