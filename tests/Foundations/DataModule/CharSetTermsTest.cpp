@@ -1,0 +1,172 @@
+#include "Foundations/DataModule/CharSet/CharSet.h"
+#include "Foundations/DataModule/CharSet/CharSetEscapeSequences.h"
+#include "Foundations/DataModule/CharSet/MultiCharSetDataType.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <vector>
+
+namespace Lumivale::DataModule {
+// Failure messages show the attribute text rather than the object's bytes.
+void PrintTo(const MultiCharSetDataType& value, std::ostream* out) { *out << '"' << value.ToText() << '"'; }
+}  // namespace Lumivale::DataModule
+
+namespace {
+
+using namespace Lumivale::DataModule;
+
+TEST(CharSetTerms, ParseTrimsFoldsAndComparesExactly) {
+    const struct {
+        const char* id;
+        const char* text;
+        CharSet::Enum expected;
+    } cases[] = {
+        {"latin1", "ISO_IR 100", CharSet::ISO_IR_100},
+        {"folded", "  iso_ir 100 \t\r\n", CharSet::ISO_IR_100},
+        {"empty", "", CharSet::DefaultRepertoire},
+        {"blank", " \t", CharSet::DefaultRepertoire},
+        {"ir6-single-valued", "ISO_IR 6", CharSet::Unknown},
+        {"questions", "??", CharSet::Unknown},
+        {"inner-blank", "ISO_IR  100", CharSet::Unknown},
+        {"korean", "iso 2022 ir 149", CharSet::ISO_2022_IR_149},
+        {"gb", "gb18030", CharSet::GB18030},
+        {"utf8", "ISO_IR 192", CharSet::ISO_IR_192},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        EXPECT_EQ(CharSetFromTerm(c.text), c.expected);
+    }
+    // Every term reads back as its own value.
+    for (std::uint32_t value = CharSet::DefaultRepertoire; value < CharSet::Count; ++value) {
+        const auto charset = static_cast<CharSet::Enum>(value);
+        EXPECT_EQ(CharSetFromTerm(CharSetTerm(charset)), charset) << value;
+    }
+}
+
+TEST(CharSetTerms, TermFallbackAndDescription) {
+    EXPECT_EQ(CharSetTerm(CharSet::Unknown, "??"), "??");
+    EXPECT_EQ(CharSetTerm(static_cast<CharSet::Enum>(30), "x"), "x");
+    EXPECT_EQ(CharSetTerm(CharSet::DefaultRepertoire, "x"), "");
+    EXPECT_EQ(CharSetDescription(CharSet::ISO_IR_138),
+              "'ISO_IR 138' (Hebrew - ISO 646 (G0), ISO 8859 Supplementary Set (G1))");
+    EXPECT_EQ(CharSetDescription(CharSet::ISO_2022_IR_6), "'ISO 2022 IR 6' (Default Repertoire - ISO 646 (G0))");
+    EXPECT_EQ(CharSetDescription(CharSet::ISO_2022_IR_166),
+              "'ISO 2022 IR 166' (Thai - ISO 646 (G0), TIS 620-2533 (1990) (G1))");
+    EXPECT_EQ(CharSetDescription(CharSet::Unknown), "'' (Unknown Character Set - N/a)");
+    EXPECT_EQ(CharSetDescription(static_cast<CharSet::Enum>(30)), "Unknown Character Set - N/a");
+}
+
+TEST(MultiCharSet, ParseCompletesTheFirstValue) {
+    const struct {
+        const char* id;
+        const char* text;
+        std::vector<CharSet::Enum> expected;
+        const char* written;
+    } cases[] = {
+        {"empty", "", {CharSet::DefaultRepertoire}, ""},
+        {"single", " iso_ir 100 ", {CharSet::ISO_IR_100}, "ISO_IR 100"},
+        {"japanese", "\\ISO 2022 IR 87", {CharSet::ISO_2022_IR_6, CharSet::ISO_2022_IR_87},
+         "ISO 2022 IR 6\\ISO 2022 IR 87"},
+        {"latin-extension", "\\ISO 2022 IR 100", {CharSet::ISO_2022_IR_6, CharSet::ISO_2022_IR_100},
+         "ISO 2022 IR 6\\ISO 2022 IR 100"},
+        {"korean-keeps-empty", "\\ISO 2022 IR 149", {CharSet::DefaultRepertoire, CharSet::ISO_2022_IR_149},
+         "\\ISO 2022 IR 149"},
+        {"unknown-is-set", "ISO_IR 6", {CharSet::Unknown}, ""},
+        {"explicit-first", "ISO 2022 IR 13\\ISO 2022 IR 87", {CharSet::ISO_2022_IR_13, CharSet::ISO_2022_IR_87},
+         "ISO 2022 IR 13\\ISO 2022 IR 87"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        const MultiCharSetDataType parsed = MultiCharSetDataType::FromText(c.text);
+        ASSERT_EQ(parsed.Count(), c.expected.size());
+        for (std::size_t i = 0; i < c.expected.size(); ++i) {
+            EXPECT_FALSE(parsed.IsEmpty(i));
+            EXPECT_EQ(parsed.Get(i), c.expected[i]);
+        }
+        EXPECT_EQ(parsed.ToText(), c.written);
+    }
+    // A blank value in the middle stays empty and is written as nothing.
+    const MultiCharSetDataType gap = MultiCharSetDataType::FromText("ISO 2022 IR 100\\ \\ISO 2022 IR 87");
+    EXPECT_TRUE(gap.IsEmpty(1));
+    EXPECT_EQ(gap.ToText(), "ISO 2022 IR 100\\\\ISO 2022 IR 87");
+}
+
+TEST(MultiCharSet, FromOutputEncoding) {
+    const struct {
+        OutputEncoding::Enum encoding;
+        const char* written;
+        std::size_t count;
+    } cases[] = {
+        {OutputEncoding::unknown, "", 0},
+        {OutputEncoding::ascii, "", 1},
+        {OutputEncoding::chinese, "GB18030", 1},
+        {OutputEncoding::hebrew, "ISO_IR 138", 1},
+        {OutputEncoding::japanese, "ISO 2022 IR 13\\ISO 2022 IR 87", 2},
+        {OutputEncoding::korean, "\\ISO 2022 IR 149", 2},
+        {OutputEncoding::unicode, "ISO_IR 192", 1},
+        {OutputEncoding::western, "ISO_IR 100", 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(OutputEncodingWord(c.encoding));
+        const MultiCharSetDataType charset(c.encoding);
+        EXPECT_EQ(charset.Count(), c.count);
+        EXPECT_EQ(charset.ToText(), c.written);
+        // What the tool writes reads back as the same value.
+        if (c.count > 0) {
+            EXPECT_EQ(MultiCharSetDataType::FromText(c.written), charset);
+        }
+    }
+    EXPECT_EQ(MultiCharSetDataType(OutputEncoding::korean).Get(0), CharSet::DefaultRepertoire);
+    EXPECT_TRUE(MultiCharSetDataType(OutputEncoding::unknown).IsEmpty());
+}
+
+TEST(MultiCharSet, EqualityIgnoresClearedValues) {
+    MultiCharSetDataType a;
+    a.Set(2, CharSet::ISO_2022_IR_87);
+    EXPECT_EQ(a.Count(), 3u);
+    EXPECT_TRUE(a.IsEmpty(0));
+    a.Set(0, CharSet::ISO_IR_100);
+    a.Clear(0);
+    MultiCharSetDataType b;
+    b.Set(2, CharSet::ISO_2022_IR_87);
+    EXPECT_EQ(a, b);
+    b.Set(1, CharSet::Unknown);
+    EXPECT_NE(a, b);
+}
+
+TEST(CharSetEscapes, DesignationAtTheStartOfARun) {
+    const struct {
+        const char* id;
+        std::string_view bytes;
+        CharSet::Enum term;
+        GraphicSet set;
+        std::size_t length;
+    } cases[] = {
+        {"ascii", "\x1B(Babc", CharSet::ISO_2022_IR_6, GraphicSet::G0, 3},
+        {"romaji", "\x1B(J", CharSet::ISO_2022_IR_13, GraphicSet::G0, 3},
+        {"katakana", "\x1B)I", CharSet::ISO_2022_IR_13, GraphicSet::G1, 3},
+        {"hebrew", "\x1B-H\xF9", CharSet::ISO_2022_IR_138, GraphicSet::G1, 3},
+        {"kanji", "\x1B$B;3", CharSet::ISO_2022_IR_87, GraphicSet::G0, 3},
+        {"korean", "\x1B$)C\xB1", CharSet::ISO_2022_IR_149, GraphicSet::G1, 4},
+        {"supplementary", "\x1B$(D", CharSet::ISO_2022_IR_159, GraphicSet::G0, 4},
+        {"unknown", "\x1B$A", CharSet::Unknown, GraphicSet::G0, 0},
+        {"truncated", "\x1B$)", CharSet::Unknown, GraphicSet::G0, 0},
+        {"not-at-start", "a\x1B(B", CharSet::Unknown, GraphicSet::G0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        const EscapeDesignation designation = DesignationFromEscapeSequence(c.bytes);
+        EXPECT_EQ(designation.term, c.term);
+        EXPECT_EQ(designation.length, c.length);
+        if (c.length > 0) {
+            EXPECT_EQ(designation.set, c.set);
+        }
+    }
+    EXPECT_EQ(G0EscapeSequence(CharSet::ISO_2022_IR_100), "\x1B(B");
+    EXPECT_EQ(G1EscapeSequence(CharSet::ISO_2022_IR_100), "\x1B-A");
+    EXPECT_EQ(G0EscapeSequence(CharSet::ISO_2022_IR_149), "");
+    EXPECT_EQ(G1EscapeSequence(CharSet::ISO_IR_100), "");
+}
+
+}  // namespace
