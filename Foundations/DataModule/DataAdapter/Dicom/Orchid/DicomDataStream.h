@@ -1,0 +1,122 @@
+#pragma once
+// The encoding engine: reads DICOM data elements from a byte source and hands each one to a
+// handler, and writes a data set tree, in one of the three stream encodings.
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomEncodingRules.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+
+// How values are read.
+struct DicomReadOptions {
+    // Values longer than this stay in the source file (when the source is a file) and are loaded
+    // or copied only when wanted. Pixel data and overlay data always stay in the file.
+    std::uint64_t keepInFileAbove = std::uint64_t{1} << 20;
+    // Deepest nesting of sequences accepted; deeper input fails the read.
+    unsigned maxSequenceDepth = 64;
+};
+
+// Reads and writes elements over an abstract byte source or sink.
+class DicomDataStream {
+public:
+    // Receives every element read, including synthetic delimitations of defined-length sequences and items.
+    class CallbackHandler {
+    public:
+        virtual ~CallbackHandler() = default;
+        // One element read; the handler may move the record's value out. Return false to stop reading.
+        virtual bool ElementRead(DicomDataSetElement& record) = 0;
+    };
+
+    DicomDataStream();
+    virtual ~DicomDataStream() = default;
+    DicomDataStream(const DicomDataStream&) = delete;
+    DicomDataStream& operator=(const DicomDataStream&) = delete;
+
+    // Release the byte source or sink.
+    virtual void Close() = 0;
+    // Go to an absolute offset (reading); false past the end.
+    virtual bool SetPosition(std::uint64_t position) = 0;
+    // Move forward by count bytes (reading); false past the end.
+    virtual bool Skip(std::uint64_t count) = 0;
+    // Append raw bytes (writing).
+    virtual bool WriteRaw(const void* data, std::uint64_t size) = 0;
+    // Read raw bytes (reading); false when fewer remain.
+    virtual bool ReadRaw(void* data, std::uint64_t size) = 0;
+    // True when no byte remains to be read.
+    virtual bool AtEnd() const = 0;
+    // Current offset: of reading, or bytes written so far.
+    virtual std::uint64_t Position() const = 0;
+    // Total byte count of the source being read.
+    virtual std::uint64_t Size() const = 0;
+    // The file that read values may stay in, or null when values must be loaded.
+    virtual std::shared_ptr<const RegionSource> ValueSource() const { return nullptr; }
+    // Append a file region's bytes, in the unit order of the current encoding.
+    virtual bool WriteRegion(const FileRegion& region);
+
+    // Read elements until the end of the source; false on a malformed input or when the handler stops.
+    bool ReadElements(CallbackHandler& handler);
+    // Read elements while the next tag's group is 0x0002 (the file meta group).
+    bool ReadMetaElements(CallbackHandler& handler, std::vector<std::uint8_t>& transferSyntax);
+    // Write every element of a data set in tag order, sequences and items with defined lengths.
+    bool WriteDataSet(const DicomDataSet& dataSet);
+    // Write one node (element, sequence or pixel data).
+    bool WriteNode(const DicomDataSetElement& node);
+    // Write a (0002,0000)-style group length element holding value.
+    bool WriteGroupLength(std::uint16_t group, std::uint32_t value);
+    // Peek the group of the next tag without moving; false when fewer than 2 bytes remain.
+    bool PeekGroup(std::uint16_t& group);
+
+    // Change the encoding used from now on.
+    void SetEncoding(StreamEncoding encoding) noexcept;
+    // The current encoding.
+    StreamEncoding Encoding() const noexcept { return encoding_; }
+    // Change the reading options.
+    void SetReadOptions(const DicomReadOptions& options) noexcept { options_ = options; }
+    // Forget the nesting state of a previous read.
+    void ResetReadState() noexcept;
+
+private:
+    struct PendingEnd {
+        std::uint64_t offset;     // stream offset where the sequence or item ends (even)
+        std::uint64_t rawEnd;     // start plus length, odd when the writer left out the pad byte
+        DicomElementKind kind;    // the delimitation due there
+    };
+    using UnitOrder = void (*)(std::uint8_t* data, std::uint64_t size, unsigned unitSize) noexcept;
+
+    bool ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std::vector<std::uint8_t>* transferSyntax);
+    bool EmitPendingEnds(CallbackHandler& handler, DicomDataSetElement& record);
+    bool ReadElement(DicomDataSetElement& record);
+    bool ReadHeader(DicomDataSetElement& record);
+    bool ReadLength(DicomDataSetElement& record);
+    bool OpenNested(DicomDataSetElement& record);
+    bool ReadValue(DicomDataSetElement& record);
+    bool KeepInFile(DicomDataSetElement& record);
+    void TrackDelimitation(const DicomDataSetElement& record) noexcept;
+    bool ReadU16(std::uint16_t& value);
+    bool ReadU32(std::uint32_t& value);
+    bool ReadUnits(std::uint8_t* data, std::uint64_t size, unsigned unitSize);
+
+    bool WriteHeader(std::uint16_t group, std::uint16_t element, ValueRepresentation vr, std::uint64_t length);
+    bool WriteTagAndLength(std::uint16_t group, std::uint16_t element, std::uint32_t length);
+    bool WriteSequence(const DicomDataSetSequenceElement& sequence);
+    bool WritePixelData(const DicomDataSetFrameContainerElement& pixelData);
+    bool WriteValue(const DicomValue& value, ValueRepresentation vr);
+    bool WriteU16(std::uint16_t value);
+    bool WriteU32(std::uint32_t value);
+    bool WriteUnits(const std::uint8_t* data, std::uint64_t size, unsigned unitSize);
+
+    StreamEncoding encoding_ = StreamEncoding::ImplicitLittleEndian;
+    UnitOrder readOrder_;
+    UnitOrder writeOrder_;
+    DicomReadOptions options_;
+    bool insideEncapsulatedPixelData_ = false;
+    std::vector<PendingEnd> pendingEnds_;
+    unsigned openNesting_ = 0;
+};
+
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -1,0 +1,196 @@
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
+#include "Portability/Misc/DebugTrace.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+namespace {
+
+constexpr const char* kModule = "Module DicomDataStream";
+constexpr std::size_t kBufferSize = 64 * 1024;
+
+bool WriteAll(int descriptor, const std::uint8_t* data, std::size_t size) {
+    while (size > 0) {
+        const ssize_t put = ::write(descriptor, data, size);
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return false;
+        data += put;
+        size -= static_cast<std::size_t>(put);
+    }
+    return true;
+}
+
+}  // namespace
+
+DicomFileDataStream::~DicomFileDataStream() { Close(); }
+
+bool DicomFileDataStream::OpenForReading(const std::filesystem::path& path) {
+    Close();
+    source_ = RegionSource::Open(path);
+    if (!source_) LV_TRACE(kModule, "Cannot open %s for reading", path.c_str());
+    return source_ != nullptr;
+}
+
+bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path) {
+    Close();
+    std::filesystem::path pattern = path;
+    pattern += ".tmp-XXXXXX";
+    std::string name = pattern.string();
+    const int descriptor = ::mkstemp(name.data());
+    if (descriptor < 0) {
+        LV_TRACE(kModule, "Cannot create a temporary file beside %s", path.c_str());
+        return false;
+    }
+    writeDescriptor_ = descriptor;
+    target_ = path;
+    temporary_ = name;
+    return true;
+}
+
+bool DicomFileDataStream::Commit() {
+    if (writeDescriptor_ < 0) return false;
+    const bool flushed = Flush();
+    // mkstemp creates the file private to its owner; give it the usual permissions of a new file.
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    const bool closed = ::fchmod(writeDescriptor_, 0666 & ~mask) == 0 && ::close(writeDescriptor_) == 0;
+    writeDescriptor_ = -1;
+    if (!flushed || !closed || std::rename(temporary_.c_str(), target_.c_str()) != 0) {
+        LV_TRACE(kModule, "Cannot complete writing %s", target_.c_str());
+        ::unlink(temporary_.c_str());
+        temporary_.clear();
+        return false;
+    }
+    temporary_.clear();
+    return true;
+}
+
+void DicomFileDataStream::Close() {
+    if (writeDescriptor_ >= 0) {
+        ::close(writeDescriptor_);
+        writeDescriptor_ = -1;
+    }
+    if (!temporary_.empty()) ::unlink(temporary_.c_str());
+    temporary_.clear();
+    source_.reset();
+    buffer_.clear();
+    bufferStart_ = position_ = 0;
+    ResetReadState();
+}
+
+std::uint64_t DicomFileDataStream::Size() const { return source_ ? source_->Size() : position_; }
+
+bool DicomFileDataStream::AtEnd() const { return !source_ || position_ >= source_->Size(); }
+
+bool DicomFileDataStream::SetPosition(std::uint64_t position) {
+    if (!source_ || position > source_->Size()) return false;
+    position_ = position;
+    return true;
+}
+
+bool DicomFileDataStream::Skip(std::uint64_t count) {
+    if (!source_ || count > source_->Size() - position_) return false;
+    position_ += count;
+    return true;
+}
+
+bool DicomFileDataStream::Refill() {
+    const std::uint64_t want = std::min<std::uint64_t>(kBufferSize, source_->Size() - position_);
+    buffer_.resize(static_cast<std::size_t>(want));
+    bufferStart_ = position_;
+    std::size_t filled = 0;
+    while (filled < buffer_.size()) {
+        const ssize_t got = ::pread(source_->Descriptor(), buffer_.data() + filled, buffer_.size() - filled,
+                                    static_cast<off_t>(position_ + filled));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;
+        filled += static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+bool DicomFileDataStream::ReadRaw(void* data, std::uint64_t size) {
+    if (!source_ || size > source_->Size() - position_) return false;
+    auto* out = static_cast<std::uint8_t*>(data);
+    while (size > 0) {
+        const bool buffered = position_ >= bufferStart_ && position_ < bufferStart_ + buffer_.size();
+        if (!buffered && !Refill()) return false;
+        const auto offset = static_cast<std::size_t>(position_ - bufferStart_);
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, buffer_.size() - offset));
+        std::memcpy(out, buffer_.data() + offset, count);
+        out += count;
+        size -= count;
+        position_ += count;
+    }
+    return true;
+}
+
+bool DicomFileDataStream::Flush() {
+    if (writeDescriptor_ < 0) return false;
+    const bool written = WriteAll(writeDescriptor_, buffer_.data(), buffer_.size());
+    buffer_.clear();
+    return written;
+}
+
+bool DicomFileDataStream::WriteRaw(const void* data, std::uint64_t size) {
+    if (writeDescriptor_ < 0) return false;
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    if (buffer_.size() + size > kBufferSize && !Flush()) return false;
+    if (size >= kBufferSize) {
+        if (!WriteAll(writeDescriptor_, bytes, static_cast<std::size_t>(size))) return false;
+    } else {
+        buffer_.insert(buffer_.end(), bytes, bytes + size);
+    }
+    position_ += size;
+    return true;
+}
+
+bool DicomFileDataStream::WriteRegion(const FileRegion& region) {
+    if (!Flush()) return false;
+    const bool bigEndian = Encoding() == StreamEncoding::ExplicitBigEndian;
+    const bool swap = region.bigEndian != bigEndian && region.unitSize > 1;
+    if (!CopyRegionToFile(region, writeDescriptor_, swap)) return false;
+    position_ += region.length;
+    return true;
+}
+
+bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options) {
+    dataSet = DicomDataSet();
+    DicomFileDataStream stream;
+    stream.SetReadOptions(options);
+    DicomDataSetFillCallback fill(dataSet);
+    if (!stream.OpenForReading(path)) return false;
+    if (ReadFileContent(stream, fill)) return true;
+    LV_TRACE(kModule, "Reading %s stopped at offset %llu", path.c_str(),
+             static_cast<unsigned long long>(stream.Position()));
+    return false;
+}
+
+bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding) {
+    DicomFileDataStream stream;
+    if (!stream.OpenForWriting(path)) return false;
+    stream.SetEncoding(encoding);
+    return WriteFileContent(stream, dataSet) && stream.Commit();
+}
+
+bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet) {
+    StreamEncoding encoding = StreamEncoding::ExplicitLittleEndian;
+    if (const DicomDataSetElement* syntax = dataSet.Find(Tag::TransferSyntaxUID)) {
+        std::vector<std::uint8_t> uid;
+        if (syntax->value.Load(uid)) {
+            encoding = EncodingOfTransferSyntax(std::string_view(reinterpret_cast<const char*>(uid.data()), uid.size()));
+        }
+    }
+    return WriteDicomFile(path, dataSet, encoding);
+}
+
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -1,0 +1,64 @@
+#pragma once
+// A DicomDataStream over a file. Reading keeps large values in the file; writing goes to a
+// temporary file beside the target that replaces the target only when the write succeeded.
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataStream.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileLayout.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+
+// File source or sink; owns the file handle.
+class DicomFileDataStream : public DicomDataStream {
+public:
+    DicomFileDataStream() = default;
+    ~DicomFileDataStream() override;
+
+    // Open a file for reading; false when it cannot be opened.
+    bool OpenForReading(const std::filesystem::path& path);
+    // Start writing path: bytes go to a temporary file in the same directory until Commit.
+    bool OpenForWriting(const std::filesystem::path& path);
+    // Finish writing: flush, close and rename the temporary file onto the target.
+    bool Commit();
+    // Stop: a write that was not committed is discarded and its temporary file removed.
+    void Close() override;
+
+    // Read the preamble and meta group, leaving the stream at the data set.
+    bool ReadFileHeader(CallbackHandler& handler) { return DicomCodecModule::ReadFileHeader(*this, handler); }
+    // Write the preamble, "DICM" and the meta group of dataSet (when it has one).
+    bool WriteFileHeader(const DicomDataSet& dataSet) { return DicomCodecModule::WriteFileHeader(*this, dataSet); }
+
+    bool SetPosition(std::uint64_t position) override;
+    bool Skip(std::uint64_t count) override;
+    bool WriteRaw(const void* data, std::uint64_t size) override;
+    bool ReadRaw(void* data, std::uint64_t size) override;
+    bool AtEnd() const override;
+    std::uint64_t Position() const override { return position_; }
+    std::uint64_t Size() const override;
+    std::shared_ptr<const RegionSource> ValueSource() const override { return source_; }
+    bool WriteRegion(const FileRegion& region) override;
+
+private:
+    bool Flush();
+    bool Refill();
+
+    std::shared_ptr<const RegionSource> source_;  // reading
+    std::vector<std::uint8_t> buffer_;            // read-ahead or pending writes
+    std::uint64_t bufferStart_ = 0;               // stream offset of buffer_[0] when reading
+    std::uint64_t position_ = 0;
+    int writeDescriptor_ = -1;                    // writing
+    std::filesystem::path target_;
+    std::filesystem::path temporary_;
+};
+
+// Read a DICOM file into dataSet (which is cleared first); false when the file cannot be read.
+bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options = {});
+// Write dataSet as a DICOM file in the given data set encoding, replacing path only on success.
+bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding);
+// Write dataSet in the encoding its (0002,0010) names (explicit VR little endian without one).
+bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet);
+
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -1,0 +1,89 @@
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileLayout.h"
+
+#include <array>
+#include <cstring>
+
+#include "Portability/Misc/DebugTrace.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+namespace {
+
+constexpr const char* kModule = "Module DicomDataStream";
+constexpr std::uint64_t kPreambleSize = 128;
+constexpr std::array<char, 4> kPrefix{'D', 'I', 'C', 'M'};
+constexpr std::uint16_t kMetaGroup = 0x0002;
+constexpr std::uint16_t kFirstDataSetGroup = 0x0008;
+
+bool HasPrefix(DicomDataStream& stream) {
+    std::array<char, 4> prefix{};
+    return stream.Size() >= kPreambleSize + prefix.size() && stream.SetPosition(kPreambleSize) &&
+           stream.ReadRaw(prefix.data(), prefix.size()) && prefix == kPrefix;
+}
+
+bool IsMetaNode(const DicomDataSetElement& node) noexcept { return node.group == kMetaGroup; }
+
+}  // namespace
+
+StreamEncoding EncodingOfTransferSyntax(std::string_view uid) noexcept {
+    while (!uid.empty() && (uid.back() == '\0' || uid.back() == ' ')) uid.remove_suffix(1);
+    if (uid == "1.2.840.10008.1.2") return StreamEncoding::ImplicitLittleEndian;
+    if (uid == "1.2.840.10008.1.2.2") return StreamEncoding::ExplicitBigEndian;
+    return StreamEncoding::ExplicitLittleEndian;
+}
+
+bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& handler) {
+    stream.ResetReadState();
+    stream.SetEncoding(StreamEncoding::ImplicitLittleEndian);
+    std::uint16_t firstGroup = 0;
+    if (!stream.SetPosition(0) || !stream.PeekGroup(firstGroup)) return false;
+    if (HasPrefix(stream)) {
+        stream.SetEncoding(StreamEncoding::ExplicitLittleEndian);
+        std::vector<std::uint8_t> transferSyntax;
+        if (!stream.ReadMetaElements(handler, transferSyntax)) return false;
+        const std::string_view uid(reinterpret_cast<const char*>(transferSyntax.data()), transferSyntax.size());
+        stream.SetEncoding(transferSyntax.empty() ? StreamEncoding::ExplicitLittleEndian : EncodingOfTransferSyntax(uid));
+        return true;
+    }
+    if (firstGroup != kMetaGroup && firstGroup != kFirstDataSetGroup) {
+        LV_TRACE(kModule, "Not a DICOM file: no \"DICM\" prefix and first group %04X", firstGroup);
+        return false;
+    }
+    stream.SetEncoding(firstGroup == kMetaGroup ? StreamEncoding::ExplicitLittleEndian
+                                                : StreamEncoding::ImplicitLittleEndian);
+    return stream.SetPosition(0);
+}
+
+bool ReadFileContent(DicomDataStream& stream, DicomDataStream::CallbackHandler& handler) {
+    return ReadFileHeader(stream, handler) && stream.ReadElements(handler);
+}
+
+bool WriteFileHeader(DicomDataStream& stream, const DicomDataSet& dataSet) {
+    if (dataSet.Count() == 0 || !IsMetaNode(*dataSet.begin()->second)) return true;
+    const std::array<std::uint8_t, kPreambleSize> preamble{};
+    if (!stream.WriteRaw(preamble.data(), preamble.size()) || !stream.WriteRaw(kPrefix.data(), kPrefix.size())) {
+        return false;
+    }
+    const StreamEncoding configured = stream.Encoding();
+    stream.SetEncoding(StreamEncoding::ExplicitLittleEndian);
+    std::uint64_t groupLength = 0;
+    for (const auto& [tag, node] : dataSet) {
+        if (IsMetaNode(*node) && node->element != 0) groupLength += node->EncodedSize(StreamEncoding::ExplicitLittleEndian);
+    }
+    bool written = groupLength <= 0xFFFFFFFFu;
+    for (auto it = dataSet.begin(); written && it != dataSet.end() && IsMetaNode(*it->second); ++it) {
+        written = it->second->element == 0 ? stream.WriteGroupLength(kMetaGroup, static_cast<std::uint32_t>(groupLength))
+                                           : stream.WriteNode(*it->second);
+    }
+    stream.SetEncoding(configured);
+    return written;
+}
+
+bool WriteFileContent(DicomDataStream& stream, const DicomDataSet& dataSet) {
+    if (!WriteFileHeader(stream, dataSet)) return false;
+    for (const auto& [tag, node] : dataSet) {
+        if (!IsMetaNode(*node) && !stream.WriteNode(*node)) return false;
+    }
+    return true;
+}
+
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

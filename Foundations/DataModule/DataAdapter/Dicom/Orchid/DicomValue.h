@@ -1,0 +1,51 @@
+#pragma once
+// The value holder of a data element: nothing, bytes in memory, or a region of a file.
+
+#include <cstdint>
+#include <span>
+#include <variant>
+#include <vector>
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+
+// Owns an element's value. Memory bytes are in little-endian unit order; a file region keeps the
+// byte order of its source and is loaded or copied only when asked.
+class DicomValue {
+public:
+    DicomValue() = default;
+    // A value held in memory.
+    explicit DicomValue(std::vector<std::uint8_t> bytes) : holder_(std::move(bytes)) {}
+    // A value left in a file.
+    explicit DicomValue(FileRegion region) : holder_(std::move(region)) {}
+
+    // True when there is no value (skipped, or never set).
+    bool IsAbsent() const noexcept { return std::holds_alternative<std::monostate>(holder_); }
+    // True when the bytes are in memory.
+    bool IsInMemory() const noexcept { return std::holds_alternative<std::vector<std::uint8_t>>(holder_); }
+    // True when the bytes are in a file region.
+    bool IsInFile() const noexcept { return std::holds_alternative<FileRegion>(holder_); }
+    // Byte count of the value (0 when absent).
+    std::uint64_t Size() const noexcept;
+    // The bytes in memory, or an empty span for other holders.
+    std::span<const std::uint8_t> Bytes() const noexcept;
+    // The memory bytes for editing, or null when the value is not in memory.
+    std::vector<std::uint8_t>* MutableBytes() noexcept { return std::get_if<std::vector<std::uint8_t>>(&holder_); }
+    // The file region, or null when the value is not in a file.
+    const FileRegion* Region() const noexcept { return std::get_if<FileRegion>(&holder_); }
+
+    // Replace the value with bytes in memory.
+    void SetBytes(std::vector<std::uint8_t> bytes) { holder_ = std::move(bytes); }
+    // Replace the value with a file region.
+    void SetRegion(FileRegion region) { holder_ = std::move(region); }
+    // Drop the value.
+    void Reset() noexcept { holder_ = std::monostate{}; }
+    // Copy the value's bytes into out (loading a region); false when a region cannot be read.
+    bool Load(std::vector<std::uint8_t>& out) const;
+
+private:
+    std::variant<std::monostate, std::vector<std::uint8_t>, FileRegion> holder_;
+};
+
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -1,0 +1,112 @@
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "Portability/Misc/DebugTrace.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+namespace {
+
+constexpr std::uint64_t kCopyChunk = 1u << 20;
+
+bool ReadFully(int descriptor, std::uint8_t* data, std::uint64_t size, std::uint64_t offset) {
+    while (size > 0) {
+        const ssize_t got = ::pread(descriptor, data, static_cast<std::size_t>(std::min(size, kCopyChunk)),
+                                    static_cast<off_t>(offset));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;
+        data += got;
+        size -= static_cast<std::uint64_t>(got);
+        offset += static_cast<std::uint64_t>(got);
+    }
+    return true;
+}
+
+bool WriteFully(int descriptor, const std::uint8_t* data, std::uint64_t size) {
+    while (size > 0) {
+        const ssize_t put = ::write(descriptor, data, static_cast<std::size_t>(std::min(size, kCopyChunk)));
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return false;
+        data += put;
+        size -= static_cast<std::uint64_t>(put);
+    }
+    return true;
+}
+
+// The kernel copies without passing the bytes through user space when both files allow it.
+// Returns the number of bytes copied before it stopped (0 when it is not supported here).
+std::uint64_t CopyInKernel(const FileRegion& region, int outDescriptor) {
+    loff_t inOffset = static_cast<loff_t>(region.offset);
+    std::uint64_t copied = 0;
+    while (copied < region.length) {
+        const auto want = static_cast<std::size_t>(std::min(region.length - copied, kCopyChunk * 64));
+        const ssize_t done = ::copy_file_range(region.source->Descriptor(), &inOffset, outDescriptor, nullptr, want, 0);
+        if (done < 0 && errno == EINTR) continue;
+        if (done <= 0) break;
+        copied += static_cast<std::uint64_t>(done);
+    }
+    return copied;
+}
+
+bool RegionIsInside(const FileRegion& region) {
+    return region.source && region.offset <= region.source->Size() &&
+           region.length <= region.source->Size() - region.offset;
+}
+
+}  // namespace
+
+RegionSource::RegionSource(std::filesystem::path path, int descriptor, std::uint64_t size)
+    : path_(std::move(path)), descriptor_(descriptor), size_(size) {}
+
+RegionSource::~RegionSource() { ::close(descriptor_); }
+
+std::shared_ptr<RegionSource> RegionSource::Open(const std::filesystem::path& path) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return nullptr;
+    struct stat info {};
+    if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(descriptor);
+        return nullptr;
+    }
+    return std::shared_ptr<RegionSource>(new RegionSource(path, descriptor, static_cast<std::uint64_t>(info.st_size)));
+}
+
+void SwapUnitsInPlace(std::uint8_t* data, std::uint64_t size, unsigned unitSize) noexcept {
+    if (unitSize < 2) return;
+    for (std::uint64_t i = 0; i + unitSize <= size; i += unitSize) std::reverse(data + i, data + i + unitSize);
+}
+
+bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
+    if (!RegionIsInside(region)) return false;
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(region.length));
+    if (!ReadFully(region.source->Descriptor(), bytes.data(), region.length, region.offset)) return false;
+    if (region.bigEndian) SwapUnitsInPlace(bytes.data(), region.length, region.unitSize);
+    out = std::move(bytes);
+    return true;
+}
+
+bool CopyRegionToFile(const FileRegion& region, int outDescriptor, bool swapUnits) {
+    if (!RegionIsInside(region)) return false;
+    std::uint64_t done = swapUnits ? 0 : CopyInKernel(region, outDescriptor);
+    // Chunks are a multiple of every unit size, so swapping never splits a unit.
+    std::vector<std::uint8_t> chunk(static_cast<std::size_t>(std::min(region.length - done, kCopyChunk)));
+    while (done < region.length) {
+        const std::uint64_t size = std::min<std::uint64_t>(region.length - done, chunk.size());
+        if (!ReadFully(region.source->Descriptor(), chunk.data(), size, region.offset + done)) return false;
+        if (swapUnits) SwapUnitsInPlace(chunk.data(), size, region.unitSize);
+        if (!WriteFully(outDescriptor, chunk.data(), size)) {
+            LV_TRACE("Module DicomDataStream", "Write failed while copying %llu bytes from %s",
+                     static_cast<unsigned long long>(region.length), region.source->Path().c_str());
+            return false;
+        }
+        done += size;
+    }
+    return true;
+}
+
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -1,0 +1,63 @@
+#pragma once
+// Value representations (VRs) of DICOM data elements and the fixed table of their properties.
+
+#include <cstdint>
+#include <string_view>
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+
+// The 35 VRs known to the codec, by table index. XS, OX and SW are the dictionary's ambiguous VRs.
+enum class ValueRepresentation : std::uint8_t {
+    Unknown, AE, AS, AT, CS, DA, DS, DT, FL, FD, IS, LO, LT, OB, OD, OF, OL, OW,
+    PN, SH, SL, SQ, SS, ST, TM, UC, UI, UL, UN, UR, US, UT, XS, OX, SW,
+};
+using VR = ValueRepresentation;
+
+// Maximum length of a VR whose values have no length limit.
+inline constexpr std::uint32_t kUnlimitedLength = 0xFFFFFFFFu;
+
+// One row of the VR table.
+struct ValueRepresentationRow {
+    std::string_view code;         // two-letter code written in explicit-VR streams; empty for Unknown
+    std::string_view displayName;  // name used in messages
+    std::uint32_t maxLength;       // maximum value length in bytes, kUnlimitedLength for none
+    bool fixedLength;              // values have exactly maxLength bytes
+    bool padToEven;                // odd-length values get one pad byte
+    std::uint8_t padByte;          // the pad byte
+    bool characterData;            // the value is text
+    bool characterSetApplies;      // the text is encoded in the Specific Character Set
+    bool numeric;                  // the value holds numbers (binary or decimal text)
+    std::uint8_t unitSize;         // bytes per unit, for byte swapping and value counting
+};
+
+// Number of rows in the VR table.
+inline constexpr int kValueRepresentationCount = 35;
+
+// The row of a VR; an index outside the table yields the Unknown row.
+const ValueRepresentationRow& VRRow(ValueRepresentation vr) noexcept;
+// Two-letter code ("" for Unknown).
+std::string_view VRCode(ValueRepresentation vr) noexcept;
+// Display name, e.g. "Floating Point Single".
+std::string_view VRDisplayName(ValueRepresentation vr) noexcept;
+// Maximum value length in bytes (kUnlimitedLength when unbounded).
+std::uint32_t VRMaxLength(ValueRepresentation vr) noexcept;
+// True when values have a fixed length.
+bool VRIsFixedLength(ValueRepresentation vr) noexcept;
+// True when odd-length values are padded to even length.
+bool VRPadsToEven(ValueRepresentation vr) noexcept;
+// The pad byte.
+std::uint8_t VRPadByte(ValueRepresentation vr) noexcept;
+// True for text VRs.
+bool VRIsCharacterData(ValueRepresentation vr) noexcept;
+// True when the Specific Character Set applies to the text.
+bool VRCharacterSetApplies(ValueRepresentation vr) noexcept;
+// True for numeric VRs (binary numbers, DS and IS).
+bool VRIsNumeric(ValueRepresentation vr) noexcept;
+// Bytes per unit (at least 1).
+unsigned VRUnitSize(ValueRepresentation vr) noexcept;
+// The delimiter between values of a multi-valued element: backslash for every VR.
+char VRValueDelimiter(ValueRepresentation vr) noexcept;
+// The VR with the given two-letter code, Unknown for any other text.
+ValueRepresentation VRFromCode(std::string_view code) noexcept;
+
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule
