@@ -1,0 +1,50 @@
+#include "Foundations/LVCodec/ImageFile.h"
+
+#include "Portability/Misc/DebugTrace.h"
+
+#include <fstream>
+#include <limits>
+
+namespace Lumivale::Imaging {
+
+bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module) {
+    std::ifstream stream(path, std::ios::binary | std::ios::ate);
+    if (!stream) {
+        LV_TRACE(module, "Cannot open %s", path.c_str());
+        return false;
+    }
+    const std::streamoff size = stream.tellg();
+    if (size < 0 || static_cast<std::uint64_t>(size) > kMaxImageFileBytes) {
+        LV_TRACE(module, "Cannot read %s: size %lld", path.c_str(), static_cast<long long>(size));
+        return false;
+    }
+    bytes.resize(static_cast<std::size_t>(size));
+    stream.seekg(0);
+    if (!stream.read(reinterpret_cast<char*>(bytes.data()), size)) {
+        LV_TRACE(module, "Cannot read %s", path.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool IsSaneGeometry(std::uint64_t width, std::uint64_t height) {
+    constexpr std::uint64_t kMaxSide = std::numeric_limits<std::int32_t>::max();
+    return width > 0 && height > 0 && width <= kMaxSide && height <= kMaxSide && width * height <= kMaxImagePixels;
+}
+
+bool AllocateImage(LVImageMemory& image, std::uint64_t width, std::uint64_t height, unsigned planes, unsigned bits,
+                   const char* module) {
+    if (!IsSaneGeometry(width, height)) {
+        LV_TRACE(module, "Refusing image of %llu x %llu pixels", static_cast<unsigned long long>(width),
+                 static_cast<unsigned long long>(height));
+        return false;
+    }
+    if (!image.Allocate(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), planes, bits)) {
+        LV_TRACE(module, "Cannot allocate %llu x %llu x %u samples of %u bits", static_cast<unsigned long long>(width),
+                 static_cast<unsigned long long>(height), planes, bits);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace Lumivale::Imaging

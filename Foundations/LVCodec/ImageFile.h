@@ -1,0 +1,25 @@
+#pragma once
+// Helpers every decoder shares: reading a whole image file and checking header geometry.
+
+#include "Foundations/LVBuffer2DTools/LVImageMemory.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Lumivale::Imaging {
+
+// Largest image file read into memory (1 GiB).
+inline constexpr std::uint64_t kMaxImageFileBytes = std::uint64_t{1} << 30;
+// Largest number of pixels a decoder allocates (2^28).
+inline constexpr std::uint64_t kMaxImagePixels = std::uint64_t{1} << 28;
+
+// Read the whole file at path into bytes; false (with a trace line) when unreadable or too large.
+bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module);
+// True when width and height are positive, fit in 32 bits and their product is at most kMaxImagePixels.
+bool IsSaneGeometry(std::uint64_t width, std::uint64_t height);
+// Allocate image after checking the geometry; traces the reason of a refusal under module.
+bool AllocateImage(LVImageMemory& image, std::uint64_t width, std::uint64_t height, unsigned planes, unsigned bits,
+                   const char* module);
+
+}  // namespace Lumivale::Imaging

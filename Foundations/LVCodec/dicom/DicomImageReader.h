@@ -1,0 +1,50 @@
+#pragma once
+// Minimal DICOM Part 10 reader for images: finds the image pixel attributes of the main data set and
+// of the first Icon Image Sequence item, and decodes their pixels.
+
+#include "Foundations/LVBuffer2DTools/LVImageMemory.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace Lumivale::Imaging {
+
+// Image pixel attributes of one data set level (0 when absent).
+struct DicomPixelAttributes {
+    std::uint64_t rows = 0;
+    std::uint64_t columns = 0;
+    std::uint64_t bitsAllocated = 0;
+    std::uint64_t bitsStored = 0;
+    std::uint64_t samplesPerPixel = 0;
+    std::uint64_t pixelRepresentation = 0;
+    std::uint64_t planarConfiguration = 0;
+    std::uint64_t numberOfFrames = 1;
+    std::string photometricInterpretation;
+    bool hasPixelData = false;
+    bool encapsulated = false;                            // pixel data held as fragments
+    std::span<const std::uint8_t> pixelData;              // native pixel data
+    std::vector<std::span<const std::uint8_t>> fragments; // encapsulated items, offset table first
+};
+
+// What the reader found in a file.
+struct DicomImageFile {
+    std::string transferSyntax;  // (0002,0010), without padding
+    DicomPixelAttributes main;   // top-level attributes
+    DicomPixelAttributes icon;   // first item of (0088,0200)
+    bool hasIcon = false;        // the sequence and an item were present
+};
+
+// Parse a Part 10 file (128-byte preamble, "DICM", explicit little-endian meta group, then implicit or
+// explicit little-endian data set). The spans in file point into bytes.
+bool ReadDicomImageFile(std::span<const std::uint8_t> bytes, DicomImageFile& file);
+// Decode frame `frame` of attributes (native, or encapsulated JPEG, JPEG-LS or JPEG 2000) into image;
+// `source` names the file in trace lines.
+bool DecodeDicomPixels(const DicomPixelAttributes& attributes, const std::string& transferSyntax, unsigned frame,
+                       const std::string& source, LVImageMemory& image);
+// Read and decode: the icon when thumbnail is true, else frame `frame` of the main image.
+bool DecodeDicom(std::span<const std::uint8_t> bytes, bool thumbnail, unsigned frame, const std::string& source,
+                 LVImageMemory& image);
+
+}  // namespace Lumivale::Imaging

@@ -1,0 +1,136 @@
+#include "Foundations/LVCodec/dicom/DicomImageReader.h"
+
+#include "Foundations/LVCodec/ByteReader.h"
+#include "Foundations/LVCodec/ImageFile.h"
+#include "Foundations/LVCodec/jpeg/JpegDecoder.h"
+#include "Foundations/LVCodec/jpegls/LVImageCodec_JPEGLS.h"
+#include "Foundations/LVCodec/openjpeg/openjpeg_wrapper.h"
+#include "Portability/Misc/DebugTrace.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace Lumivale::Imaging {
+
+namespace {
+
+constexpr const char* kModule = "Module DICOM image";
+
+bool IsNativeSyntax(std::string_view syntax) {
+    return syntax.empty() || syntax == "1.2.840.10008.1.2" || syntax == "1.2.840.10008.1.2.1";
+}
+bool IsJpegSyntax(std::string_view syntax) {
+    return syntax == "1.2.840.10008.1.2.4.50" || syntax == "1.2.840.10008.1.2.4.51" ||
+           syntax == "1.2.840.10008.1.2.4.57" || syntax == "1.2.840.10008.1.2.4.70";
+}
+bool IsJpegLsSyntax(std::string_view syntax) {
+    return syntax == "1.2.840.10008.1.2.4.80" || syntax == "1.2.840.10008.1.2.4.81";
+}
+bool IsJpeg2000Syntax(std::string_view syntax) {
+    return syntax == "1.2.840.10008.1.2.4.90" || syntax == "1.2.840.10008.1.2.4.91";
+}
+
+// The bytes of one frame of encapsulated pixel data: through the offset table when it has one,
+// otherwise all fragments for a single frame, or one fragment per frame.
+std::vector<std::uint8_t> FrameFragments(const DicomPixelAttributes& a, unsigned frame) {
+    std::vector<std::uint8_t> bytes;
+    const auto& fragments = a.fragments;
+    if (fragments.size() < 2) return bytes;
+    if (a.numberOfFrames <= 1) {
+        for (std::size_t i = 1; i < fragments.size(); ++i) bytes.insert(bytes.end(), fragments[i].begin(), fragments[i].end());
+        return bytes;
+    }
+    if (frame + 1u < fragments.size()) bytes.assign(fragments[frame + 1u].begin(), fragments[frame + 1u].end());
+    return bytes;
+}
+
+bool DecodeNative(const DicomPixelAttributes& a, unsigned frame, LVImageMemory& image) {
+    const std::uint64_t bytesPerSample = a.bitsAllocated / 8;
+    const std::uint64_t frameBytes = a.rows * a.columns * a.samplesPerPixel * bytesPerSample;
+    if ((a.bitsAllocated != 8 && a.bitsAllocated != 16) || a.bitsStored == 0 || a.bitsStored > a.bitsAllocated ||
+        (a.samplesPerPixel != 1 && a.samplesPerPixel != 3)) {
+        LV_TRACE(kModule, "Unsupported native layout: %llu samples, %llu/%llu bits",
+                 static_cast<unsigned long long>(a.samplesPerPixel), static_cast<unsigned long long>(a.bitsStored),
+                 static_cast<unsigned long long>(a.bitsAllocated));
+        return false;
+    }
+    if (frame >= a.numberOfFrames || a.pixelData.size() < frameBytes * (frame + 1u)) {
+        LV_TRACE(kModule, "Pixel data holds no frame %u", frame);
+        return false;
+    }
+    const unsigned planes = static_cast<unsigned>(a.samplesPerPixel);
+    if (!AllocateImage(image, a.columns, a.rows, planes, static_cast<unsigned>(a.bitsStored), kModule)) return false;
+    LVBuffer2D& out = image.Buffer();
+    const bool isSigned = a.pixelRepresentation == 1;
+    out.SetUnsigned(!isSigned);
+    const ByteReader in(a.pixelData.subspan(frameBytes * frame, frameBytes));
+    const std::uint64_t mask = (std::uint64_t{1} << a.bitsStored) - 1;
+    const std::uint64_t signBit = std::uint64_t{1} << (a.bitsStored - 1);
+    const bool invert = a.photometricInterpretation == "MONOCHROME1" && !isSigned;
+    for (unsigned p = 0; p < planes; ++p)
+        for (std::int32_t y = 0; y < out.Height(); ++y)
+            for (std::int32_t x = 0; x < out.Width(); ++x) {
+                const std::uint64_t pixel = static_cast<std::uint64_t>(y) * a.columns + static_cast<std::uint64_t>(x);
+                const std::uint64_t index = a.planarConfiguration == 1 ? p * a.rows * a.columns + pixel
+                                                                       : pixel * planes + p;
+                std::uint64_t raw = 0;
+                in.Le(index * bytesPerSample, static_cast<unsigned>(bytesPerSample), raw);
+                raw &= mask;
+                std::int64_t v = static_cast<std::int64_t>(raw);
+                if (isSigned && (raw & signBit)) v -= static_cast<std::int64_t>(mask + 1);
+                if (invert) v = static_cast<std::int64_t>(mask) - v;
+                out.SetSample(p, x, y, v);
+            }
+    return true;
+}
+
+bool DecodeEncapsulated(const DicomPixelAttributes& a, const std::string& syntax, unsigned frame,
+                        const std::string& source, LVImageMemory& image) {
+    const std::vector<std::uint8_t> bytes = FrameFragments(a, frame);
+    if (IsJpegSyntax(syntax)) {
+        if (!DecodeJpeg(bytes, image)) {
+            LV_TRACE(kModule, "Cannot decode : jpg pixels %s", source.c_str());
+            return false;
+        }
+        return true;
+    }
+    if (IsJpegLsSyntax(syntax)) return DecodeJpegLs(bytes, image);
+    if (IsJpeg2000Syntax(syntax)) return DecodeJpeg2000(bytes, image);
+    LV_TRACE(kModule, "Unsupported compression %s", syntax.c_str());
+    return false;
+}
+
+}  // namespace
+
+bool DecodeDicomPixels(const DicomPixelAttributes& attributes, const std::string& transferSyntax, unsigned frame,
+                       const std::string& source, LVImageMemory& image) {
+    const std::string& pi = attributes.photometricInterpretation;
+    if (pi == "PALETTE COLOR" || (!pi.empty() && pi != "MONOCHROME1" && pi != "MONOCHROME2" && pi != "RGB" &&
+                                  !(attributes.encapsulated && pi.starts_with("YBR")))) {
+        LV_TRACE(kModule, "Cannot decode : photometric_interpretation %s", pi.c_str());
+        return false;
+    }
+    if (!attributes.hasPixelData) {
+        LV_TRACE(kModule, "%s has no pixel data", source.c_str());
+        return false;
+    }
+    if (!IsNativeSyntax(transferSyntax)) LV_TRACE(kModule, "has compression : %s", transferSyntax.c_str());
+    if (attributes.encapsulated) return DecodeEncapsulated(attributes, transferSyntax, frame, source, image);
+    return DecodeNative(attributes, frame, image);
+}
+
+bool DecodeDicom(std::span<const std::uint8_t> bytes, bool thumbnail, unsigned frame, const std::string& source,
+                 LVImageMemory& image) {
+    DicomImageFile file;
+    if (!ReadDicomImageFile(bytes, file)) return false;
+    if (!thumbnail) return DecodeDicomPixels(file.main, file.transferSyntax, frame, source, image);
+    const DicomPixelAttributes& icon = file.icon;
+    if (!file.hasIcon || icon.rows == 0 || icon.columns == 0 || icon.bitsAllocated == 0 || icon.bitsStored == 0 ||
+        icon.samplesPerPixel == 0 || !icon.hasPixelData) {
+        LV_TRACE(kModule, "%s does not embed a thumbnail", source.c_str());
+        return false;
+    }
+    return DecodeDicomPixels(icon, file.transferSyntax, 0, source, image);
+}
+
+}  // namespace Lumivale::Imaging
