@@ -111,7 +111,8 @@ std::string FormatDateTime(const date_time& value, int format) {
 }
 
 std::string DicomDateValue(const date_time& value) {
-    return IsZeroDateTime(value) ? std::string{} : FormatDateTime(value, 0);
+    // A value read from a TM alone has no date part; "00000000" would not be a valid DA.
+    return value.month == 0 ? std::string{} : FormatDateTime(value, 0);
 }
 
 std::string DicomTimeValue(const date_time& value) {

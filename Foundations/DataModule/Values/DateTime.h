@@ -42,7 +42,7 @@ date_time CurrentLocalDateTime();
 // when the fraction is not 0. Other selectors give "". Fields are written as they are.
 std::string FormatDateTime(const date_time& value, int format);
 
-// DA value ("YYYYMMDD"), "" for the zero date_time.
+// DA value ("YYYYMMDD"), "" for the zero date_time and any value without a date part (month 0).
 std::string DicomDateValue(const date_time& value);
 // TM value ("HHMMSS", then ".FFFFFF" when the fraction is not 0), "" for the zero date_time.
 std::string DicomTimeValue(const date_time& value);

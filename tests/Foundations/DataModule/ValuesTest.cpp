@@ -96,6 +96,7 @@ TEST(DateTimeText, FormatsBySelector) {
     EXPECT_EQ(DicomDateValue(ZeroDateTime()), "");
     EXPECT_EQ(DicomTimeValue(ZeroDateTime()), "");
     EXPECT_EQ(DicomDateTimeValue(ZeroDateTime()), "");
+    EXPECT_EQ(DicomDateValue(date_time{0, 0, 0, 10, 30, 0, 0}), "") << "a time alone has no date part";
     EXPECT_EQ(CurrentLocalDateTime().fraction, 0u);
 }
 
