@@ -183,14 +183,7 @@ bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataS
 }
 
 bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet) {
-    StreamEncoding encoding = StreamEncoding::ExplicitLittleEndian;
-    if (const DicomDataSetElement* syntax = dataSet.Find(Tag::TransferSyntaxUID)) {
-        std::vector<std::uint8_t> uid;
-        if (syntax->value.Load(uid)) {
-            encoding = EncodingOfTransferSyntax(std::string_view(reinterpret_cast<const char*>(uid.data()), uid.size()));
-        }
-    }
-    return WriteDicomFile(path, dataSet, encoding);
+    return WriteDicomFile(path, dataSet, EncodingOfDataSet(dataSet));
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -31,6 +31,13 @@ StreamEncoding EncodingOfTransferSyntax(std::string_view uid) noexcept {
     return StreamEncoding::ExplicitLittleEndian;
 }
 
+StreamEncoding EncodingOfDataSet(const DicomDataSet& dataSet) {
+    const DicomDataSetElement* syntax = dataSet.Find(Tag::TransferSyntaxUID);
+    std::vector<std::uint8_t> uid;
+    if (!syntax || !syntax->value.Load(uid)) return StreamEncoding::ExplicitLittleEndian;
+    return EncodingOfTransferSyntax(std::string_view(reinterpret_cast<const char*>(uid.data()), uid.size()));
+}
+
 bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& handler) {
     stream.ResetReadState();
     stream.SetEncoding(StreamEncoding::ImplicitLittleEndian);

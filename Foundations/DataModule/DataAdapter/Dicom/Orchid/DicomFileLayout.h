@@ -11,6 +11,8 @@ namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 // The data set encoding of a transfer syntax UID: implicit VR LE for "1.2.840.10008.1.2", explicit
 // VR BE for "1.2.840.10008.1.2.2", explicit VR LE for every other UID (trailing NUL/space ignored).
 StreamEncoding EncodingOfTransferSyntax(std::string_view uid) noexcept;
+// The encoding named by the data set's (0002,0010); explicit VR little endian without one.
+StreamEncoding EncodingOfDataSet(const DicomDataSet& dataSet);
 
 // Read the preamble and meta group (handing meta elements to handler) and leave the stream at the
 // data set in its encoding. Files without preamble must start with group 0x0002 or 0x0008.

@@ -1,0 +1,161 @@
+// The data set tree's sizes and the writer: exact bytes, and write/read round trips through files.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "DicomBytes.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
+#include "TreeText.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+namespace {
+
+using namespace DicomTestBytes;
+namespace fs = std::filesystem;
+constexpr StreamEncoding kImplicit = StreamEncoding::ImplicitLittleEndian;
+constexpr StreamEncoding kExplicit = StreamEncoding::ExplicitLittleEndian;
+
+std::unique_ptr<DicomDataSetElement> Node(Tag tag, std::string_view text) {
+    const std::uint32_t number = TagNumber(tag);
+    return std::make_unique<DicomDataSetElement>(TagGroup(number), TagElement(number), TagVR(tag), Text(text));
+}
+
+std::unique_ptr<DicomDataSetSequenceElement> Sequence(Tag tag) {
+    const std::uint32_t number = TagNumber(tag);
+    return std::make_unique<DicomDataSetSequenceElement>(TagGroup(number), TagElement(number));
+}
+
+TEST(DataSetTree, InsertReplacesAndSizesFollowTheEncoding) {
+    DicomDataSet set;
+    EXPECT_TRUE(set.Insert(Node(Tag::PatientName, "FIRST")));
+    EXPECT_TRUE(set.Insert(Node(Tag::PatientName, "SECOND")));
+    EXPECT_FALSE(set.Insert(nullptr));
+    ASSERT_EQ(set.Count(), 1u);
+    EXPECT_EQ(set.Find(Tag::PatientName)->value.Size(), 6u);
+
+    auto sequence = Sequence(Tag::ReferencedImageSequence);
+    EXPECT_EQ(sequence->EncodedSize(kImplicit), 8u);
+    EXPECT_EQ(sequence->EncodedSize(kExplicit), 12u);
+    sequence->AppendItem().Insert(Node(Tag::ReferencedSOPInstanceUID, "1.2.3"));  // 8 + 6 (padded)
+    sequence->AppendEmptySlot();
+    EXPECT_EQ(sequence->EncodedSize(kImplicit), 8u + 8u + 14u);
+    EXPECT_EQ(sequence->EncodedSize(kExplicit), 12u + 8u + 14u);
+
+    DicomDataSetFrameContainerElement pixels(VR::OB, true);
+    pixels.AppendFrame(DicomValue(Bytes{1, 2, 3}));
+    EXPECT_EQ(pixels.EncodedSize(kExplicit), 12u + 8u + (8u + 4u) + 8u);
+    EXPECT_EQ(pixels.Frame(1), nullptr);
+    EXPECT_TRUE(set.Remove(TagNumber(Tag::PatientName)));
+    EXPECT_FALSE(set.Remove(TagNumber(Tag::PatientName)));
+}
+
+TEST(DataSetWrite, BytesOfSequencesPaddingAndPixelFragments) {
+    DicomDataSet set;
+    set.Insert(Node(Tag::SOPInstanceUID, "1.2.3"));
+    auto sequence = Sequence(Tag::ReferencedImageSequence);
+    sequence->AppendEmptySlot();
+    sequence->AppendItem().Insert(Node(Tag::Modality, "CT"));
+    set.Insert(std::move(sequence));
+    auto pixels = std::make_unique<DicomDataSetFrameContainerElement>(VR::OB, true);
+    pixels->AppendFrame(DicomValue(Bytes{9, 8, 7}));
+    set.Insert(std::move(pixels));
+
+    DicomMemoryDataStream stream;
+    stream.SetEncoding(kExplicit);
+    ASSERT_TRUE(stream.WriteDataSet(set));
+    const Bytes modality = Element(kExplicit, 0x0008, 0x0060, "CS", "CT");
+    const Bytes expected = Cat({
+        Element(kExplicit, 0x0008, 0x0018, "UI", Bytes{'1', '.', '2', '.', '3', 0}),
+        Header(kExplicit, 0x0008, 0x1140, "SQ", 8 + Len(modality)), Item(kExplicit, Len(modality)), modality,
+        Header(kExplicit, 0x7FE0, 0x0010, "OB", kUndefined), Item(kExplicit, 0), Item(kExplicit, 4), Bytes{9, 8, 7, 0},
+        SequenceEnd(kExplicit),
+    });
+    EXPECT_EQ(stream.Bytes(), expected);
+    EXPECT_EQ(set.EncodedSize(kExplicit), expected.size());
+}
+
+class TempDir : public ::testing::Test {
+protected:
+    void SetUp() override {
+        dir_ = fs::temp_directory_path() / ("dicom-codec-test-" + std::to_string(::getpid()));
+        fs::create_directories(dir_);
+    }
+    void TearDown() override { fs::remove_all(dir_); }
+    fs::path dir_;
+};
+
+// A data set with a meta group, nested sequences, private attributes, numbers and pixel data.
+DicomDataSet SampleDataSet(std::string_view transferSyntax) {
+    DicomDataSet set;
+    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0000, VR::UL, Bytes{0, 0, 0, 0}));
+    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0001, VR::OB, Bytes{0, 1}));
+    set.Insert(Node(Tag::TransferSyntaxUID, transferSyntax));
+    set.Insert(Node(Tag::PatientName, "DOE^JANE"));
+    set.Insert(Node(Tag::Orchid_PrivateCreatorID, kPrivateCreator));
+    auto custom = Sequence(Tag::Orchid_CustomDataSequence);
+    DicomDataSet& item = custom->AppendItem();
+    item.Insert(Node(Tag::Orchid_CustomDataKey, "Dicapsule.PackedFile.Name"));
+    item.Insert(std::make_unique<DicomDataSetElement>(0x0009, 0x11A3, VR::UN, Bytes(300, 0xAB)));
+    auto inner = Sequence(Tag::ReferencedImageSequence);
+    inner->AppendItem().Insert(Node(Tag::ReferencedSOPInstanceUID, "1.2.840.1"));
+    item.Insert(std::move(inner));
+    set.Insert(std::move(custom));
+    set.Insert(std::make_unique<DicomDataSetElement>(0x0028, 0x0010, VR::US, Bytes{0x34, 0x12}));
+    set.Insert(std::make_unique<DicomDataSetElement>(0x0070, 0x1A07, VR::OD, Bytes(8, 0x3F)));
+    auto pixels = std::make_unique<DicomDataSetFrameContainerElement>(VR::OB, false);
+    pixels->AppendFrame(DicomValue(Bytes{1, 2, 3, 4}));
+    set.Insert(std::move(pixels));
+    return set;
+}
+
+TEST_F(TempDir, RoundTripsInEveryEncodingAndCopiesValuesLeftInTheFile) {
+    struct Case {
+        const char* id;
+        std::string_view syntax;
+    };
+    const Case cases[] = {{"implicit", std::string_view("1.2.840.10008.1.2\0", 18)},
+                          {"explicit little", std::string_view("1.2.840.10008.1.2.1\0", 20)},
+                          {"explicit big", std::string_view("1.2.840.10008.1.2.2\0", 20)}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        const DicomDataSet original = SampleDataSet(c.syntax);
+        const fs::path first = dir_ / "first.dcm", second = dir_ / "second.dcm";
+        ASSERT_TRUE(WriteDicomFile(first, original));
+        DicomDataSet read;
+        DicomReadOptions keepLargeInFile;
+        keepLargeInFile.keepInFileAbove = 100;
+        ASSERT_TRUE(ReadDicomFile(first, read, keepLargeInFile));
+        const std::string text = DicomTestTree::TreeText(read);
+        const std::string groupLength = "(0002,0000) UL " + std::to_string(14 + 8 + EvenLength(c.syntax.size()));
+        EXPECT_NE(text.find(groupLength), std::string::npos) << text;
+        EXPECT_EQ(DicomTestTree::TreeText(read, false), DicomTestTree::TreeText(original, false));
+        const auto* payload = read.Find(Tag::Orchid_CustomDataSequence);
+        ASSERT_NE(payload, nullptr);
+        // The written copy must carry the file-held values (payload, pixel data) byte for byte.
+        ASSERT_TRUE(WriteDicomFile(second, read));
+        DicomDataSet again;
+        ASSERT_TRUE(ReadDicomFile(second, again));
+        EXPECT_EQ(DicomTestTree::TreeText(again), text);
+        EXPECT_EQ(fs::file_size(first), fs::file_size(second));
+    }
+}
+
+TEST_F(TempDir, FailedWriteLeavesTheTargetUntouched) {
+    const fs::path target = dir_ / "out.dcm";
+    std::ofstream(target) << "previous";
+    DicomDataSet set;
+    set.Insert(std::make_unique<DicomDataSetElement>(0x0010, 0x0010, VR::PN, Bytes(70000, 'A')));  // too long for 16 bits
+    EXPECT_FALSE(WriteDicomFile(target, set, kExplicit));
+    std::ifstream in(target);
+    std::string content;
+    in >> content;
+    EXPECT_EQ(content, "previous");
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir_), fs::directory_iterator()), 1);
+}
+
+}  // namespace
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -1,0 +1,193 @@
+// Reading element streams: handler events, length rules, file layouts and hostile input.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "DicomBytes.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileLayout.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
+#include "Portability/Misc/DebugTrace.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+namespace {
+
+using namespace DicomTestBytes;
+constexpr StreamEncoding kImplicit = StreamEncoding::ImplicitLittleEndian;
+constexpr StreamEncoding kExplicit = StreamEncoding::ExplicitLittleEndian;
+constexpr StreamEncoding kBig = StreamEncoding::ExplicitBigEndian;
+
+// Records each event as "kind gggg,eeee VR [e] value" (lengths and offsets left out).
+class EventRecorder : public DicomDataStream::CallbackHandler {
+public:
+    bool ElementRead(DicomDataSetElement& r) override {
+        std::string value(r.value.Bytes().begin(), r.value.Bytes().end());
+        events.push_back(Portability::TraceFormat("%d %04X,%04X %s%s ", static_cast<int>(r.kind), r.group, r.element,
+                                                  std::string(VRCode(r.vr)).c_str(), r.encapsulated ? " e" : "") +
+                         value);
+        lastLength = r.valueLength;
+        return true;
+    }
+    std::vector<std::string> events;
+    std::uint32_t lastLength = 0;
+};
+
+bool ReadEvents(const Bytes& bytes, StreamEncoding enc, EventRecorder& recorder) {
+    DicomMemoryDataStream stream(bytes);
+    stream.SetEncoding(enc);
+    return stream.ReadElements(recorder);
+}
+
+// A sequence of two items, each with one element, with every length defined or undefined.
+Bytes TwoItemSequence(StreamEncoding enc, bool defined) {
+    const Bytes first = Element(enc, 0x0008, 0x0100, "SH", "AB");
+    const Bytes second = Element(enc, 0x0008, 0x0104, "LO", "TEXT");
+    const auto item = [&](const Bytes& body) {
+        return defined ? Cat({Item(enc, Len(body)), body}) : Cat({Item(enc, kUndefined), body, ItemEnd(enc)});
+    };
+    const Bytes items = Cat({item(first), item(second)});
+    const Bytes sequence = defined ? Cat({Header(enc, 0x0008, 0x1032, "SQ", Len(items)), items})
+                                   : Cat({Header(enc, 0x0008, 0x1032, "SQ", kUndefined), items, SequenceEnd(enc)});
+    return Cat({Element(enc, 0x0008, 0x0020, "DA", "20240102"), sequence, Element(enc, 0x0010, 0x0010, "PN", "DOE^")});
+}
+
+TEST(DataStreamRead, DefinedAndUndefinedLengthsGiveTheSameEvents) {
+    for (StreamEncoding enc : {kImplicit, kExplicit, kBig}) {
+        SCOPED_TRACE(static_cast<int>(enc));
+        EventRecorder defined, undefined;
+        ASSERT_TRUE(ReadEvents(TwoItemSequence(enc, true), enc, defined));
+        ASSERT_TRUE(ReadEvents(TwoItemSequence(enc, false), enc, undefined));
+        EXPECT_EQ(defined.events, undefined.events);
+        ASSERT_EQ(defined.events.size(), 10u);
+        EXPECT_EQ(defined.events[1], "1 0008,1032 SQ ");
+        EXPECT_EQ(defined.events[4], "4 FFFE,E00D  ");
+        EXPECT_EQ(defined.events[8], "3 FFFE,E0DD  ");
+    }
+}
+
+TEST(DataStreamRead, LengthFieldRules) {
+    struct Case {
+        const char* id;
+        Bytes bytes;
+        std::uint32_t length;
+        std::string value;
+    };
+    const Case cases[] = {
+        {"UT short field is the length", Cat({TagBytes(kExplicit, 0x0018, 0x1030), Text("UT"), Number(kExplicit, 6, 2),
+                                               Text("SIXSIX")}), 6, "SIXSIX"},
+        {"UT zero field then 32-bit", Cat({TagBytes(kExplicit, 0x0018, 0x1030), Text("UT"), Bytes{0, 0},
+                                            Number(kExplicit, 4, 4), Text("FOUR")}), 4, "FOUR"},
+        {"OD has a 16-bit length", Cat({TagBytes(kExplicit, 0x0070, 0x1A07), Text("OD"), Number(kExplicit, 8, 2),
+                                         Text("12345678")}), 8, "12345678"},
+        {"UI trailing space becomes NUL", Element(kExplicit, 0x0008, 0x0018, "UI", "1.2 "), 4, std::string("1.2\0", 4)},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        EventRecorder recorder;
+        ASSERT_TRUE(ReadEvents(c.bytes, kExplicit, recorder));
+        ASSERT_EQ(recorder.events.size(), 1u);
+        EXPECT_EQ(recorder.lastLength, c.length);
+        EXPECT_EQ(recorder.events[0].substr(recorder.events[0].size() - c.value.size()), c.value);
+    }
+}
+
+TEST(DataStreamRead, OddLengthIsTracedAndOddSequenceEndClosesAtTheNextEvenOffset) {
+    std::vector<std::string> trace;
+    const auto previous = Portability::SetTraceSink([&](const Portability::TraceLine& l) { trace.emplace_back(l.text); });
+    const Bytes odd = Element(kExplicit, 0x0010, 0x0020, "LO", "ABC");  // 11 bytes, no pad
+    const Bytes item = Cat({Item(kExplicit, Len(odd)), odd});
+    const Bytes bytes = Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", Len(item)), item, Bytes{0},
+                             Element(kExplicit, 0x0010, 0x0010, "PN", "AB")});
+    EventRecorder recorder;
+    EXPECT_TRUE(ReadEvents(bytes, kExplicit, recorder));
+    Portability::SetTraceSink(previous);
+    ASSERT_EQ(recorder.events.size(), 6u);
+    EXPECT_EQ(recorder.events[4], "3 FFFE,E0DD  ");
+    EXPECT_EQ(recorder.events[5], "0 0010,0010 PN AB");
+    const std::vector<std::string> expected{"Odd value length 19 when deserializing TAG(0008,1032)",
+                                            "Odd value length 11 when deserializing TAG(FFFE,E000)",
+                                            "Odd value length 3 when deserializing TAG(0010,0020)"};
+    EXPECT_EQ(trace, expected);
+}
+
+TEST(DataStreamRead, EncapsulatedPixelDataIsPositionedNotLoaded) {
+    const Bytes bytes = Cat({Header(kExplicit, 0x7FE0, 0x0010, "OB", kUndefined), Item(kExplicit, 0),
+                             Item(kExplicit, 4), Bytes{1, 2, 3, 4}, SequenceEnd(kExplicit),
+                             Element(kExplicit, 0xFFFC, 0xFFFC, "OB", Bytes{0, 0})});
+    EventRecorder recorder;
+    ASSERT_TRUE(ReadEvents(bytes, kExplicit, recorder));
+    const std::vector<std::string> expected{"0 7FE0,0010 OB ",  "2 FFFE,E000  e ", "4 FFFE,E00D  ",
+                                            "2 FFFE,E000  e ",  "4 FFFE,E00D  ",   "3 FFFE,E0DD  e ",
+                                            std::string("0 FFFC,FFFC OB \0\0", 17)};
+    EXPECT_EQ(recorder.events, expected);
+}
+
+TEST(DataStreamRead, FileLayouts) {
+    const Bytes implicitBody = Cat({Element(kImplicit, 0x0008, 0x0005, "CS", "ISO_IR 100"),
+                                    Element(kImplicit, 0x0010, 0x0010, "PN", "DOE^")});
+    const Bytes meta = Element(kExplicit, 0x0002, 0x0010, "UI", Text(std::string("1.2.840.10008.1.2.2\0", 20)));
+    struct Case {
+        const char* id;
+        Bytes file;
+        bool ok;
+        std::size_t count;
+    };
+    const Case cases[] = {
+        {"implicit without preamble", implicitBody, true, 2},
+        {"big endian after meta", WithPreamble(Cat({meta, Element(kBig, 0x0028, 0x0010, "US", Bytes{0x01, 0x02})})),
+         true, 2},
+        {"meta group first without preamble", Cat({meta}), true, 1},
+        {"other first group", Element(kImplicit, 0x0010, 0x0010, "PN", "DOE^"), false, 0},
+        {"empty", Bytes{}, false, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        DicomMemoryDataStream stream(c.file);
+        DicomDataSet dataSet;
+        DicomDataSetFillCallback fill(dataSet);
+        EXPECT_EQ(ReadFileContent(stream, fill), c.ok);
+        EXPECT_EQ(dataSet.Count(), c.count);
+    }
+    DicomMemoryDataStream stream(WithPreamble(Cat({meta, Element(kBig, 0x0028, 0x0010, "US", Bytes{0x01, 0x02})})));
+    DicomDataSet dataSet;
+    DicomDataSetFillCallback fill(dataSet);
+    ASSERT_TRUE(ReadFileContent(stream, fill));
+    EXPECT_EQ(dataSet.Find(Tag::Rows)->value.Bytes()[0], 0x02);  // swapped into host order
+}
+
+TEST(DataStreamRead, HostileInputFailsCleanly) {
+    Bytes deep;
+    for (int i = 0; i < 200; ++i) {
+        deep = Cat({deep, Header(kExplicit, 0x0008, 0x1032, "SQ", kUndefined), Item(kExplicit, kUndefined)});
+    }
+    struct Case {
+        const char* id;
+        Bytes bytes;
+    };
+    const Case cases[] = {
+        {"truncated header", Bytes{0x10, 0x00, 0x10}},
+        {"truncated length", Cat({TagBytes(kExplicit, 0x0010, 0x0010), Text("PN"), Bytes{4}})},
+        {"value longer than the file", Cat({Header(kExplicit, 0x0010, 0x0010, "LO", 0xFFF0), Text("AB")})},
+        {"huge OB length", Cat({Header(kExplicit, 0x0009, 0x1107, "OB", 0xFFFFFFF0), Text("AB")})},
+        {"sequence past the end", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", 64), Item(kExplicit, 0)})},
+        {"item past its sequence", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", 8), Item(kExplicit, 10),
+                                        Element(kExplicit, 0x0010, 0x0010, "PN", "AB")})},
+        {"element crosses its item end", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", kUndefined), Item(kExplicit, 4),
+                                              Element(kExplicit, 0x0010, 0x0010, "PN", "ABCD")})},
+        {"too deep", deep},
+        {"stray item delimitation", ItemEnd(kExplicit)},
+        {"item outside a sequence", Cat({Item(kExplicit, kUndefined), ItemEnd(kExplicit)})},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        DicomMemoryDataStream stream(c.bytes);
+        stream.SetEncoding(kExplicit);
+        DicomDataSet dataSet;
+        DicomDataSetFillCallback fill(dataSet);
+        EXPECT_FALSE(stream.ReadElements(fill));
+    }
+}
+
+}  // namespace
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

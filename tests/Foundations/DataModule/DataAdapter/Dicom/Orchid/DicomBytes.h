@@ -1,0 +1,87 @@
+#pragma once
+// Byte builders for codec tests: each returns the bytes of one element, item or delimiter, so a
+// test reads like the file it builds: Cat(Element(enc, 0x0010, 0x0010, "PN", "DOE^JOHN"), ...).
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomEncodingRules.h"
+
+namespace DicomTestBytes {
+
+using Lumivale::DataModule::DataAdapterModule::DicomCodecModule::StreamEncoding;
+using Bytes = std::vector<std::uint8_t>;
+
+inline constexpr std::uint32_t kUndefined = 0xFFFFFFFFu;
+
+// Concatenation of byte strings.
+inline Bytes Cat(std::initializer_list<Bytes> parts) {
+    Bytes out;
+    for (const Bytes& part : parts) out.insert(out.end(), part.begin(), part.end());
+    return out;
+}
+
+// The characters of a text as bytes.
+inline Bytes Text(std::string_view text) { return Bytes(text.begin(), text.end()); }
+
+// An unsigned integer of `size` bytes in the encoding's byte order.
+inline Bytes Number(StreamEncoding enc, std::uint32_t value, int size) {
+    Bytes out(static_cast<std::size_t>(size));
+    for (int i = 0; i < size; ++i) {
+        const int shift = enc == StreamEncoding::ExplicitBigEndian ? 8 * (size - 1 - i) : 8 * i;
+        out[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> shift);
+    }
+    return out;
+}
+
+// Group and element number.
+inline Bytes TagBytes(StreamEncoding enc, std::uint16_t group, std::uint16_t element) {
+    return Cat({Number(enc, group, 2), Number(enc, element, 2)});
+}
+
+// True for the VRs with reserved bytes and a 32-bit length in explicit encodings.
+inline bool LongForm(std::string_view vr) {
+    return vr == "OB" || vr == "OW" || vr == "OF" || vr == "SQ" || vr == "UN" || vr == "UT";
+}
+
+// An element header with an explicit length (e.g. kUndefined); implicit encodings ignore vr.
+inline Bytes Header(StreamEncoding enc, std::uint16_t group, std::uint16_t element, std::string_view vr,
+                    std::uint32_t length) {
+    if (enc == StreamEncoding::ImplicitLittleEndian) return Cat({TagBytes(enc, group, element), Number(enc, length, 4)});
+    if (LongForm(vr)) return Cat({TagBytes(enc, group, element), Text(vr), Bytes{0, 0}, Number(enc, length, 4)});
+    return Cat({TagBytes(enc, group, element), Text(vr), Number(enc, length, 2)});
+}
+
+// A whole element: header with the value's length, then the value bytes as given.
+inline Bytes Element(StreamEncoding enc, std::uint16_t group, std::uint16_t element, std::string_view vr,
+                     const Bytes& value) {
+    return Cat({Header(enc, group, element, vr, static_cast<std::uint32_t>(value.size())), value});
+}
+
+// A text element (no padding added: pass even-length text).
+inline Bytes Element(StreamEncoding enc, std::uint16_t group, std::uint16_t element, std::string_view vr,
+                     std::string_view text) {
+    return Element(enc, group, element, vr, Text(text));
+}
+
+// An item header (FFFE,E000) with a length.
+inline Bytes Item(StreamEncoding enc, std::uint32_t length) {
+    return Cat({TagBytes(enc, 0xFFFE, 0xE000), Number(enc, length, 4)});
+}
+
+// An item delimitation (FFFE,E00D).
+inline Bytes ItemEnd(StreamEncoding enc) { return Cat({TagBytes(enc, 0xFFFE, 0xE00D), Number(enc, 0, 4)}); }
+
+// A sequence delimitation (FFFE,E0DD).
+inline Bytes SequenceEnd(StreamEncoding enc) { return Cat({TagBytes(enc, 0xFFFE, 0xE0DD), Number(enc, 0, 4)}); }
+
+// Length of a byte string as a 32-bit length field value.
+inline std::uint32_t Len(const Bytes& bytes) { return static_cast<std::uint32_t>(bytes.size()); }
+
+// A file: 128-byte preamble, "DICM", then the body.
+inline Bytes WithPreamble(const Bytes& body) { return Cat({Bytes(128, 0), Text("DICM"), body}); }
+
+}  // namespace DicomTestBytes
