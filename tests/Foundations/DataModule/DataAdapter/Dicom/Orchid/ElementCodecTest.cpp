@@ -1,0 +1,94 @@
+// Value bytes made by the element codec for each kind of value and VR.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/OrchidDataElementCodec.h"
+#include "Portability/Misc/DebugTrace.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// An element of the attribute's tag (and so its dictionary VM) but with the given VR.
+DicomDataSetElement ElementOf(Tag tag, VR vr) {
+    const std::uint32_t number = TagNumber(tag);
+    return DicomDataSetElement(TagGroup(number), TagElement(number), vr, Bytes{0x55});
+}
+
+Bytes Text(std::string_view text) { return Bytes(text.begin(), text.end()); }
+
+TEST(ElementCodec, StoredBytesByVR) {
+    const std::int64_t ints[] = {1, 2, 3};
+    const double doubles[] = {0.5, 2};
+    struct Case {
+        const char* id;
+        Tag tag;
+        VR vr;
+        std::function<void(OrchidDataElementCodec&)> store;
+        Bytes expected;
+        std::string trace;
+    };
+    const Case cases[] = {
+        {"CS odd padded with space", Tag::Modality, VR::CS, [](auto& c) { c.StoreCharacters("ABC"); }, Text("ABC "), ""},
+        {"CS even unpadded", Tag::Modality, VR::CS, [](auto& c) { c.StoreCharacters("AB"); }, Text("AB"), ""},
+        {"UI padded with NUL", Tag::SOPInstanceUID, VR::UI, [](auto& c) { c.StoreUID("1.2.3"); },
+         Bytes{'1', '.', '2', '.', '3', 0}, ""},
+        {"texts joined once padded", Tag::ImageType, VR::CS, [](auto& c) { c.StoreTexts({"A", "B"}); }, Text("A\\B "), ""},
+        {"IS integers", Tag::ReferencedFrameNumber, VR::IS, [&](auto& c) { c.StoreIntegers(ints); }, Text("1\\2\\3 "), ""},
+        {"US integers", Tag::Orchid_ImageZones, VR::US, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{1, 0, 2, 0, 3, 0}, ""},
+        {"SL integers", Tag::Orchid_Velor6CornerSize, VR::SL, [&](auto& c) { c.StoreIntegers(ints); },
+         Bytes{1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0}, ""},
+        {"FL integers untouched", Tag::Orchid_DoseWidthProduct, VR::FL, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{0x55},
+         "Missing implementation for VR Floating Point Single"},
+        {"single-valued VM untouched", Tag::Rows, VR::US, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{0x55}, ""},
+        {"doubles into SL untouched", Tag::Orchid_Velor6CornerSize, VR::SL, [&](auto& c) { c.StoreDoubles(doubles); },
+         Bytes{0x55}, ""},
+        {"DS doubles", Tag::Orchid_PixelSpacing, VR::DS, [&](auto& c) { c.StoreDoubles(doubles); }, Text("0.5\\2 "), ""},
+        {"FL doubles", Tag::Orchid_DoseWidthProduct, VR::FL, [&](auto& c) { c.StoreDoubles(doubles); },
+         Bytes{0, 0, 0, 0x3F, 0, 0, 0, 0x40}, ""},
+        {"OB odd padded with NUL", Tag::Orchid_Velor6DrawDataBuffer, VR::OB,
+         [](auto& c) { c.StoreBinary(Bytes{7, 8, 9}); }, Bytes{7, 8, 9, 0}, ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        std::string trace;
+        const auto previous = Portability::SetTraceSink([&](const Portability::TraceLine& l) { trace = l.text; });
+        DicomDataSetElement element = ElementOf(c.tag, c.vr);
+        OrchidDataElementCodec codec(&element);
+        c.store(codec);
+        Portability::SetTraceSink(previous);
+        EXPECT_EQ(Bytes(element.value.Bytes().begin(), element.value.Bytes().end()), c.expected);
+        EXPECT_EQ(element.valueLength, c.expected.size());
+        EXPECT_EQ(trace, c.trace);
+    }
+}
+
+TEST(ElementCodec, FetchReadsWhatWasStored) {
+    DicomDataSetElement zones = ElementOf(Tag::Orchid_ImageZones, VR::SS);
+    OrchidDataElementCodec zoneCodec(&zones);
+    const std::int64_t values[] = {-2, 300};
+    ASSERT_TRUE(zoneCodec.StoreIntegers(values));
+    std::vector<std::int64_t> integers;
+    ASSERT_TRUE(zoneCodec.FetchIntegers(integers));
+    EXPECT_EQ(integers, (std::vector<std::int64_t>{-2, 300}));
+
+    DicomDataSetElement spacing = ElementOf(Tag::Orchid_PixelSpacing, VR::DS);
+    OrchidDataElementCodec spacingCodec(&spacing);
+    const double pair[] = {0.125, -4};
+    ASSERT_TRUE(spacingCodec.StoreDoubles(pair));
+    std::vector<double> doubles;
+    ASSERT_TRUE(spacingCodec.FetchDoubles(doubles));
+    EXPECT_EQ(doubles, (std::vector<double>{0.125, -4}));
+
+    OrchidDataElementCodec absent(nullptr);
+    std::string text;
+    EXPECT_FALSE(absent.StoreCharacters("X"));
+    EXPECT_FALSE(absent.FetchCharacters(text));
+}
+
+}  // namespace
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule
