@@ -1,0 +1,129 @@
+#include "Foundations/LVCodec/icon/IconImageBuilder.h"
+
+#include "Foundations/BufferTools/BufferTools.h"
+#include "Portability/Misc/DebugTrace.h"
+
+#include <cmath>
+#include <limits>
+
+namespace Lumivale::Imaging {
+
+namespace {
+
+constexpr const char* kModule = "Module Icon";
+
+using DataModule::IconImageRecord;
+using DataModule::PhotometricInterpretation;
+
+// Shrink source by the divisor and map its sample range onto 8 bits.
+bool ReduceToEightBits(const LVBuffer2D& source, LVImageMemory& reduced8) {
+    const unsigned f = IconReductionDivisor(static_cast<std::uint64_t>(source.Width()),
+                                            static_cast<std::uint64_t>(source.Height()));
+    LVBuffer2D reduced;
+    if (!reduced.Allocate(source.Width() / static_cast<std::int32_t>(f), source.Height() / static_cast<std::int32_t>(f),
+                          source.Planes(), source.Bits()))
+        return false;
+    reduced.SetUnsigned(source.Type().isUnsigned);
+    BufferTools::BufferToolsBlocks tools;
+    std::int64_t low = 0, high = 0;
+    LVLut lut;
+    return tools.Resize(source, reduced) && tools.Range(reduced, low, high) && lut.BuildLinear(low, high, 8) &&
+           reduced8.Allocate(reduced.Width(), reduced.Height(), reduced.Planes(), 8) &&
+           BufferTools::ApplyLUTBuffer(tools, reduced, reduced8.Buffer(), lut);
+}
+
+bool StorePixels(IconImageRecord& record, const LVBuffer2D& colour, bool copyPixels) {
+    record.pixel_data.clear();
+    if (copyPixels) {
+        std::vector<std::uint8_t> bytes;
+        if (!SerializePixelData(colour, bytes)) return false;
+        record.pixel_data[0] = DataModule::ByteBuffer::Adopt(std::move(bytes));
+        return true;
+    }
+    const auto planeBytes = static_cast<std::uint64_t>(colour.LineStride()) * static_cast<std::uint64_t>(colour.Height());
+    for (unsigned p = 0; p < colour.Planes(); ++p)
+        record.pixel_data[p] = DataModule::ByteBuffer::Borrow(colour.Plane(p), planeBytes);
+    return true;
+}
+
+bool StoreImage(IconImageRecord& record, const LVBuffer2D& image, bool copyPixels) {
+    LVBuffer2D colour;
+    if (!image.MakeView(colour, 0, 1, 2, 3) || !image.MakeColourPlanesView(colour, false)) return false;
+    constexpr auto kMaxSide = std::numeric_limits<std::uint16_t>::max();
+    if (colour.Width() > kMaxSide || colour.Height() > kMaxSide || colour.Bits() > 32) {
+        LV_TRACE(kModule, "Icon of %d x %d samples of %u bits cannot be stored", colour.Width(), colour.Height(),
+                 colour.Bits());
+        return false;
+    }
+    const bool serialised = copyPixels;
+    const auto planes = static_cast<std::uint16_t>(colour.Planes());
+    const auto bitsAllocated = static_cast<std::uint16_t>(colour.Type().BitsAllocated());
+    const auto bitsStored = static_cast<std::uint16_t>(colour.Bits());
+    auto& description = record.pixel_description;
+    description.rows = static_cast<std::uint32_t>(colour.Height());
+    description.columns = static_cast<std::uint32_t>(colour.Width());
+    description.bytes_per_line = static_cast<std::uint32_t>(serialised ? colour.RowBytes() * planes : colour.LineStride());
+    description.bits_allocated = bitsAllocated;
+    description.bits_stored = bitsStored;
+    description.planes = planes;
+    description.pixel_representation = 0;
+    if (!StorePixels(record, colour, copyPixels)) return false;
+
+    record.samples_per_pixel = planes;
+    record.rows = static_cast<std::uint16_t>(colour.Height());
+    record.columns = static_cast<std::uint16_t>(colour.Width());
+    record.bits_allocated = bitsAllocated;
+    record.bits_stored = bitsStored;
+    record.high_bit = static_cast<std::uint16_t>(bitsStored - 1);
+    record.photometric_interpretation =
+        planes == 1 ? PhotometricInterpretation::MONOCHROME2 : PhotometricInterpretation::RGB;
+    record.pixel_representation = 0;
+    if (planes != 1) record.planar_configuration = 0;
+    record.is_set = true;
+    return true;
+}
+
+}  // namespace
+
+bool LoadThumbnail(const std::string& path, LVImage& image) { return image.LoadFromFile(path, 0, 0, 0); }
+
+unsigned IconReductionDivisor(std::uint64_t width, std::uint64_t height) {
+    const std::uint64_t q = (height / 10) * (width / 10);
+    const double pixels = static_cast<double>(width) * static_cast<double>(height);
+    double f = 10;
+    if (q < 10000) f = std::floor(std::sqrt(pixels / 10000.0) + 0.5);
+    if (q > 50000) f = std::floor(std::sqrt(pixels / 50000.0) + 0.5);
+    return f < 1 ? 1u : static_cast<unsigned>(f);
+}
+
+bool SerializePixelData(const LVBuffer2D& image, std::vector<std::uint8_t>& out) {
+    if (!image.IsValid()) return false;
+    const unsigned bytes = image.Type().BytesPerSample();
+    const std::uint64_t size = static_cast<std::uint64_t>(image.RowBytes()) * image.Planes() *
+                               static_cast<std::uint64_t>(image.Height());
+    out.clear();
+    out.reserve(size + 1);
+    for (std::int32_t y = 0; y < image.Height(); ++y)
+        for (std::int32_t x = 0; x < image.Width(); ++x)
+            for (unsigned p = 0; p < image.Planes(); ++p) {
+                const auto v = static_cast<std::uint64_t>(image.Sample(p, x, y));
+                for (unsigned b = 0; b < bytes; ++b) out.push_back(static_cast<std::uint8_t>(v >> (8 * b)));
+            }
+    if (out.size() % 2 != 0) out.push_back(0);  // DICOM values have even lengths
+    return true;
+}
+
+bool SetIconImage(IconImageRecord& record, const LVImageMemory& source, bool copyPixels) {
+    const LVBuffer2D& image = source.Buffer();
+    if (!image.IsValid()) return false;
+    if (!record.reduce) return StoreImage(record, image, copyPixels);
+    // The reduced image lives only here, so its pixels are always copied out.
+    LVImageMemory reduced;
+    if (!ReduceToEightBits(image, reduced)) {
+        LV_TRACE(kModule, "Cannot reduce the icon image");
+        return false;
+    }
+    return StoreImage(record, reduced.Buffer(), true);
+}
+
+}  // namespace Lumivale::Imaging

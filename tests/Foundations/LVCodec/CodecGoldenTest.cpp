@@ -1,0 +1,100 @@
+// Every codec and bit depth against the pixels PIL decodes from the same generated file.
+#include "Foundations/LVCodec/LVImage.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace Lumivale::Imaging {
+namespace {
+
+const std::string kImages = DICAPSULE_GENERATED_IMAGES;
+
+struct Golden {
+    unsigned planes = 0, bytes = 0;
+    std::int32_t width = 0, height = 0;
+    std::vector<std::uint8_t> samples;
+    std::int64_t At(unsigned p, std::int32_t x, std::int32_t y) const {
+        const std::size_t i = ((std::size_t{p} * height + y) * width + x) * bytes;
+        return bytes == 2 ? samples[i] | samples[i + 1] << 8 : samples[i];
+    }
+};
+
+bool ReadGolden(const std::string& path, Golden& golden) {
+    std::ifstream in(path, std::ios::binary);
+    std::string header;
+    if (!std::getline(in, header)) return false;
+    std::istringstream(header) >> golden.planes >> golden.width >> golden.height >> golden.bytes;
+    golden.samples.assign(std::istreambuf_iterator<char>(in), {});
+    return golden.samples.size() == std::size_t{golden.planes} * golden.width * golden.height * golden.bytes;
+}
+
+TEST(CodecGoldenTest, DecodedPixelsMatchPil) {
+    struct Case {
+        const char* file;
+        unsigned frame;
+        std::int64_t tolerance;  // CMYK conversion rounds differently
+        unsigned bits;           // significant bits expected
+    } cases[] = {
+        {"png_L.png", 0, 0, 8},        {"png_LA.png", 0, 0, 8},        {"png_RGB.png", 0, 0, 8},
+        {"png_RGBA.png", 0, 0, 8},     {"png_palette.png", 0, 0, 8},   {"png_1bit.png", 0, 0, 8},
+        {"png_grey16.png", 0, 0, 16},  {"jpeg_L.jpg", 0, 0, 8},        {"jpeg_RGB.jpg", 0, 0, 8},
+        {"jpeg_CMYK.jpg", 0, 1, 8},    {"cjpeg_grey.jpeg", 0, 0, 8},   {"tiff_L.tif", 0, 0, 8},
+        {"tiff_RGB.tif", 0, 0, 8},     {"tiff_grey16.tif", 0, 0, 16},  {"tiff_palette.tif", 0, 0, 8},
+        {"tiff_tiled.tif", 0, 0, 8},   {"tiff_separate.tif", 0, 0, 8}, {"tiff_pages.tif", 1, 0, 8},
+        {"j2k_L.j2k", 0, 0, 8},        {"j2k_RGB.jp2", 0, 0, 8},       {"j2k_grey16.j2k", 0, 0, 16},
+        {"bmp_1bit.bmp", 0, 0, 8},     {"bmp_grey8.bmp", 0, 0, 8},     {"bmp_palette8.bmp", 0, 0, 8},
+        {"bmp_palette4.bmp", 0, 0, 8}, {"bmp_rle8.bmp", 0, 0, 8},      {"bmp_RGB.bmp", 0, 0, 8},
+        {"bmp_RGBA.bmp", 0, 0, 8},     {"pnm_P1.pbm", 0, 0, 8},        {"pnm_P2.pgm", 0, 0, 8},
+        {"pnm_P3.ppm", 0, 0, 8},       {"pnm_P4.pbm", 0, 0, 8},        {"pnm_P5.pgm", 0, 0, 8},
+        {"pnm_P6.ppm", 0, 0, 8},       {"pnm_P5_16.pgm", 0, 0, 16},    {"pnm_grey.pam", 0, 0, 8},
+        {"pnm_RGB.pam", 0, 0, 8},      {"dicom_icon.dcm", 0, 0, 8},    {"dicom_implicit.dcm", 0, 0, 8},
+        {"dicom_jpeg.dcm", 0, 0, 8},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file);
+        const std::string path = kImages + "/" + c.file;
+        Golden golden;
+        ASSERT_TRUE(ReadGolden(path + ".golden", golden));
+        LVImage image;
+        ASSERT_TRUE(image.LoadFromFile(path, c.frame, 0, 0));
+        const LVBuffer2D& b = image.Buffer();
+        ASSERT_EQ(b.Planes(), golden.planes);
+        ASSERT_EQ(b.Width(), golden.width);
+        ASSERT_EQ(b.Height(), golden.height);
+        EXPECT_EQ(b.Type().BytesPerSample(), golden.bytes);
+        EXPECT_EQ(b.Bits(), c.bits);
+        std::int64_t worst = 0;
+        for (unsigned p = 0; p < golden.planes; ++p)
+            for (std::int32_t y = 0; y < golden.height; ++y)
+                for (std::int32_t x = 0; x < golden.width; ++x)
+                    worst = std::max(worst, std::abs(b.Sample(p, x, y) - golden.At(p, x, y)));
+        EXPECT_LE(worst, c.tolerance);
+    }
+}
+
+// Truncated copies of every generated file fail or decode, but never crash or leak.
+TEST(CodecGoldenTest, TruncatedFilesAreRefusedCleanly) {
+    const char* files[] = {"png_RGB.png",   "jpeg_RGB.jpg", "tiff_tiled.tif", "j2k_RGB.jp2",    "bmp_rle8.bmp",
+                           "pnm_RGB.pam",   "pnm_P3.ppm",   "dicom_icon.dcm", "dicom_jpeg.dcm", "bmp_palette4.bmp"};
+    for (const char* file : files) {
+        SCOPED_TRACE(file);
+        std::ifstream in(kImages + "/" + file, std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+        const std::string name = std::string(file);
+        const std::string cut = kImages + "/cut_" + name;
+        for (const std::size_t keep : {bytes.size() / 2, bytes.size() / 5, std::size_t{20}}) {
+            std::ofstream(cut, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(keep));
+            LVImage image;
+            image.LoadFromFile(cut, 0);
+        }
+        std::remove(cut.c_str());
+    }
+}
+
+}  // namespace
+}  // namespace Lumivale::Imaging

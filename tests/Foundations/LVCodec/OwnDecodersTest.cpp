@@ -1,0 +1,265 @@
+// The program's own readers (PNM, BMP, DICOM) and the library codecs' refusal paths.
+#include "Foundations/LVCodec/LVImage.h"
+#include "Foundations/LVCodec/bmp/LVImageCodec_BMP.h"
+#include "Foundations/LVCodec/jpeg/JpegDecoder.h"
+#include "Foundations/LVCodec/jpegls/LVImageCodec_JPEGLS.h"
+#include "Foundations/LVCodec/pnm/PnmWrapper.h"
+#include "TraceCapture.h"
+
+#include <charls/charls.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace Lumivale::Imaging {
+namespace {
+
+const std::string kImages = DICAPSULE_GENERATED_IMAGES;
+
+std::vector<std::uint8_t> Bytes(const std::string& text) { return {text.begin(), text.end()}; }
+
+std::vector<std::uint8_t> ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// The generated pattern: sample c of pixel (x, y) for a given maximum.
+std::int64_t Pattern(std::int32_t x, std::int32_t y, unsigned c, std::int64_t maximum = 255) {
+    const std::int64_t scale = maximum > 255 ? maximum / 255 : 1;
+    return ((x * 7 + y * 13 + c * 50) * scale + c) % (maximum + 1);
+}
+
+void Append32(std::vector<std::uint8_t>& out, std::uint32_t v) {
+    for (int i = 0; i < 4; ++i) out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
+}
+void Append16(std::vector<std::uint8_t>& out, std::uint16_t v) {
+    out.push_back(static_cast<std::uint8_t>(v));
+    out.push_back(static_cast<std::uint8_t>(v >> 8));
+}
+
+// A BMP file: 14-byte file header, 40-byte info header, grey palette of 2^bpp entries (bpp <= 8), pixels.
+std::vector<std::uint8_t> Bmp(std::int32_t width, std::int32_t height, std::uint16_t bpp, std::uint32_t compression,
+                              const std::vector<std::uint8_t>& pixels) {
+    const std::uint32_t paletteBytes = bpp <= 8 ? 4u << bpp : 0;
+    std::vector<std::uint8_t> out = {'B', 'M'};
+    Append32(out, 54 + paletteBytes + static_cast<std::uint32_t>(pixels.size()));  // file size
+    Append32(out, 0);                                                                // reserved
+    Append32(out, 54 + paletteBytes);                                                // pixel offset
+    Append32(out, 40);                                                               // info header size
+    Append32(out, static_cast<std::uint32_t>(width));
+    Append32(out, static_cast<std::uint32_t>(height));  // negative: top-down
+    Append16(out, 1);                                    // planes
+    Append16(out, bpp);
+    Append32(out, compression);
+    Append32(out, static_cast<std::uint32_t>(pixels.size()));
+    for (int i = 0; i < 4; ++i) Append32(out, 0);  // resolution, colours used, important
+    for (std::uint32_t i = 0; i < paletteBytes / 4; ++i)
+        for (const int channel : {0, 1, 2, 3}) out.push_back(channel == 3 ? 0 : static_cast<std::uint8_t>(i * 17));
+    out.insert(out.end(), pixels.begin(), pixels.end());
+    return out;
+}
+
+TEST(PnmDecoderTest, HeaderErrorsAreTracedWordForWord) {
+    struct Case {
+        const char* id;
+        std::string input;
+        std::string message;
+    } cases[] = {
+        {"empty", "", "Error reading magic number from Netpbm image stream.  Most often, this means your input file "
+                      "is empty."},
+        {"magic", "Q5\n1 1\n255\n", "bad magic number - not a ppm, pgm, or pbm file"},
+        {"eof", "P5\n3", "EOF / read error reading a byte"},
+        {"columns", "P4\n99999999999 1\n", "Number of columns in header is too large."},
+        {"width", "P5\n2000000 1\n255\n", "image width (2000000) too large to be processed"},
+        {"height", "P5\n1 2000000\n255\n", "image height (2000000) too large to be processed"},
+        {"pam eof", "P7\nWIDTH 1\n", "EOF or error reading file while trying to read the PAM header"},
+        {"pam missing", "P7\nWIDTH\nENDHDR\n", "Missing value for WIDTH in PAM file header."},
+        {"pam too large", "P7\nWIDTH 99999999999\n", "Too-large value for WIDTH in PAM file header: '99999999999'"},
+        {"pam non-numeric", "P7\nHEIGHT x1\n", "Non-numeric value for HEIGHT in PAM file header: 'x1'"},
+        {"pam negative", "P7\nDEPTH -1\n", "Negative value for DEPTH in PAM file header: '-1'"},
+        {"pam no depth", "P7\nWIDTH 1\nHEIGHT 1\nMAXVAL 255\nENDHDR\n", "No DEPTH header line in PAM header"},
+        {"pam no maxval", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nENDHDR\n", "No MAXVAL header line in PAM header"},
+        {"pam zero depth", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 0\nMAXVAL 1\nENDHDR\n", "DEPTH value is zero in PAM header"},
+        {"pam maxval", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 70000\nENDHDR\n",
+         "MAXVAL value (70000) in PAM header is greater than 65535"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        TraceCapture trace;
+        LVImageMemory image;
+        EXPECT_FALSE(DecodePnm(Bytes(c.input), image));
+        EXPECT_TRUE(trace.Has(c.message)) << (trace.lines.empty() ? "" : trace.lines.back());
+    }
+}
+
+TEST(PnmDecoderTest, MaxvalDecidesTheSampleWidth) {
+    struct Case {
+        const char* id;
+        std::string input;
+        unsigned bits;
+        std::int64_t first, last;
+    } cases[] = {
+        {"maxval 15 scales to 8 bits", "P2\n2 1\n15\n0 # comment\n 15\n", 8, 0, 255},
+        {"maxval 4095 keeps 12 bits", std::string("P5\n2 1\n4095\n\x00\x01\x0F\xFF", 16), 12, 1, 4095},
+        {"maxval 1000 scales to 16 bits", std::string("P5\n2 1\n1000\n\x00\x00\x03\xE8", 16), 16, 0, 65535},
+        {"plain bitmap black is 0", "P1\n2 1\n10", 8, 0, 255},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        LVImageMemory image;
+        ASSERT_TRUE(DecodePnm(Bytes(c.input), image));
+        EXPECT_EQ(image.Buffer().Bits(), c.bits);
+        EXPECT_EQ(image.Buffer().Sample(0, 0, 0), c.first);
+        EXPECT_EQ(image.Buffer().Sample(0, 1, 0), c.last);
+    }
+    LVImageMemory image;
+    EXPECT_FALSE(DecodePnm(Bytes("P5\n4 4\n255\nabc"), image)) << "raster shorter than the header promises";
+}
+
+TEST(BmpDecoderTest, TopDownRleAndRefusals) {
+    struct Case {
+        const char* id;
+        std::vector<std::uint8_t> file;
+        bool ok;
+        std::vector<std::int64_t> greys;  // plane 0, row by row from the top
+    } cases[] = {
+        {"top-down 24-bit", Bmp(2, -2, 24, 0, {1, 2, 3, 4, 5, 6, 0, 0, 7, 8, 9, 10, 11, 12, 0, 0}), true, {3, 6, 9, 12}},
+        {"bottom-up 8-bit grey", Bmp(2, 2, 8, 0, {1, 2, 0, 0, 3, 4, 0, 0}), true, {51, 68, 17, 34}},
+        {"rle4 with absolute run", Bmp(4, 2, 4, 2, {4, 0x12, 0, 0, 0, 4, 0x34, 0x56, 0, 1}), true,
+         {51, 68, 85, 102, 17, 34, 17, 34}},
+        {"rle8 with delta", Bmp(3, 2, 8, 1, {1, 5, 0, 2, 1, 1, 1, 7, 0, 1}), true, {0, 0, 119, 85, 0, 0}},
+        {"truncated pixels", Bmp(4, 4, 24, 0, {1, 2, 3}), false, {}},
+        {"rle4 on 8 bits", Bmp(2, 2, 8, 2, {0, 1}), false, {}},
+        {"huge header", Bmp(100000, 100000, 24, 0, {}), false, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        LVImageMemory image;
+        ASSERT_EQ(DecodeBmp(c.file, image), c.ok);
+        if (!c.ok) continue;
+        std::vector<std::int64_t> greys;
+        for (std::int32_t y = 0; y < image.Buffer().Height(); ++y)
+            for (std::int32_t x = 0; x < image.Buffer().Width(); ++x) greys.push_back(image.Buffer().Sample(0, x, y));
+        EXPECT_EQ(greys, c.greys);
+    }
+}
+
+TEST(DicomDecoderTest, MainImageIconAndMessages) {
+    const std::string icon = kImages + "/dicom_icon.dcm";
+    LVImage image;
+    ASSERT_TRUE(image.LoadFromFile(icon, kLoadThumbnail));
+    ASSERT_EQ(image.Buffer().Planes(), 3u);
+    EXPECT_EQ(image.Buffer().Sample(2, 36, 22), Pattern(36, 22, 2));
+    EXPECT_EQ(image.Buffer().Sample(1, 5, 3), Pattern(5, 3, 1));
+
+    const std::string twelve = kImages + "/dicom_12bit.dcm";
+    ASSERT_TRUE(image.LoadFromFile(twelve, 0));
+    EXPECT_EQ(image.Buffer().Bits(), 12u);
+    EXPECT_EQ(image.Buffer().Sample(0, 30, 20), Pattern(30, 20, 0, 4095));
+
+    struct Case {
+        const char* id;
+        std::string path;
+        unsigned flags;
+        bool ok;
+        std::string message;
+    } cases[] = {
+        {"no icon", twelve, kLoadThumbnail, false, twelve + " does not embed a thumbnail"},
+        {"palette", kImages + "/dicom_palette.dcm", 0, false, "Cannot decode : photometric_interpretation PALETTE COLOR"},
+        {"compressed", kImages + "/dicom_jpeg.dcm", 0, true, "has compression : 1.2.840.10008.1.2.4.50"},
+        {"tiff page", kImages + "/tiff_pages.tif", 0, true, "TiffGetPages : 2"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        TraceCapture trace;
+        EXPECT_EQ(image.LoadFromFile(c.path, c.flags), c.ok);
+        EXPECT_TRUE(trace.Has(c.message));
+    }
+}
+
+TEST(DicomDecoderTest, BrokenJpegPixelsAndMissingPages) {
+    std::vector<std::uint8_t> bytes = ReadFile(kImages + "/dicom_jpeg.dcm");
+    const std::uint8_t soi[] = {0xFF, 0xD8, 0xFF};
+    const auto at = std::search(bytes.begin(), bytes.end(), std::begin(soi), std::end(soi));
+    ASSERT_NE(at, bytes.end());
+    at[0] = at[1] = 0;
+    const std::string broken = kImages + "/broken_jpeg.dcm";
+    std::ofstream(broken, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
+                                                  static_cast<std::streamsize>(bytes.size()));
+    TraceCapture trace;
+    LVImage image;
+    EXPECT_FALSE(image.LoadFromFile(broken, 0));
+    EXPECT_TRUE(trace.Has("Cannot decode : jpg pixels " + broken));
+    std::remove(broken.c_str());
+
+    const std::string pages = kImages + "/tiff_pages.tif";
+    EXPECT_FALSE(image.LoadFromFile(pages, 5, 0, 0));
+    EXPECT_TRUE(trace.Has("Can't set frame 5 of input file " + pages));
+}
+
+TEST(JpegDecoderTest, TwelveBitPrecisionIsRefusedOnAnEightBitLibrary) {
+    std::vector<std::uint8_t> bytes = ReadFile(kImages + "/jpeg_L.jpg");
+    const std::uint8_t sof0[] = {0xFF, 0xC0};
+    const auto at = std::search(bytes.begin(), bytes.end(), std::begin(sof0), std::end(sof0));
+    ASSERT_NE(at, bytes.end());
+    at[1] = 0xC1;  // extended sequential, which allows 12 bits
+    at[4] = 12;
+    TraceCapture trace;
+    LVImageMemory image;
+    EXPECT_FALSE(DecodeJpeg(bytes, image));
+    EXPECT_FALSE(trace.lines.empty());
+}
+
+TEST(JpegLsDecoderTest, CharlsStreamsDecode) {
+    struct Case {
+        const char* id;
+        int components;
+        int bits;
+        charls_interleave_mode mode;
+    } cases[] = {{"grey 8", 1, 8, charls_interleave_mode::none},
+                 {"rgb 12 sample-interleaved", 3, 12, charls_interleave_mode::sample}};
+    constexpr std::uint32_t kWidth = 37, kHeight = 23;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        const std::int64_t maximum = (1 << c.bits) - 1;
+        const std::size_t bytesPerSample = c.bits > 8 ? 2 : 1;
+        std::vector<std::uint8_t> raw;
+        // CharLS takes planes one after the other for "none", pixels interleaved otherwise.
+        const bool planar = c.mode == charls_interleave_mode::none;
+        for (unsigned outer = 0; outer < (planar ? unsigned(c.components) : 1u); ++outer)
+            for (std::uint32_t y = 0; y < kHeight; ++y)
+                for (std::uint32_t x = 0; x < kWidth; ++x)
+                    for (unsigned inner = 0; inner < (planar ? 1u : unsigned(c.components)); ++inner) {
+                        const auto v = Pattern(static_cast<std::int32_t>(x), static_cast<std::int32_t>(y),
+                                               planar ? outer : inner, maximum);
+                        raw.push_back(static_cast<std::uint8_t>(v));
+                        if (bytesPerSample == 2) raw.push_back(static_cast<std::uint8_t>(v >> 8));
+                    }
+        charls_jpegls_encoder* encoder = charls_jpegls_encoder_create();
+        const charls_frame_info frame{kWidth, kHeight, c.bits, c.components};
+        std::vector<std::uint8_t> encoded(raw.size() * 2 + 1024);
+        std::size_t written = 0;
+        ASSERT_EQ(charls_jpegls_encoder_set_frame_info(encoder, &frame), charls_jpegls_errc{});
+        ASSERT_EQ(charls_jpegls_encoder_set_interleave_mode(encoder, c.mode), charls_jpegls_errc{});
+        ASSERT_EQ(charls_jpegls_encoder_set_destination_buffer(encoder, encoded.data(), encoded.size()),
+                  charls_jpegls_errc{});
+        ASSERT_EQ(charls_jpegls_encoder_encode_from_buffer(encoder, raw.data(), raw.size(), 0), charls_jpegls_errc{});
+        ASSERT_EQ(charls_jpegls_encoder_get_bytes_written(encoder, &written), charls_jpegls_errc{});
+        charls_jpegls_encoder_destroy(encoder);
+        encoded.resize(written);
+
+        LVImageMemory image;
+        ASSERT_TRUE(DecodeJpegLs(encoded, image));
+        ASSERT_EQ(image.Buffer().Planes(), static_cast<unsigned>(c.components));
+        EXPECT_EQ(image.Buffer().Bits(), static_cast<unsigned>(c.bits));
+        for (unsigned p = 0; p < static_cast<unsigned>(c.components); ++p)
+            for (std::int32_t y = 0; y < static_cast<std::int32_t>(kHeight); y += 5)
+                for (std::int32_t x = 0; x < static_cast<std::int32_t>(kWidth); x += 3)
+                    ASSERT_EQ(image.Buffer().Sample(p, x, y), Pattern(x, y, p, maximum)) << p << "," << x << "," << y;
+    }
+}
+
+}  // namespace
+}  // namespace Lumivale::Imaging
