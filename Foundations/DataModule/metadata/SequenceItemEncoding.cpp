@@ -1,0 +1,124 @@
+#include "Foundations/DataModule/metadata/SequenceItemEncoding.h"
+
+#include "Foundations/DataModule/Common/TextUtils.h"
+#include "Foundations/DataModule/metadata/ElementTextCheck.h"
+
+#include <charconv>
+#include <cstring>
+#include <map>
+
+namespace Lumivale::DataModule::DataConverterModule {
+
+namespace {
+
+// VRs with the long explicit header (2 reserved bytes and a 32-bit length).
+bool HasLongHeader(std::string_view vr) {
+    constexpr std::string_view kLong[] = {"OB", "OD", "OF", "OL", "OV", "OW", "SQ", "SV", "UC", "UN", "UR", "UT", "UV"};
+    for (const std::string_view candidate : kLong) {
+        if (candidate == vr) return true;
+    }
+    return false;
+}
+
+void PutU16(std::vector<std::uint8_t>& out, std::uint16_t value) {
+    out.push_back(static_cast<std::uint8_t>(value & 0xFF));
+    out.push_back(static_cast<std::uint8_t>(value >> 8));
+}
+
+void PutU32(std::vector<std::uint8_t>& out, std::uint32_t value) {
+    PutU16(out, static_cast<std::uint16_t>(value & 0xFFFF));
+    PutU16(out, static_cast<std::uint16_t>(value >> 16));
+}
+
+template <typename T>
+void PutBinary(std::vector<std::uint8_t>& out, T value) {
+    std::uint8_t bytes[sizeof(T)];
+    std::memcpy(bytes, &value, sizeof(T));  // the build targets little-endian machines only
+    out.insert(out.end(), bytes, bytes + sizeof(T));
+}
+
+// The binary form of "\"-separated numbers already checked by IsValidElementText.
+std::vector<std::uint8_t> BinaryNumbers(std::string_view vr, std::string_view text) {
+    std::vector<std::uint8_t> bytes;
+    for (const std::string& field : SplitKeepingEmpty(text, '\\')) {
+        std::string_view number = TrimBlanks(field);
+        if (!number.empty() && number.front() == '+') number.remove_prefix(1);
+        double value = 0;
+        std::from_chars(number.data(), number.data() + number.size(), value);
+        if (vr == "US") PutBinary(bytes, static_cast<std::uint16_t>(value));
+        else if (vr == "SS") PutBinary(bytes, static_cast<std::int16_t>(value));
+        else if (vr == "UL") PutBinary(bytes, static_cast<std::uint32_t>(value));
+        else if (vr == "SL") PutBinary(bytes, static_cast<std::int32_t>(value));
+        else if (vr == "FL") PutBinary(bytes, static_cast<float>(value));
+        else PutBinary(bytes, value);
+    }
+    return bytes;
+}
+
+bool PutElement(std::vector<std::uint8_t>& out, ElementTag tag, std::string_view vr,
+                const std::vector<std::uint8_t>& value, std::string& error) {
+    PutU16(out, tag.group);
+    PutU16(out, tag.element);
+    out.push_back(static_cast<std::uint8_t>(vr[0]));
+    out.push_back(static_cast<std::uint8_t>(vr[1]));
+    if (HasLongHeader(vr)) {
+        if (value.size() >= 0xFFFFFFFFull) {
+            error = "a sequence value is too long";
+            return false;
+        }
+        PutU16(out, 0);
+        PutU32(out, static_cast<std::uint32_t>(value.size()));
+    } else {
+        if (value.size() > 0xFFFE) {
+            error = "a " + std::string(vr) + " value in a sequence is longer than 65534 bytes";
+            return false;
+        }
+        PutU16(out, static_cast<std::uint16_t>(value.size()));
+    }
+    out.insert(out.end(), value.begin(), value.end());
+    return true;
+}
+
+bool EncodeItem(const DicomXmlItem& item, std::vector<std::uint8_t>& out, std::string& error) {
+    // Elements are written in tag order whatever the document order; a later one replaces an earlier one.
+    std::map<ElementTag, std::pair<std::string, std::vector<std::uint8_t>>> encoded;
+    for (const DicomXmlElement& element : item.elements) {
+        if (!IsValidElementText(element.vr, element.value)) {
+            error = element.name + " \"" + element.value + "\" is not a valid " + element.vr + " value";
+            return false;
+        }
+        std::vector<std::uint8_t> value;
+        if (IsBinaryNumberVr(element.vr)) {
+            value = BinaryNumbers(element.vr, element.value);
+        } else {
+            value.assign(element.value.begin(), element.value.end());
+            if (value.size() % 2 != 0) value.push_back(element.vr == "UI" ? 0 : ' ');
+        }
+        encoded[element.tag] = {element.vr, std::move(value)};
+    }
+    for (const DicomXmlSequenceElement& sequence : item.sequences) {
+        std::vector<std::uint8_t> value;
+        if (!EncodeSequenceItems(sequence.items, value, error)) return false;
+        encoded[sequence.tag] = {"SQ", std::move(value)};
+    }
+    std::vector<std::uint8_t> body;
+    for (const auto& [tag, element] : encoded) {
+        if (!PutElement(body, tag, element.first, element.second, error)) return false;
+    }
+    PutU16(out, 0xFFFE);
+    PutU16(out, 0xE000);
+    PutU32(out, static_cast<std::uint32_t>(body.size()));
+    out.insert(out.end(), body.begin(), body.end());
+    return true;
+}
+
+}  // namespace
+
+bool EncodeSequenceItems(const std::vector<DicomXmlItem>& items, std::vector<std::uint8_t>& out, std::string& error) {
+    for (const DicomXmlItem& item : items) {
+        if (!EncodeItem(item, out, error)) return false;
+    }
+    return true;
+}
+
+}  // namespace Lumivale::DataModule::DataConverterModule
