@@ -1,0 +1,82 @@
+#include "Foundations/DataModule/metadata/SourceSignature.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Lumivale::DataModule;
+using namespace std::string_literals;
+
+// A file head: 128 bytes of preamble (or none), then the given bytes.
+std::vector<std::uint8_t> Head(const std::string& bytes, bool preamble = false) {
+    std::vector<std::uint8_t> head(preamble ? 128 : 0, 0);
+    head.insert(head.end(), bytes.begin(), bytes.end());
+    return head;
+}
+
+const std::string kMediaDirectoryMeta =
+    "DICM"
+    "\x02\x00\x00\x00" "UL" "\x04\x00" "\xBA\x00\x00\x00"  // (0002,0000) any group length
+    "\x02\x00\x01\x00" "OB" "\x00\x00" "\x02\x00\x00\x00" "\x00\x01"s
+    + "\x02\x00\x02\x00" "UI" "\x14\x00" "1.2.840.10008.1.3.10"s;
+
+TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
+    struct Case {
+        const char* id;
+        std::vector<std::uint8_t> head;
+        SourceKind::Enum kind;
+    } const cases[] = {
+        {"media-directory", Head(kMediaDirectoryMeta, true), SourceKind::MediaDirectory},
+        {"media-directory-other-class", Head(kMediaDirectoryMeta.substr(0, 57) + "1", true), SourceKind::Dicom},
+        {"part10", Head("DICM\x02\x00\x00\x00"s, true), SourceKind::Dicom},
+        {"part10-exactly-132-bytes", Head("DICM", true), SourceKind::Dicom},
+        {"dicm-cut-short", Head("DIC", true), SourceKind::Unrecognised},
+        {"jpeg-ls", Head("\xFF\xD8\xFF\xF7"s), SourceKind::JpegFamily},
+        {"jpeg", Head("\xFF\xD8\xFF\xE0"s), SourceKind::JpegFamily},
+        {"j2k-codestream", Head("\xFF\x4F\xFF\x51"s), SourceKind::JpegFamily},
+        {"jp2", Head("\x00\x00\x00\x0C\x6A\x50\x20\x20\x0D\x0A"s), SourceKind::JpegFamily},
+        {"jp2-cut", Head("\x00\x00\x00\x0C\x6A\x50\x20"s), SourceKind::Unrecognised},
+        {"tiff-le", Head("II*\x00"s), SourceKind::Tiff},
+        {"tiff-be", Head("MM\x00*"s), SourceKind::Tiff},
+        {"bare-0008-0000-be", Head("\x00\x08\x00\x00"s), SourceKind::Dicom},
+        {"bare-0008-0000-le", Head("\x08\x00\x00\x00"s), SourceKind::Dicom},
+        {"bare-0008-0001-be", Head("\x00\x08\x00\x01"s), SourceKind::Dicom},
+        {"bare-0008-0001-le", Head("\x08\x00\x01\x00"s), SourceKind::Dicom},
+        {"bare-0002-be", Head("\x00\x02\x00\x00"s), SourceKind::Dicom},
+        {"bare-0002-le", Head("\x02\x00\x00\x00"s), SourceKind::Dicom},
+        {"bare-0008-0008", Head("\x08\x00\x08\x00"s), SourceKind::Dicom},
+        {"bare-0008-0005", Head("\x08\x00\x05\x00"s), SourceKind::Dicom},
+        {"own-xml", Head("<orchid type=\"ConvertixToFp\">"), SourceKind::OwnXml},
+        {"own-xml-single-quote", Head("<orchid type='x'>"), SourceKind::Unrecognised},
+        {"xml-declaration", Head("<?xml version=\"1.0\"?><orchid type=\"x\">"), SourceKind::Unrecognised},
+        {"empty", {}, SourceKind::Unrecognised},
+        {"one-byte", Head("\xFF"s), SourceKind::Unrecognised},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        EXPECT_EQ(DetectSourceKind(c.head), c.kind);
+    }
+    EXPECT_EQ(SourceSignatureReadLength(), 256u);
+    EXPECT_EQ(SourceSignatures().size(), 17u);
+}
+
+TEST(SourceSignature, ReadsAtMostTheSignatureLength) {
+    const std::string path = testing::TempDir() + "signature_head.bin";
+    {
+        std::FILE* file = std::fopen(path.c_str(), "wb");
+        ASSERT_NE(file, nullptr);
+        const std::vector<std::uint8_t> bytes(1000, 0x41);
+        std::fwrite(bytes.data(), 1, bytes.size(), file);
+        std::fclose(file);
+    }
+    std::vector<std::uint8_t> head;
+    ASSERT_TRUE(ReadSourceHead(path, head));
+    EXPECT_EQ(head.size(), 256u);
+    EXPECT_FALSE(ReadSourceHead(path + ".missing", head));
+    std::remove(path.c_str());
+}
+
+}  // namespace
