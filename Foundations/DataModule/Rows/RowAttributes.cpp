@@ -374,69 +374,69 @@ using ST = TextCodec<kShortText>;
 using LT = TextCodec<kLongText>;
 using LOs = MultiTextCodec<kLongString>;
 
-using P = PatientDataRow;
+using PatientRow = PatientDataRow;
 constexpr RowAttribute kPatientAttributes[] = {
-    Entry<P, &P::patient_name, PersonNameCodec>(0x0010, 0x0010, "PatientName"),
-    Entry<P, &P::patient_id, LO>(0x0010, 0x0020, "PatientID"),
-    Entry<P, &P::issuer_of_patient_id, LO>(0x0010, 0x0021, "IssuerOfPatientID"),
-    Entry<P, &P::patient_birth_date, DatePartCodec>(0x0010, 0x0030, "PatientBirthDate"),
-    Entry<P, &P::patient_sex, CodedCodec<Sex::Enum>>(0x0010, 0x0040, "PatientSex"),
-    Entry<P, &P::other_patient_ids, LOs>(0x0010, 0x1000, "OtherPatientIDs"),
-    Entry<P, &P::patient_comments, LT>(0x0010, 0x4000, "PatientComments"),
+    Entry<PatientRow, &PatientRow::patient_name, PersonNameCodec>(0x0010, 0x0010, "PatientName"),
+    Entry<PatientRow, &PatientRow::patient_id, LO>(0x0010, 0x0020, "PatientID"),
+    Entry<PatientRow, &PatientRow::issuer_of_patient_id, LO>(0x0010, 0x0021, "IssuerOfPatientID"),
+    Entry<PatientRow, &PatientRow::patient_birth_date, DatePartCodec>(0x0010, 0x0030, "PatientBirthDate"),
+    Entry<PatientRow, &PatientRow::patient_sex, CodedCodec<Sex::Enum>>(0x0010, 0x0040, "PatientSex"),
+    Entry<PatientRow, &PatientRow::other_patient_ids, LOs>(0x0010, 0x1000, "OtherPatientIDs"),
+    Entry<PatientRow, &PatientRow::patient_comments, LT>(0x0010, 0x4000, "PatientComments"),
 };
 
-using S = StudyDataRow;
+using StudyRow = StudyDataRow;
 constexpr RowAttribute kStudyAttributes[] = {
-    Entry<S, &S::study_date_time, DatePartCodec>(0x0008, 0x0020, "StudyDate"),
-    Entry<S, &S::study_date_time, TimePartCodec>(0x0008, 0x0030, "StudyTime"),
-    Entry<S, &S::accession_number, SH>(0x0008, 0x0050, "AccessionNumber"),
-    Entry<S, &S::referring_physician_name, PersonNameCodec>(0x0008, 0x0090, "ReferringPhysicianName"),
-    Entry<S, &S::study_description, LO>(0x0008, 0x1030, "StudyDescription"),
-    Entry<S, &S::patient_age, AgeCodec>(0x0010, 0x1010, "PatientAge"),
-    Entry<S, &S::patient_size, DecimalCodec>(0x0010, 0x1020, "PatientSize"),
-    Entry<S, &S::patient_weight, DecimalCodec>(0x0010, 0x1030, "PatientWeight"),
-    Entry<S, &S::study_instance_uid, UidCodec>(0x0020, 0x000D, "StudyInstanceUID"),
-    Entry<S, &S::study_id, SH>(0x0020, 0x0010, "StudyID"),
+    Entry<StudyRow, &StudyRow::study_date_time, DatePartCodec>(0x0008, 0x0020, "StudyDate"),
+    Entry<StudyRow, &StudyRow::study_date_time, TimePartCodec>(0x0008, 0x0030, "StudyTime"),
+    Entry<StudyRow, &StudyRow::accession_number, SH>(0x0008, 0x0050, "AccessionNumber"),
+    Entry<StudyRow, &StudyRow::referring_physician_name, PersonNameCodec>(0x0008, 0x0090, "ReferringPhysicianName"),
+    Entry<StudyRow, &StudyRow::study_description, LO>(0x0008, 0x1030, "StudyDescription"),
+    Entry<StudyRow, &StudyRow::patient_age, AgeCodec>(0x0010, 0x1010, "PatientAge"),
+    Entry<StudyRow, &StudyRow::patient_size, DecimalCodec>(0x0010, 0x1020, "PatientSize"),
+    Entry<StudyRow, &StudyRow::patient_weight, DecimalCodec>(0x0010, 0x1030, "PatientWeight"),
+    Entry<StudyRow, &StudyRow::study_instance_uid, UidCodec>(0x0020, 0x000D, "StudyInstanceUID"),
+    Entry<StudyRow, &StudyRow::study_id, SH>(0x0020, 0x0010, "StudyID"),
 };
 
-using R = SeriesDataRow;
+using SeriesRow = SeriesDataRow;
 constexpr RowAttribute kSeriesAttributes[] = {
-    Entry<R, &R::series_date_time, DatePartCodec>(0x0008, 0x0021, "SeriesDate"),
-    Entry<R, &R::series_date_time, TimePartCodec>(0x0008, 0x0031, "SeriesTime"),
-    Entry<R, &R::modality, CodedCodec<Modality::Enum>>(0x0008, 0x0060, "Modality"),
-    Entry<R, &R::series_description, LO>(0x0008, 0x103E, "SeriesDescription"),
-    Entry<R, &R::performing_physician_name, PersonNameCodec>(0x0008, 0x1050, "PerformingPhysicianName"),
-    Entry<R, &R::operators_name, PersonNameCodec>(0x0008, 0x1070, "OperatorsName"),
-    Entry<R, &R::body_part_examined, CodedCodec<BodyPart::Enum>>(0x0018, 0x0015, "BodyPartExamined"),
-    Entry<R, &R::protocol_name, LO>(0x0018, 0x1030, "ProtocolName"),
-    Entry<R, &R::series_instance_uid, UidCodec>(0x0020, 0x000E, "SeriesInstanceUID"),
-    Entry<R, &R::series_number, IntegerCodec>(0x0020, 0x0011, "SeriesNumber"),
-    Entry<R, &R::laterality, CodedCodec<Laterality::Enum>>(0x0020, 0x0060, "Laterality"),
+    Entry<SeriesRow, &SeriesRow::series_date_time, DatePartCodec>(0x0008, 0x0021, "SeriesDate"),
+    Entry<SeriesRow, &SeriesRow::series_date_time, TimePartCodec>(0x0008, 0x0031, "SeriesTime"),
+    Entry<SeriesRow, &SeriesRow::modality, CodedCodec<Modality::Enum>>(0x0008, 0x0060, "Modality"),
+    Entry<SeriesRow, &SeriesRow::series_description, LO>(0x0008, 0x103E, "SeriesDescription"),
+    Entry<SeriesRow, &SeriesRow::performing_physician_name, PersonNameCodec>(0x0008, 0x1050, "PerformingPhysicianName"),
+    Entry<SeriesRow, &SeriesRow::operators_name, PersonNameCodec>(0x0008, 0x1070, "OperatorsName"),
+    Entry<SeriesRow, &SeriesRow::body_part_examined, CodedCodec<BodyPart::Enum>>(0x0018, 0x0015, "BodyPartExamined"),
+    Entry<SeriesRow, &SeriesRow::protocol_name, LO>(0x0018, 0x1030, "ProtocolName"),
+    Entry<SeriesRow, &SeriesRow::series_instance_uid, UidCodec>(0x0020, 0x000E, "SeriesInstanceUID"),
+    Entry<SeriesRow, &SeriesRow::series_number, IntegerCodec>(0x0020, 0x0011, "SeriesNumber"),
+    Entry<SeriesRow, &SeriesRow::laterality, CodedCodec<Laterality::Enum>>(0x0020, 0x0060, "Laterality"),
 };
 
-using E = EquipmentDataRow;
+using EquipmentRow = EquipmentDataRow;
 constexpr RowAttribute kEquipmentAttributes[] = {
-    Entry<E, &E::manufacturer, LO>(0x0008, 0x0070, "Manufacturer"),
-    Entry<E, &E::institution_name, LO>(0x0008, 0x0080, "InstitutionName"),
-    Entry<E, &E::institution_address, ST>(0x0008, 0x0081, "InstitutionAddress"),
-    Entry<E, &E::station_name, SH>(0x0008, 0x1010, "StationName"),
-    Entry<E, &E::institutional_department_name, LO>(0x0008, 0x1040, "InstitutionalDepartmentName"),
-    Entry<E, &E::manufacturer_model_name, LO>(0x0008, 0x1090, "ManufacturerModelName"),
-    Entry<E, &E::device_serial_number, LO>(0x0018, 0x1000, "DeviceSerialNumber"),
-    Entry<E, &E::software_versions, LOs>(0x0018, 0x1020, "SoftwareVersions"),
+    Entry<EquipmentRow, &EquipmentRow::manufacturer, LO>(0x0008, 0x0070, "Manufacturer"),
+    Entry<EquipmentRow, &EquipmentRow::institution_name, LO>(0x0008, 0x0080, "InstitutionName"),
+    Entry<EquipmentRow, &EquipmentRow::institution_address, ST>(0x0008, 0x0081, "InstitutionAddress"),
+    Entry<EquipmentRow, &EquipmentRow::station_name, SH>(0x0008, 0x1010, "StationName"),
+    Entry<EquipmentRow, &EquipmentRow::institutional_department_name, LO>(0x0008, 0x1040, "InstitutionalDepartmentName"),
+    Entry<EquipmentRow, &EquipmentRow::manufacturer_model_name, LO>(0x0008, 0x1090, "ManufacturerModelName"),
+    Entry<EquipmentRow, &EquipmentRow::device_serial_number, LO>(0x0018, 0x1000, "DeviceSerialNumber"),
+    Entry<EquipmentRow, &EquipmentRow::software_versions, LOs>(0x0018, 0x1020, "SoftwareVersions"),
 };
 
-using I = InstanceDataRow;
+using InstanceRow = InstanceDataRow;
 constexpr RowAttribute kInstanceAttributes[] = {
-    Entry<I, &I::instance_creation_date_time, DatePartCodec>(0x0008, 0x0012, "InstanceCreationDate"),
-    Entry<I, &I::instance_creation_date_time, TimePartCodec>(0x0008, 0x0013, "InstanceCreationTime"),
-    Entry<I, &I::instance_creator_uid, UidCodec>(0x0008, 0x0014, "InstanceCreatorUID"),
-    Entry<I, &I::sop_instance_uid, UidCodec>(0x0008, 0x0018, "SOPInstanceUID"),
-    Entry<I, &I::content_date_time, DatePartCodec>(0x0008, 0x0023, "ContentDate"),
-    Entry<I, &I::acquisition_date_time, DateTimeCodec>(0x0008, 0x002A, "AcquisitionDateTime"),
-    Entry<I, &I::content_date_time, TimePartCodec>(0x0008, 0x0033, "ContentTime"),
+    Entry<InstanceRow, &InstanceRow::instance_creation_date_time, DatePartCodec>(0x0008, 0x0012, "InstanceCreationDate"),
+    Entry<InstanceRow, &InstanceRow::instance_creation_date_time, TimePartCodec>(0x0008, 0x0013, "InstanceCreationTime"),
+    Entry<InstanceRow, &InstanceRow::instance_creator_uid, UidCodec>(0x0008, 0x0014, "InstanceCreatorUID"),
+    Entry<InstanceRow, &InstanceRow::sop_instance_uid, UidCodec>(0x0008, 0x0018, "SOPInstanceUID"),
+    Entry<InstanceRow, &InstanceRow::content_date_time, DatePartCodec>(0x0008, 0x0023, "ContentDate"),
+    Entry<InstanceRow, &InstanceRow::acquisition_date_time, DateTimeCodec>(0x0008, 0x002A, "AcquisitionDateTime"),
+    Entry<InstanceRow, &InstanceRow::content_date_time, TimePartCodec>(0x0008, 0x0033, "ContentTime"),
     Entry<RawDataDataRow, &RawDataDataRow::creator_version_uid, UidCodec>(0x0008, 0x9123, "CreatorVersionUID"),
-    Entry<I, &I::instance_number, IntegerCodec>(0x0020, 0x0013, "InstanceNumber"),
+    Entry<InstanceRow, &InstanceRow::instance_number, IntegerCodec>(0x0020, 0x0013, "InstanceNumber"),
 };
 
 constexpr bool IsInTagOrder(std::span<const RowAttribute> table) {

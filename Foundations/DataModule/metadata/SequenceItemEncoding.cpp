@@ -105,6 +105,10 @@ bool EncodeItem(const DicomXmlItem& item, std::vector<std::uint8_t>& out, std::s
     for (const auto& [tag, element] : encoded) {
         if (!PutElement(body, tag, element.first, element.second, error)) return false;
     }
+    if (body.size() >= 0xFFFFFFFFull) {
+        error = "a sequence item is too long";
+        return false;
+    }
     PutU16(out, 0xFFFE);
     PutU16(out, 0xE000);
     PutU32(out, static_cast<std::uint32_t>(body.size()));

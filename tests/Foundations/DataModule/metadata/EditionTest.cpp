@@ -4,6 +4,8 @@
 #include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -43,6 +45,19 @@ struct Applied {
     ElementTag tag;
     const char* expected;
 };
+
+// Keywords resolve through the dictionary and land in the row table: both must agree on tag and VR.
+TEST(EditionDocument, RowAttributeTableAgreesWithTheDictionary) {
+    namespace Codec = DataAdapterModule::DicomCodecModule;
+    for (const RowKind kind : kAllRowKinds) {
+        for (const RowAttribute& attribute : RowAttributesOf(kind)) {
+            SCOPED_TRACE(std::string(attribute.keyword));
+            const Codec::DictionaryEntry& entry = Codec::EntryByKeyword(attribute.keyword);
+            EXPECT_EQ(entry.tag, Codec::MakeTagNumber(attribute.tag.group, attribute.tag.element));
+            EXPECT_EQ(Codec::VRCode(entry.vr), attribute.vr);
+        }
+    }
+}
 
 TEST(EditionDocument, EveryElementKindReachesItsRow) {
     const Applied cases[] = {
