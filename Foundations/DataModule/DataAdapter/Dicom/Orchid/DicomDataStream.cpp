@@ -55,6 +55,7 @@ void DicomDataStream::ResetReadState() noexcept {
     insideEncapsulatedPixelData_ = false;
     pendingEnds_.clear();
     openNesting_ = 0;
+    implicitScopes_.clear();
 }
 
 // ---------------------------------------------------------------- reading
@@ -194,6 +195,10 @@ bool DicomDataStream::ReadElement(DicomDataSetElement& record) {
         record.Clear();
         return false;
     }
+    // The content of a UN element of undefined length is implicit VR little endian whatever the
+    // stream's encoding, up to and including its sequence delimitation.
+    const bool implicitContent = record.kind == DicomElementKind::Element && record.vr == ValueRepresentation::UN &&
+                                 record.valueLength == kUndefinedLength && IsExplicit(encoding_);
     if (record.kind == DicomElementKind::Element && record.valueLength == kUndefinedLength) {
         if (record.TagNumber() == kPixelDataTag) {
             insideEncapsulatedPixelData_ = true;
@@ -214,14 +219,25 @@ bool DicomDataStream::ReadElement(DicomDataSetElement& record) {
         record.Clear();
         return false;
     }
+    if (implicitContent) EnterImplicitScope();
     TrackDelimitation(record);
     return true;
+}
+
+void DicomDataStream::EnterImplicitScope() {
+    implicitScopes_.push_back({openNesting_ - 1, encoding_});
+    SetEncoding(StreamEncoding::ImplicitLittleEndian);
 }
 
 void DicomDataStream::TrackDelimitation(const DicomDataSetElement& record) noexcept {
     const bool closes = record.kind == DicomElementKind::ItemDelimitation ||
                         record.kind == DicomElementKind::SequenceDelimitation;
     if (closes && openNesting_ > 0) --openNesting_;
+    if (record.kind == DicomElementKind::SequenceDelimitation && !implicitScopes_.empty() &&
+        implicitScopes_.back().nesting == openNesting_) {
+        SetEncoding(implicitScopes_.back().outer);
+        implicitScopes_.pop_back();
+    }
 }
 
 bool DicomDataStream::EmitPendingEnds(CallbackHandler& handler, DicomDataSetElement& record) {

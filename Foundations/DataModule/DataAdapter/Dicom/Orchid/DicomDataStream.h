@@ -86,6 +86,10 @@ private:
         std::uint64_t rawEnd;     // start plus length, odd when the writer left out the pad byte
         DicomElementKind kind;    // the delimitation due there
     };
+    struct ImplicitScope {
+        unsigned nesting;           // nesting depth outside the UN element
+        StreamEncoding outer;       // the encoding to return to after its sequence delimitation
+    };
     using UnitOrder = void (*)(std::uint8_t* data, std::uint64_t size, unsigned unitSize) noexcept;
 
     bool ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std::vector<std::uint8_t>* transferSyntax);
@@ -97,6 +101,7 @@ private:
     bool ReadValue(DicomDataSetElement& record);
     bool KeepInFile(DicomDataSetElement& record);
     void TrackDelimitation(const DicomDataSetElement& record) noexcept;
+    void EnterImplicitScope();
     bool ReadU16(std::uint16_t& value);
     bool ReadU32(std::uint32_t& value);
     bool ReadUnits(std::uint8_t* data, std::uint64_t size, unsigned unitSize);
@@ -116,6 +121,7 @@ private:
     DicomReadOptions options_;
     bool insideEncapsulatedPixelData_ = false;
     std::vector<PendingEnd> pendingEnds_;
+    std::vector<ImplicitScope> implicitScopes_;  // open UN elements of undefined length
     unsigned openNesting_ = 0;
 };
 
