@@ -1,0 +1,63 @@
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/AcquisitionContextElements.h"
+
+#include "Foundations/DataModule/Common/StringConversionUtils.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
+
+#include <exception>
+
+namespace Lumivale::DataModule::DataAdapterModule {
+namespace {
+
+using dcm::Tag;
+using dcm::TagNumber;
+using VR = dcm::ValueRepresentation;
+
+bool InsertText(dcm::DicomDataSet& item, Tag tag, VR vr, std::string_view utf8, const MultiCharSetDataType& charset) {
+    auto element = MakeTextElement(TagNumber(tag), vr, utf8, charset);
+    return element && item.Insert(std::move(element));
+}
+
+bool InsertWide(dcm::DicomDataSet& item, Tag tag, VR vr, const WStringDataType& wide, const MultiCharSetDataType& charset) {
+    if (wide.IsEmpty()) return true;
+    try {
+        return InsertText(item, tag, vr, ToUtf8(wide.Value()), charset);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+bool InsertConcept(dcm::DicomDataSet& item, Tag sequenceTag, const CodedConcept& coded,
+                   const MultiCharSetDataType& charset) {
+    if (coded.code_value.IsEmpty()) return true;
+    const std::uint32_t tag = TagNumber(sequenceTag);
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
+    dcm::DicomDataSet& code = sequence->AppendItem();
+    const bool written = InsertText(code, Tag::CodeValue, VR::SH, coded.code_value.Value(), charset) &&
+                         InsertText(code, Tag::CodingSchemeDesignator, VR::SH, coded.coding_scheme_designator.Value(), charset) &&
+                         InsertWide(code, Tag::CodeMeaning, VR::LO, coded.code_meaning, charset);
+    return written && item.Insert(std::move(sequence));
+}
+
+bool InsertItem(dcm::DicomDataSet& item, const AcquisitionContextItem& entry, const MultiCharSetDataType& charset) {
+    if (entry.value_type.IsSet() && !InsertText(item, Tag::ValueType, VR::CS, entry.value_type.Value(), charset)) return false;
+    if (entry.numeric_value.IsSet() && !InsertText(item, Tag::NumericValue, VR::DS, entry.numeric_value.Text(), charset)) {
+        return false;
+    }
+    return InsertConcept(item, Tag::ConceptNameCodeSequence, entry.concept_name, charset) &&
+           InsertWide(item, Tag::TextValue, VR::UT, entry.text_value, charset) &&
+           InsertConcept(item, Tag::ConceptCodeSequence, entry.concept_code, charset);
+}
+
+}  // namespace
+
+bool InsertAcquisitionContext(dcm::DicomDataSet& dataSet, const std::vector<AcquisitionContextItem>& items,
+                              const MultiCharSetDataType& charset) {
+    const std::uint32_t tag = TagNumber(Tag::AcquisitionContextSequence);
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
+    for (const AcquisitionContextItem& entry : items) {
+        if (!InsertItem(sequence->AppendItem(), entry, charset)) return false;
+    }
+    return dataSet.Insert(std::move(sequence));
+}
+
+}  // namespace Lumivale::DataModule::DataAdapterModule

@@ -1,0 +1,226 @@
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/AcquisitionContextElements.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/CustomDataSequence.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/FileMetaInformation.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/IconImageElements.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/InstanceClassElements.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/RowElements.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/DicomFileDataControllerFactory.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
+#include "Foundations/DataModule/Rows/RawDataDataRow.h"
+#include "Portability/Misc/DebugTrace.h"
+
+#include <array>
+#include <utility>
+
+namespace Lumivale::DataModule::DataAdapterModule {
+namespace {
+
+constexpr const char* kModule = "Module DicomFileDataAdapter";
+
+using dcm::Tag;
+using dcm::TagNumber;
+using VR = dcm::ValueRepresentation;
+
+// The rows of one instance's chain; missing links are null.
+struct RowChain {
+    const PatientDataRow* patient = nullptr;
+    const StudyDataRow* study = nullptr;
+    const SeriesDataRow* series = nullptr;
+    const EquipmentDataRow* equipment = nullptr;
+
+    std::array<std::pair<RowKind, const DataRow*>, 4> Rows() const {
+        return {{{RowKind::Patient, patient}, {RowKind::Study, study}, {RowKind::Series, series},
+                 {RowKind::Equipment, equipment}}};
+    }
+};
+
+RowChain ChainOf(const PatientDataSet& set, const InstanceDataRow& instance) {
+    RowChain chain;
+    chain.series = set.SeriesOf(instance);
+    if (chain.series) {
+        chain.study = set.StudyOf(*chain.series);
+        chain.equipment = set.EquipmentOf(*chain.series);
+    }
+    if (chain.study) chain.patient = set.PatientOf(*chain.study);
+    return chain;
+}
+
+// The class's own controller, or the base one for classes without a controller.
+std::unique_ptr<dcm::DicomFileDataController> ControllerFor(SOPClass::Enum sopClass) {
+    auto controller = dcm::DicomFileDataControllerFactory::Create(sopClass);
+    return controller ? std::move(controller) : std::make_unique<dcm::DicomFileDataController>(sopClass);
+}
+
+bool PrepareInstance(dcm::DicomFileDataController& controller, InstanceDataRow& instance) {
+    if (!controller.PrepareForWriting(instance)) {
+        LV_TRACE(kModule, "%s", "The file data controller could not complete the instance");
+        return false;
+    }
+    dcm::DicomDataControllerErrors errors;
+    if (!controller.CheckForWriting(instance, errors)) {
+        LV_TRACE(kModule, "The instance misses attributes:\n%s", dcm::DescribeErrors(errors, "  ").c_str());
+        return false;
+    }
+    return true;
+}
+
+bool InsertRows(dcm::DicomDataSet& dataSet, const RowChain& chain, const InstanceDataRow& instance,
+                const MultiCharSetDataType& charset) {
+    auto rows = chain.Rows();
+    // Extra elements first: a named member of the same tag, inserted after, replaces one.
+    for (const auto& [kind, row] : rows) {
+        if (row && !InsertExtraElements(dataSet, row->extra_elements, charset)) return false;
+    }
+    if (!InsertExtraElements(dataSet, instance.extra_elements, charset)) return false;
+    for (const auto& [kind, row] : rows) {
+        if (row && !InsertRowAttributes(dataSet, kind, *row, charset)) return false;
+    }
+    return InsertRowAttributes(dataSet, RowKind::Instance, instance, charset);
+}
+
+bool InsertSopCommon(dcm::DicomDataSet& dataSet, const InstanceDataRow& instance, const MultiCharSetDataType& charset) {
+    if (!charset.IsEmpty()) {
+        dataSet.Insert(MakeTextElement(TagNumber(Tag::SpecificCharacterSet), VR::CS, charset.ToText(), charset));
+    }
+    auto sopClass = MakeTextElement(TagNumber(Tag::SOPClassUID), VR::UI, instance.sop_class.Term(), charset);
+    return sopClass && dataSet.Insert(std::move(sopClass));
+}
+
+// The series Laterality is asked for when no Body Part Examined says the part is unpaired.
+void InsertLateralityWhenUnknown(dcm::DicomDataSet& dataSet, const RowChain& chain) {
+    const bool bodyPartKnown = chain.series && chain.series->body_part_examined.IsSet();
+    if (!bodyPartKnown && !dataSet.Find(Tag::Laterality)) {
+        const std::uint32_t tag = TagNumber(Tag::Laterality);
+        dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), VR::CS));
+    }
+}
+
+// Every data set holding elements of our private block names its creator.
+void InsertPrivateCreatorWhenNeeded(dcm::DicomDataSet& dataSet) {
+    for (const auto& [tag, node] : dataSet) {
+        if (node->group == 0x0009 && (node->element >> 8) == 0x11) {
+            dataSet.Insert(MakePrivateCreatorElement());
+            return;
+        }
+    }
+}
+
+bool InsertInstanceParts(dcm::DicomDataSet& dataSet, const InstanceDataRow& instance, const MultiCharSetDataType& charset) {
+    const bool document = instance.sop_class.Value() == SOPClass::EncapsulatedPDF;
+    if (!InsertInstanceClassElements(dataSet, instance, charset)) {
+        LV_TRACE(kModule, "%s", "An attribute of the instance class cannot be written");
+        return false;
+    }
+    if (!document && !InsertAcquisitionContext(dataSet, instance.acquisition_context, charset)) return false;
+    if (const auto* raw = dynamic_cast<const RawDataDataRow*>(&instance); raw && !InsertCustomData(dataSet, raw->custom_data)) {
+        return false;
+    }
+    return InsertIconImage(dataSet, instance.icon_image, instance.duplicate_icon_as_image);
+}
+
+std::string ElementText(const dcm::DicomDataSet& dataSet, Tag tag, const MultiCharSetDataType& charset = {}) {
+    std::string text;
+    const auto* element = dataSet.Find(tag);
+    if (element) FetchElementText(*element, charset, text);
+    return text;
+}
+
+void ReadChainRows(const dcm::DicomDataSet& dataSet, PatientDataSet& set, InstanceDataRow& instance,
+                   const MultiCharSetDataType& charset) {
+    SeriesDataRow* series = set.SeriesOf(instance);
+    StudyDataRow* study = series ? set.StudyOf(*series) : nullptr;
+    PatientDataRow* patient = study ? set.PatientOf(*study) : nullptr;
+    EquipmentDataRow* equipment = series ? set.EquipmentOf(*series) : nullptr;
+    const std::pair<RowKind, DataRow*> rows[] = {{RowKind::Patient, patient}, {RowKind::Study, study},
+                                                 {RowKind::Series, series}, {RowKind::Equipment, equipment},
+                                                 {RowKind::Instance, &instance}};
+    for (const auto& [kind, row] : rows) {
+        if (row) ReadRowAttributes(dataSet, kind, *row, charset);
+    }
+}
+
+}  // namespace
+
+bool BuildInstanceDataSet(const PatientDataSet& set, InstanceDataRow& instance, dcm::DicomDataSet& dataSet) {
+    dataSet = dcm::DicomDataSet();
+    const auto controller = ControllerFor(instance.sop_class.ValueOr(SOPClass::unknown));
+    if (!PrepareInstance(*controller, instance)) return false;
+    const RowChain chain = ChainOf(set, instance);
+    const MultiCharSetDataType& charset = instance.specific_character_set;
+    if (!InsertRows(dataSet, chain, instance, charset)) return false;
+    InsertMissingRequiredAttributes(dataSet);
+    InsertLateralityWhenUnknown(dataSet, chain);
+    if (!InsertSopCommon(dataSet, instance, charset) || !InsertInstanceParts(dataSet, instance, charset)) return false;
+    InsertPrivateCreatorWhenNeeded(dataSet);
+    if (!InsertFileMetaInformation(dataSet, instance)) {
+        LV_TRACE(kModule, "%s", "The file meta information cannot be made");
+        return false;
+    }
+    return controller->Release(instance);
+}
+
+bool ReadInstanceDataSet(const dcm::DicomDataSet& dataSet, PatientDataSet& set, const DicomFileReadOptions& options,
+                         InstanceDataRow*& instance) {
+    instance = nullptr;
+    std::string sopClassUid = ElementText(dataSet, Tag::SOPClassUID);
+    if (sopClassUid.empty()) sopClassUid = ElementText(dataSet, Tag::MediaStorageSOPClassUID);
+    const auto sopClass = CodedStringTraits<SOPClass::Enum>::FromTerm(sopClassUid);
+    InstanceDataRow& row = set.AddInstanceChain(sopClass);
+    MultiCharSetDataType charset;
+    if (dataSet.Find(Tag::SpecificCharacterSet)) {
+        charset = MultiCharSetDataType::FromText(ElementText(dataSet, Tag::SpecificCharacterSet));
+        row.specific_character_set = charset;
+    }
+    ReadChainRows(dataSet, set, row, charset);
+    if (const std::string syntax = ElementText(dataSet, Tag::TransferSyntaxUID); !syntax.empty()) {
+        row.transfer_syntax.SetFromTerm(syntax);
+    }
+    row.media_storage_sop_instance_uid.Set(ElementText(dataSet, Tag::MediaStorageSOPInstanceUID));
+    ReadInstanceClassElements(dataSet, row, charset);
+    const auto controller = ControllerFor(sopClass);
+    if (!controller->PrepareAfterReading(row)) return false;
+    if (auto* raw = dynamic_cast<RawDataDataRow*>(&row)) {
+        const CustomDataReadRules rules{options.keepInFileAbove, options.unwantedCustomDataKeys};
+        ReadCustomData(dataSet, rules, raw->custom_data);  // a raw data instance of another program may have none
+    }
+    ReadIconImage(dataSet, row.icon_image);
+    if (options.keepOtherElements) ReadExtraElements(dataSet, charset, options.keepInFileAbove, row.extra_elements);
+    if (!controller->FinishReading(row)) return false;
+    instance = &row;
+    return true;
+}
+
+bool ReadDicomFileIntoRows(const std::filesystem::path& path, PatientDataSet& set, const DicomFileReadOptions& options,
+                           InstanceDataRow*& instance) {
+    instance = nullptr;
+    dcm::DicomDataSet dataSet;
+    dcm::DicomReadOptions readOptions;
+    // With unwanted keys every value is left in the file and only the wanted ones are loaded, so
+    // that an unwanted value is never read, however short.
+    readOptions.keepInFileAbove = options.unwantedCustomDataKeys.empty() ? options.keepInFileAbove : 0;
+    if (!dcm::ReadDicomFile(path, dataSet, readOptions)) {
+        LV_TRACE(kModule, "%s cannot be read as a DICOM file", path.c_str());
+        return false;
+    }
+    return ReadInstanceDataSet(dataSet, set, options, instance);
+}
+
+bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path) {
+    dcm::DicomDataSet dataSet;
+    if (!BuildInstanceDataSet(set, instance, dataSet)) return false;
+    if (!dcm::WriteDicomFile(path, dataSet, dcm::StreamEncoding::ExplicitLittleEndian)) {
+        LV_TRACE(kModule, "Writing %s failed", path.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool DicomFileDataAdapter::Read(const std::filesystem::path& path, PatientDataSet& set,
+                                const DicomFileReadOptions& options, InstanceDataRow*& instance) {
+    return ReadDicomFileIntoRows(path, set, options, instance);
+}
+
+}  // namespace Lumivale::DataModule::DataAdapterModule
