@@ -1,0 +1,32 @@
+#pragma once
+// Typical rows of a packed instance, shared by the adapter tests and the interoperability tool.
+
+#include "Foundations/DataModule/Rows/PatientDataSet.h"
+#include "Foundations/DataModule/Rows/RawDataDataRow.h"
+#include "Foundations/DataModule/Rows/RowAttributes.h"
+
+#include <string_view>
+
+namespace AdapterTesting {
+
+// A sample DICOM text for every named row attribute, by keyword.
+struct SampleText {
+    std::string_view keyword;
+    std::string_view text;
+};
+
+// The sample texts; every row attribute keyword has one.
+std::span<const SampleText> SampleTexts();
+
+// Set every named attribute of the chain's rows to its sample text; false when one is refused.
+bool FillAllNamedAttributes(Lumivale::DataModule::PatientDataSet& set, Lumivale::DataModule::InstanceDataRow& instance);
+
+// A linked chain with a raw data instance holding a few typical demographics and custom data.
+Lumivale::DataModule::RawDataDataRow& AddTypicalRawDataChain(Lumivale::DataModule::PatientDataSet& set);
+
+// The row of a kind in the instance's chain (the instance itself for RowKind::Instance).
+Lumivale::DataModule::DataRow* ChainRow(const Lumivale::DataModule::PatientDataSet& set,
+                                        Lumivale::DataModule::InstanceDataRow& instance,
+                                        Lumivale::DataModule::RowKind kind);
+
+}  // namespace AdapterTesting

@@ -1,0 +1,152 @@
+// The file data controllers: which class gets which controller, what each one completes, and the
+// printed form of their errors.
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/DicomFileDataControllerFactory.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/EncapsulatedPDFDicomFileDataController.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/ImageDicomFileDataControllers.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/RawDataDicomFileDataController.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
+#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
+#include "Foundations/DataModule/Rows/InstanceDataRowFactory.h"
+#include "Foundations/DataModule/Rows/RawDataDataRow.h"
+#include "Foundations/DataModule/Uid/IdentitySource.h"
+#include "Foundations/DataModule/Uid/OrganisationUidRoot.h"
+
+#include <gtest/gtest.h>
+
+#include <typeinfo>
+
+namespace {
+
+namespace dm = Lumivale::DataModule;
+namespace dcm = Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
+using dm::SOPClass;
+
+TEST(ControllerFactory, EachClassGetsItsController) {
+    struct Case {
+        const char* id;
+        SOPClass::Enum sopClass;
+        const std::type_info* controller;  // nullptr: no controller
+    };
+    const Case cases[] = {
+        {"DX", SOPClass::DigitalXRayImageForPresentation, &typeid(dcm::DxImageDicomFileDataController)},
+        {"IO", SOPClass::DigitalIntraOralXRayImageForPresentation, &typeid(dcm::IoImageDicomFileDataController)},
+        {"CT", SOPClass::CTImage, &typeid(dcm::CtImageDicomFileDataController)},
+        {"VL", SOPClass::VLPhotographicImage, &typeid(dcm::VlImageDicomFileDataController)},
+        {"CR", SOPClass::ComputedRadiographyImage, &typeid(dcm::CrImageDicomFileDataController)},
+        {"raw", SOPClass::RawData, &typeid(dcm::RawDataDicomFileDataController)},
+        {"pdf", SOPClass::EncapsulatedPDF, &typeid(dcm::EncapsulatedPDFDicomFileDataController)},
+        {"SC", SOPClass::SecondaryCaptureImage, &typeid(dcm::ScImageDicomFileDataController)},
+        {"SC multi-frame", SOPClass::MultiFrameTrueColorSecondaryCaptureImage, &typeid(dcm::ScImageDicomFileDataController)},
+        {"MR", SOPClass::MRImage, &typeid(dcm::GeneralImageDicomFileDataController)},
+        {"SR", SOPClass::BasicTextSR, nullptr},
+        {"unknown", SOPClass::unknown, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        const auto controller = dcm::DicomFileDataControllerFactory::Create(c.sopClass);
+        ASSERT_EQ(controller != nullptr, c.controller != nullptr);
+        if (!controller) continue;
+        EXPECT_EQ(typeid(*controller), *c.controller);
+        EXPECT_EQ(controller->SopClass(), c.sopClass);
+        EXPECT_TRUE(controller->Accepts(c.sopClass));
+    }
+}
+
+TEST(Controllers, OtherClassesAreLeftUnchanged) {
+    struct Case {
+        const char* id;
+        SOPClass::Enum controllerClass;
+        SOPClass::Enum instanceClass;
+    };
+    const Case cases[] = {
+        {"raw on pdf", SOPClass::RawData, SOPClass::EncapsulatedPDF},
+        {"pdf on raw", SOPClass::EncapsulatedPDF, SOPClass::RawData},
+        {"IO on DX", SOPClass::DigitalIntraOralXRayImageForPresentation, SOPClass::DigitalXRayImageForPresentation},
+        {"CT on raw", SOPClass::CTImage, SOPClass::RawData},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        const auto controller = dcm::DicomFileDataControllerFactory::Create(c.controllerClass);
+        const auto instance = dm::CreateInstanceDataRow(c.instanceClass);
+        instance->instance_number.Set(5);
+        ASSERT_TRUE(controller->PrepareForWriting(*instance));
+        EXPECT_TRUE(instance->sop_instance_uid.IsEmpty());
+        EXPECT_TRUE(instance->transfer_syntax.IsEmpty());
+        EXPECT_TRUE(instance->content_date_time.IsEmpty());
+        EXPECT_EQ(instance->instance_number.ValueOr(0), 5);
+    }
+}
+
+TEST(Controllers, RawDataPreparation) {
+    struct Case {
+        const char* id;
+        bool numberFixed;
+        bool uidGiven;
+    };
+    for (const Case c : {Case{"defaults", false, false}, Case{"user number and uid", true, true}}) {
+        SCOPED_TRACE(c.id);
+        dm::RawDataDataRow raw;
+        raw.instance_number.Set(4);
+        raw.instance_number_fixed = c.numberFixed;
+        if (c.uidGiven) raw.sop_instance_uid.Set("1.2.3.4");
+        ASSERT_TRUE(dcm::RawDataDicomFileDataController().PrepareForWriting(raw));
+        EXPECT_EQ(raw.instance_number.IsSet(), c.numberFixed);
+        EXPECT_EQ(raw.content_date_time.Value(), dm::RunTimeStamp());
+        EXPECT_TRUE(raw.creator_version_uid.Value().starts_with(std::string(dm::OrganisationUidRoot()) + ".50."));
+        EXPECT_FALSE(raw.sop_instance_uid.IsEmpty());
+        if (c.uidGiven) {
+            EXPECT_EQ(raw.sop_instance_uid.Value(), "1.2.3.4");
+        }
+        EXPECT_EQ(raw.media_storage_sop_instance_uid, raw.sop_instance_uid);
+        EXPECT_EQ(raw.transfer_syntax.Value(), dm::TransferSyntax::ExplicitVRLittleEndian);
+        dcm::DicomDataControllerErrors errors;
+        EXPECT_TRUE(dcm::RawDataDicomFileDataController().CheckForWriting(raw, errors));
+        EXPECT_TRUE(errors.empty());
+    }
+}
+
+TEST(Controllers, DocumentAndImageDefaultsFillOnlyEmptyAttributes) {
+    dm::EncapsulatedPdfDataRow pdf;
+    pdf.burned_in_annotation.Set("YES");
+    ASSERT_TRUE(dcm::EncapsulatedPDFDicomFileDataController().PrepareForWriting(pdf));
+    EXPECT_EQ(pdf.instance_number.ValueOr(0), 1);
+    EXPECT_EQ(pdf.burned_in_annotation.Value(), "YES");
+    EXPECT_EQ(pdf.mime_type.Value(), "application/pdf");
+    dcm::DicomDataControllerErrors errors;
+    EXPECT_FALSE(dcm::EncapsulatedPDFDicomFileDataController().CheckForWriting(pdf, errors));  // no document bytes
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0].tag, dcm::TagNumber(dcm::Tag::EncapsulatedDocument));
+
+    dm::ImageInstanceDataRow cr(SOPClass::ComputedRadiographyImage);
+    cr.burned_in_annotation.Set("YES");
+    ASSERT_TRUE(dcm::CrImageDicomFileDataController(SOPClass::ComputedRadiographyImage).PrepareForWriting(cr));
+    EXPECT_EQ(cr.burned_in_annotation.Value(), "YES");
+    EXPECT_EQ(cr.photometric_interpretation.Value(), dm::PhotometricInterpretation::MONOCHROME2);
+    EXPECT_FALSE(cr.image_type.IsEmpty());
+}
+
+TEST(ControllerErrors, PrintedDescription) {
+    struct Case {
+        const char* id;
+        dcm::DicomDataControllerError error;
+        const char* indent;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {"short name padded", {0x00100010, dcm::DicomDataControllerErrorCode::MissingAttribute, ""}, "  ",
+         "  (0010,0010)Patient's Name" + std::string(50 - 14, ' ')},
+        {"text quoted", {0x00080018, dcm::DicomDataControllerErrorCode::InvalidValue, "1.2.x"}, "",
+         "(0008,0018)SOP Instance UID" + std::string(50 - 16, ' ') + "\"1.2.x\""},
+        {"long name cut", {0x00041200, dcm::DicomDataControllerErrorCode::MissingAttribute, ""}, "",
+         "(0004,1200)" + std::string(dcm::EntryByTag(0x00041200).name.substr(0, 47)) + "..."},
+    };
+    ASSERT_GT(dcm::EntryByTag(0x00041200).name.size(), 50u);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        EXPECT_EQ(c.error.Description(c.indent), c.expected);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,74 @@
+"""Files written by the DICOM file adapter, as DCMTK, pydicom and dicom3tools see them."""
+
+import os
+import subprocess
+
+import pydicom
+import pytest
+
+TOOL = os.environ.get("WRITE_SAMPLE_INSTANCE")
+
+# Warnings of dciodvfy accepted for a packed file, with the reason.
+ACCEPTED_DCIODVFY_WARNINGS = (
+    # Our private attributes are not in dicom3tools' dictionary; the creator names them.
+    "Unrecognized tag",
+    # An Encapsulated payload in a private UN value cannot be checked for VR.
+    "Value Representation UN",
+)
+
+
+def write(tmp_path, *options):
+    if not TOOL:
+        pytest.skip("WRITE_SAMPLE_INSTANCE not set")
+    out = tmp_path / "packed.dcm"
+    subprocess.run([TOOL, str(out), *options], check=True)
+    return out
+
+
+def run(*command):
+    result = subprocess.run(command, capture_output=True, text=True)
+    return result.stdout + result.stderr
+
+
+@pytest.mark.parametrize("options", [(), ("--icon",), ("--charset", "ISO_IR 100")], ids=["plain", "icon", "latin1"])
+def test_dcmtk_accepts_file_without_warnings(tmp_path, options):
+    path = write(tmp_path, *options)
+    assert run("dcmftest", str(path)).startswith("yes:")
+    dump = run("dcmdump", "+P", "0009,0011", "+s", str(path))
+    assert "IvraDentalPrivate" in dump
+    full = run("dcmdump", "-q", str(path))
+    assert "(0009,11a0) SQ" in full
+    assert "W: " not in full and "E: " not in full, full
+
+
+def test_pydicom_reads_custom_data_items(tmp_path):
+    payload = tmp_path / "payload.bin"
+    payload.write_bytes(bytes(range(256)) * 3 + b"\x01")  # odd length
+    path = write(tmp_path, "--payload", str(payload))
+    ds = pydicom.dcmread(path)
+    assert ds[0x0009, 0x0011].value == "IvraDentalPrivate"
+    items = {}
+    for item in ds[0x0009, 0x11A0].value:
+        assert item[0x0009, 0x0011].value == "IvraDentalPrivate"
+        block = item.private_block(0x0009, "IvraDentalPrivate")
+        key = block[0xA1].value
+        length = block[0xA2].value
+        value = block[0xA3].value
+        assert len(value) % 2 == 0
+        items[key] = value[:length]
+    assert list(items) == sorted(items)
+    assert items["Dicapsule.PackedFile.Name"] == b"report.pdf"
+    assert items["Dicapsule.PackedFile.Content"] == payload.read_bytes()
+    assert ds.file_meta.MediaStorageSOPClassUID == ds.SOPClassUID == "1.2.840.10008.5.1.4.1.1.66"
+    assert ds.file_meta.TransferSyntaxUID == "1.2.840.10008.1.2.1"
+
+
+@pytest.mark.parametrize("options", [(), ("--icon",)], ids=["plain", "icon"])
+def test_dciodvfy_reports_no_errors(tmp_path, options):
+    path = write(tmp_path, *options)
+    report = run("dciodvfy", str(path))
+    errors = [line for line in report.splitlines() if line.startswith("Error")]
+    assert not errors, report
+    warnings = [line for line in report.splitlines() if line.startswith("Warning")]
+    unexpected = [w for w in warnings if not any(a in w for a in ACCEPTED_DCIODVFY_WARNINGS)]
+    assert not unexpected, report
