@@ -6,6 +6,7 @@ import subprocess
 import pytest
 
 GOLDEN = pathlib.Path(__file__).parent / "golden"
+SOURCE = pathlib.Path(os.environ.get("DICAPSULE_SOURCE", pathlib.Path(__file__).resolve().parents[2]))
 
 
 class Result:

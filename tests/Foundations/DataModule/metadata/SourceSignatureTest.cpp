@@ -12,8 +12,8 @@ using namespace std::string_literals;
 
 // A file head: 128 bytes of preamble (or none), then the given bytes.
 std::vector<std::uint8_t> Head(const std::string& bytes, bool preamble = false) {
-    std::vector<std::uint8_t> head(preamble ? 128 : 0, 0);
-    head.insert(head.end(), bytes.begin(), bytes.end());
+    std::vector<std::uint8_t> head(bytes.begin(), bytes.end());
+    if (preamble) head.insert(head.begin(), 128, std::uint8_t{0});
     return head;
 }
 

@@ -1,0 +1,46 @@
+#pragma once
+// The conversion engine behind `pack`: metadata, identifiers, modality, encoding, payload and
+// thumbnail joined into one Raw Data Storage instance written as a DICOM file.
+
+#include "app/OptionRecords.h"
+#include "app/ReferenceRecord.h"
+#include "Foundations/DataModule/CharSet/OutputEncoding.h"
+#include "Foundations/DataModule/Values/ByteBuffer.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Dicapsule {
+
+// Everything the pack body hands to the engine.
+struct ConversionRequest {
+    Lumivale::DataModule::ByteBuffer content;  // the packed bytes (a region of the input file)
+    std::string original_name;                 // UTF-8
+    std::string command_line;
+    std::vector<ReferenceRecord> references;
+    std::string metadata;  // path or XML text, UTF-8
+    IdentifierFields identifier;
+    std::optional<std::string> modality;
+    Lumivale::DataModule::OutputEncoding::Enum encoding = Lumivale::DataModule::OutputEncoding::unknown;
+    std::string product_name;
+    std::string product_version;
+    std::optional<std::string> thumbnail;  // UTF-8 path
+    bool hackforbmpacs = false;
+    std::string output;  // UTF-8 path
+};
+
+// The engine's result codes; the pack body turns each into its message.
+enum class ConversionResult : int {
+    written = 0,
+    metadata_unusable = 1,
+    thumbnail_not_loaded = 2,
+    thumbnail_not_inserted = 3,
+    output_not_written = 4,
+    unexpected = 5,
+};
+
+// Build and write the instance. Nothing is created at the output path unless the result is written.
+ConversionResult convert(const ConversionRequest& request);
+
+}  // namespace Dicapsule

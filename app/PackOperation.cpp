@@ -1,0 +1,120 @@
+#include "app/ConversionEngine.h"
+#include "app/Operations.h"
+#include "app/Payload.h"
+#include "app/QuotedPath.h"
+#include "Foundations/DataModule/Common/TextUtils.h"
+#include "Foundations/DataModule/Enumerations/Modality.h"
+#include "Foundations/DataModule/Values/UIDDataType.h"
+
+#include <boost/filesystem/operations.hpp>
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace Dicapsule {
+
+namespace {
+
+constexpr const char* kProductName = "Dicapsule";
+constexpr const char* kProductVersion = "2.0.10";
+
+namespace fs = boost::filesystem;
+
+// True when something (file, directory, anything) already answers to path.
+bool Exists(const fs::path& path) {
+    boost::system::error_code error;
+    const fs::file_type type = fs::status(path, error).type();
+    return type != fs::status_unknown && type != fs::file_not_found;
+}
+
+// What a pack failure adds when the output's directory is missing.
+std::string MissingDirectoryNote(const fs::path& output) {
+    const fs::path directory = output.parent_path();
+    boost::system::error_code error;
+    if (directory.empty() || fs::exists(directory, error)) return "";
+    return " The directory " + QuotedPath(directory.string()) + " does not exist.";
+}
+
+// The input as a payload: a region of the input file, never loaded into memory here.
+Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input) {
+    boost::system::error_code error;
+    const bool regular = fs::is_regular_file(input, error);
+    const std::uintmax_t size = regular ? fs::file_size(input, error) : 0;
+    if (!regular || error) throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ".");
+    if (size > kMaxPayloadBytes) {
+        throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is too large to be packed (" +
+                                 std::to_string(size) + " bytes): a DICOM value holds at most " +
+                                 std::to_string(kMaxPayloadBytes) + " bytes.");
+    }
+    return Lumivale::DataModule::ByteBuffer::OfFileRegion({input.string(), 0, size});
+}
+
+// A modality given on the command line must be one of the defined terms (case and blanks aside).
+void RequireKnownModality(const std::optional<std::string>& modality) {
+    namespace dm = Lumivale::DataModule;
+    if (modality && dm::CodedStringTraits<dm::Modality::Enum>::FromTerm(dm::ToUpperAscii(dm::TrimBlanks(*modality))) ==
+                        dm::Modality::unknown) {
+        throw std::runtime_error("\"" + *modality + "\" is not a valid modality.");
+    }
+}
+
+void RequireValidUids(const IdentifierFields& identifier) {
+    for (const auto* uid : {&identifier.study_instance_uid, &identifier.series_instance_uid,
+                            &identifier.sop_instance_uid}) {
+        if (*uid && !Lumivale::DataModule::IsValidUid(**uid)) {
+            throw std::runtime_error("\"" + **uid + "\" is not a valid UID.");
+        }
+    }
+}
+
+std::string ResultMessage(ConversionResult result, const ConversionRequest& request) {
+    const std::string thumbnail = request.thumbnail ? QuotedPath(*request.thumbnail) + " " : "";
+    switch (result) {
+        case ConversionResult::written:
+            return "";
+        case ConversionResult::metadata_unusable:
+            return "The metadata file " + QuotedPath(request.metadata) + " either doesn't exist or is ill-formed.";
+        case ConversionResult::thumbnail_not_loaded:
+            return request.thumbnail ? "Could not load the thumbnail file " + QuotedPath(*request.thumbnail) + "."
+                                     : "Could not load the thumbnail file.";
+        case ConversionResult::thumbnail_not_inserted:
+            return "Could not insert the thumbnail file " + thumbnail + "into the output Dicom file.";
+        case ConversionResult::output_not_written:
+            return "Could not write the output Dicom file " + QuotedPath(request.output) + "." +
+                   MissingDirectoryNote(request.output);
+        default:
+            return "Could not create the output Dicom file";
+    }
+}
+
+}  // namespace
+
+void pack(int argc, const char* const argv[], const PackRecord& record) {
+    if (!record.force && Exists(record.output)) {
+        throw std::runtime_error(QuotedPath(record.output.string()) +
+                                 " already exists. Use the --force option to overwrite it.");
+    }
+    RequireValidUids(record.identifier);
+    RequireKnownModality(record.modality);
+
+    ConversionRequest request;
+    request.content = OpenPayload(record.input);
+    request.command_line = RecordCommandLine(argc, argv);
+    request.original_name = record.input.filename().string();
+    request.references = record.references;
+    request.metadata = record.metadata;
+    request.identifier = record.identifier;
+    request.modality = record.modality;
+    request.encoding = record.encoding;
+    request.product_name = kProductName;
+    request.product_version = kProductVersion;
+    if (record.thumbnail) request.thumbnail = record.thumbnail->string();
+    request.hackforbmpacs = record.hackforbmpacs;
+    request.output = record.output.string();
+
+    const ConversionResult result = convert(request);
+    if (result != ConversionResult::written) throw std::runtime_error(ResultMessage(result, request));
+}
+
+}  // namespace Dicapsule

@@ -1,0 +1,73 @@
+#include "app/Payload.h"
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
+#include "Foundations/DataModule/Rows/PatientDataSet.h"
+#include "Foundations/DataModule/Rows/RawDataDataRow.h"
+
+namespace Dicapsule {
+
+using Lumivale::DataModule::ByteBuffer;
+using Lumivale::DataModule::CustomDataStore;
+
+std::string RecordCommandLine(int argc, const char* const argv[]) {
+    std::string line;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        if (i > 1) line += ' ';
+        if (argument.find(' ') != std::string_view::npos) {
+            line += '"';
+            line += argument;
+            line += '"';
+        } else {
+            line += argument;
+        }
+    }
+    return line;
+}
+
+void store_payload(CustomDataStore& store, const ByteBuffer& content, const std::string& name,
+                   const std::string& command_line, const std::vector<ReferenceRecord>& references) {
+    store.SetText(std::string(kPackedFileNameKey), name);
+    store.SetBytes(std::string(kPackedFileContentKey), content);
+    store.SetText(std::string(kCommandLineKey), command_line);
+    if (!references.empty()) store.SetText(std::string(kInstanceReferencesKey), FormatReferences(references));
+}
+
+PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content, PayloadFacts& facts) {
+    if (store.IsValueEmpty(kPackedFileNameKey) || store.IsValueEmpty(kPackedFileContentKey)) {
+        return PayloadReadResult::not_packed;
+    }
+    PayloadFacts read;
+    if (!store.GetText(kPackedFileNameKey, read.name)) return PayloadReadResult::not_packed;
+    store.GetText(kCommandLineKey, read.command_line);
+    if (want_content) {
+        const ByteBuffer* content = store.GetBytes(kPackedFileContentKey);
+        if (content == nullptr) return PayloadReadResult::not_packed;
+        read.content = *content;
+    }
+    std::string references;
+    if (store.GetText(kInstanceReferencesKey, references) && !ParseReferences(references, read.references)) {
+        return PayloadReadResult::bad_reference_text;
+    }
+    facts = std::move(read);
+    return PayloadReadResult::success;
+}
+
+}  // namespace Dicapsule
+
+namespace Dicapsule {
+
+PayloadReadResult read_payload(const std::string& path, bool want_content, PayloadFacts& facts) {
+    namespace adapter = Lumivale::DataModule::DataAdapterModule;
+    adapter::DicomFileReadOptions options;
+    if (!want_content) options.unwantedCustomDataKeys.insert(std::string(kPackedFileContentKey));
+
+    Lumivale::DataModule::PatientDataSet set;
+    Lumivale::DataModule::InstanceDataRow* instance = nullptr;
+    if (!adapter::DicomFileDataAdapter().Read(path, set, options, instance)) return PayloadReadResult::load_failed;
+    const auto* raw = dynamic_cast<const Lumivale::DataModule::RawDataDataRow*>(instance);
+    if (raw == nullptr) return PayloadReadResult::not_packed;
+    return ExtractPayload(raw->custom_data, want_content, facts);
+}
+
+}  // namespace Dicapsule

@@ -1,0 +1,177 @@
+"""pack -> info -> unpack through the built tool: payloads, names, output naming and every message."""
+import os
+import pathlib
+import random
+import subprocess
+
+import pytest
+
+from conftest import SOURCE
+
+METADATA = str(SOURCE / "examples" / "metadata.xml")
+THUMBNAIL = str(SOURCE / "examples" / "thumbnail.png")
+
+
+def dcmftest_accepts(path):
+    out = subprocess.run(["dcmftest", str(path)], capture_output=True, text=True)
+    return out.stdout.startswith("yes:")
+
+
+def make_payload(directory, name, size, seed=7):
+    data = random.Random(seed + size).randbytes(size)
+    path = pathlib.Path(directory) / name
+    path.write_bytes(data)
+    return path, data
+
+
+@pytest.mark.parametrize("size", [1, 2, 3, 1023, 4096, 65537, 3 * 1024 * 1024 + 1])
+def test_payload_sizes_round_trip(run, tmp_path, size):
+    source, data = make_payload(tmp_path, "payload.bin", size)
+    assert run("pack", "-i", source.name, "-m", METADATA).status == 0
+    assert dcmftest_accepts(tmp_path / "payload.dcm")
+    source.unlink()
+    result = run("unpack", "-i", "payload.dcm", "-u")
+    assert (result.status, result.out, result.err) == (0, "", "")
+    assert source.read_bytes() == data
+
+
+@pytest.mark.parametrize("name", [
+    "my report.pdf", 'quote"d.txt', "R&D.bin", "caf\u00e9 \u5c71\u7530.dat", "no_extension", ".hidden",
+])
+def test_names_round_trip_and_are_reported(run, tmp_path, name):
+    source, data = make_payload(tmp_path, name, 100)
+    assert run("pack", "-i", name, "-m", METADATA, "-o", "out.dcm").status == 0
+    info = run("info", "-i", "out.dcm")
+    assert info.status == 0
+    escaped = name.replace("&", "&amp;").replace('"', "&quot;")
+    assert f'originalname="{escaped}"' in info.out
+    source.unlink()
+    assert run("unpack", "-i", "out.dcm", "-u").status == 0
+    assert (tmp_path / name).read_bytes() == data
+
+
+def test_info_document(run, tmp_path):
+    make_payload(tmp_path, "r.pdf", 10)
+    assert run("pack", "-i", "r.pdf", "-m", METADATA, "-r", "1.2.3:1.2.3.4:1.2.3.4.5",
+               "-r", "1.2.3:1.2.3.4:1.2.3.4.6:1.2.840.10008.5.1.4.1.1.66").status == 0
+    result = run("info", "-i", "r.dcm")
+    assert (result.status, result.err) == (0, "")
+    assert result.out == (
+        '<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n'
+        '<orchid type="Dicapsule">\n'
+        f'\t<parameters originalname="r.pdf" commandline="pack -i r.pdf -m {METADATA} -r 1.2.3:1.2.3.4:1.2.3.4.5 '
+        '-r 1.2.3:1.2.3.4:1.2.3.4.6:1.2.840.10008.5.1.4.1.1.66" />\n'
+        '\t<references>\n'
+        '\t\t<reference studyinstanceuid="1.2.3" seriesinstanceuid="1.2.3.4" sopinstanceuid="1.2.3.4.5" />\n'
+        '\t\t<reference studyinstanceuid="1.2.3" seriesinstanceuid="1.2.3.4" sopinstanceuid="1.2.3.4.6" '
+        'sopclassuid="1.2.840.10008.5.1.4.1.1.66" />\n'
+        '\t</references>\n'
+        '</orchid>\n')
+
+
+def test_info_without_references_and_quoted_arguments(run, tmp_path):
+    make_payload(tmp_path, "a b.pdf", 10)
+    assert run("pack", "-i", "a b.pdf", "-m", METADATA, "-o", "x.dcm", "-r", "1:2:3:").status == 0
+    out = run("info", "-i", "x.dcm").out
+    assert f'commandline="pack -i &quot;a b.pdf&quot; -m {METADATA} -o x.dcm -r 1:2:3:"' in out
+    assert '<reference studyinstanceuid="1" seriesinstanceuid="2" sopinstanceuid="3" />' in out
+
+
+@pytest.mark.parametrize("args,written", [
+    ([], "x.PDF"), (["-u"], "report.PDF"), (["-o", "y"], "y"), (["-O", "sub"], "sub/x.PDF"),
+    (["-O", "sub", "-u"], "sub/report.PDF"),
+])
+def test_unpack_output_names(run, tmp_path, args, written):
+    source, data = make_payload(tmp_path, "report.PDF", 33)
+    assert run("pack", "-i", "report.PDF", "-m", METADATA, "-o", "x.dcm").status == 0
+    source.unlink()
+    (tmp_path / "sub").mkdir()
+    result = run("unpack", "-i", "x.dcm", *args)
+    assert (result.status, result.err) == (0, "")
+    assert (tmp_path / written).read_bytes() == data
+
+
+def test_existing_outputs_need_force(run, tmp_path):
+    make_payload(tmp_path, "a.pdf", 40)
+    assert run("pack", "-i", "a.pdf", "-m", METADATA).status == 0
+    again = run("pack", "-i", "missing.pdf", "-m", METADATA, "-o", "a.dcm")
+    assert (again.status, again.err) == (1, 'Error: "a.dcm" already exists. Use the --force option to overwrite it.\n')
+    assert run("pack", "-i", "a.pdf", "-m", METADATA, "-f").status == 0
+
+    (tmp_path / "a.pdf").unlink()
+    assert run("unpack", "-i", "a.dcm").status == 0
+    twice = run("unpack", "-i", "a.dcm")
+    assert (twice.status, twice.err) == (1, 'Error: "./a.pdf" already exists. Use the --force option to overwrite it.\n')
+    (tmp_path / "a.pdf").write_bytes(b"changed")
+    assert run("unpack", "-i", "a.dcm", "-f").status == 0
+    assert len((tmp_path / "a.pdf").read_bytes()) == 40
+
+
+@pytest.mark.parametrize("args,message", [
+    (["pack", "-i", "missing.pdf", "-m", METADATA, "-o", "x.dcm"], 'Could not read "missing.pdf".'),
+    (["pack", "-i", "a.pdf", "-m", "nothing.xml", "-o", "x.dcm"], 'The metadata file "nothing.xml" either doesn\'t exist or is ill-formed.'),
+    (["pack", "-i", "a.pdf", "-m", "a.pdf", "-o", "x.dcm"], 'The metadata file "a.pdf" either doesn\'t exist or is ill-formed.'),
+    (["pack", "-i", "a.pdf", "-m", METADATA, "-t", "a.pdf", "-o", "x.dcm"], 'Could not load the thumbnail file "a.pdf".'),
+    (["pack", "-i", "a.pdf", "-m", METADATA, "-o", "no/dir/x.dcm"],
+     'Could not write the output Dicom file "no/dir/x.dcm". The directory "no/dir" does not exist.'),
+    (["pack", "-i", "a.pdf", "-m", METADATA, "-M", "XYZ", "-o", "x.dcm"], '"XYZ" is not a valid modality.'),
+    (["pack", "-i", "a.pdf", "-m", METADATA, "-I", "1.2.a", "-o", "x.dcm"], '"1.2.a" is not a valid UID.'),
+    (["unpack", "-i", "missing.dcm"], 'Could not load the input file "missing.dcm".'),
+    (["info", "-i", "a.pdf"], 'Could not load the input file "a.pdf".'),
+    (["unpack", "-i", "a.dcm", "-O", "no/dir"], 'Could not open "no/dir/a.pdf". The directory "no/dir" does not exist.'),
+])
+def test_operation_errors(run, tmp_path, args, message):
+    make_payload(tmp_path, "a.pdf", 20)
+    assert run("pack", "-i", "a.pdf", "-m", METADATA).status == 0
+    before = sorted(os.listdir(tmp_path))
+    result = run(*args)
+    assert (result.status, result.out, result.err) == (1, "", "Error: " + message + "\n")
+    assert sorted(os.listdir(tmp_path)) == before
+
+
+def test_empty_payload_is_not_a_packed_file(run, tmp_path):
+    (tmp_path / "empty.bin").write_bytes(b"")
+    assert run("pack", "-i", "empty.bin", "-m", METADATA).status == 0
+    for operation in ("info", "unpack"):
+        result = run(operation, "-i", "empty.dcm")
+        assert result.status == 1
+        assert result.err == ('Error: The input file "empty.dcm" misses Dicapsule custom data. '
+                              "It seems it hasn't been created by Dicapsule.\n")
+
+
+def test_foreign_dicom_file_is_not_a_packed_file(run, tmp_path):
+    dump = tmp_path / "foreign.txt"
+    dump.write_text("(0008,0016) UI =SecondaryCaptureImageStorage\n(0008,0018) UI [1.2.3.4]\n"
+                    "(0010,0010) PN [Doe^John]\n(0010,0020) LO [X1]\n")
+    subprocess.run(["dump2dcm", str(dump), str(tmp_path / "foreign.dcm")], check=True)
+    result = run("unpack", "-i", "foreign.dcm")
+    assert result.err == ('Error: The input file "foreign.dcm" misses Dicapsule custom data. '
+                          "It seems it hasn't been created by Dicapsule.\n")
+
+
+def test_truncated_and_corrupted_files_fail_cleanly(run, tmp_path):
+    make_payload(tmp_path, "a.pdf", 5000)
+    assert run("pack", "-i", "a.pdf", "-m", METADATA).status == 0
+    whole = (tmp_path / "a.dcm").read_bytes()
+    damaged = {"cut-header": whole[:200], "cut-payload": whole[:len(whole) - 1000], "cut-last": whole[:-1],
+               "garbage": whole[:132] + bytes(range(256)) * 4}
+    for label, data in damaged.items():
+        (tmp_path / "bad.dcm").write_bytes(data)
+        for args in (["info", "-i", "bad.dcm"], ["unpack", "-i", "bad.dcm", "-o", "out.bin"]):
+            result = run(*args)
+            assert (result.status, result.out) == (1, ""), label
+            assert result.err.startswith("Error: "), label
+            assert not (tmp_path / "out.bin").exists(), label
+
+
+@pytest.mark.parametrize("identifier", [[], ["-I", "1.2.3::"]])
+def test_test_mode_is_reproducible(run, tmp_path, identifier):
+    env = dict(os.environ, CONVERTIX_TESTMODE="")
+    outputs = []
+    for index in range(2):
+        directory = tmp_path / f"run{index}"
+        directory.mkdir()
+        make_payload(directory, "a.pdf", 999)
+        assert run("pack", "-i", "a.pdf", "-m", METADATA, *identifier, env=env, cwd=directory).status == 0
+        outputs.append((directory / "a.dcm").read_bytes())
+    assert outputs[0] == outputs[1]
