@@ -87,6 +87,9 @@ ConversionResult convert(const ConversionRequest& request) {
 
     store_payload(instance->custom_data, request.content, request.original_name, request.command_line,
                   request.references);
+    for (const ReferenceRecord& reference : request.references) {
+        instance->referenced_instances.push_back({reference.sop_class_uid, reference.sop_instance_uid});
+    }
     if (request.thumbnail) {
         const ConversionResult icon = AttachThumbnail(request, *instance);
         if (icon != ConversionResult::written) return icon;

@@ -4,6 +4,7 @@ import pathlib
 import random
 import subprocess
 
+import pydicom
 import pytest
 
 from conftest import SOURCE
@@ -67,6 +68,12 @@ def test_info_document(run, tmp_path):
         'sopclassuid="1.2.840.10008.5.1.4.1.1.66" />\n'
         '\t</references>\n'
         '</orchid>\n')
+    packed = pydicom.dcmread(tmp_path / "r.dcm")
+    items = packed.ReferencedInstanceSequence
+    assert [item.ReferencedSOPInstanceUID for item in items] == ["1.2.3.4.5", "1.2.3.4.6"]
+    assert "ReferencedSOPClassUID" not in items[0]
+    assert items[1].ReferencedSOPClassUID == "1.2.840.10008.5.1.4.1.1.66"
+    assert all(item.PurposeOfReferenceCodeSequence[0].CodingSchemeDesignator == "99DCAPS" for item in items)
 
 
 def test_info_without_references_and_quoted_arguments(run, tmp_path):

@@ -8,6 +8,7 @@
 #include "Foundations/DataModule/Rows/AcquisitionContext.h"
 #include "Foundations/DataModule/Rows/DataRow.h"
 #include "Foundations/DataModule/Rows/IconImageRecord.h"
+#include "Foundations/DataModule/Rows/ReferencedInstance.h"
 #include "Foundations/DataModule/Values/NumberDataType.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
 
@@ -34,6 +35,7 @@ public:
     DateTimeDataType content_date_time;               // (0008,0023) + (0008,0033) Content Date/Time
     DateTimeDataType acquisition_date_time;           // (0008,002A) Acquisition DateTime, type 3
     std::vector<AcquisitionContextItem> acquisition_context;  // (0040,0555) Acquisition Context Sequence, type 2
+    std::vector<ReferencedInstance> referenced_instances;     // (0008,114A) Referenced Instance Sequence, type 3
     IconImageRecord icon_image;                       // (0088,0200) Icon Image Sequence
     bool duplicate_icon_as_image = false;             // also write the icon as the instance's own image pixels
     MultiCharSetDataType specific_character_set;      // (0008,0005) Specific Character Set, type 1C

@@ -6,6 +6,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/FileMetaInformation.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/IconImageElements.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/InstanceClassElements.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ReferencedInstanceElements.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/RowElements.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/DicomFileDataControllerFactory.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
@@ -115,6 +116,7 @@ bool InsertInstanceParts(dcm::DicomDataSet& dataSet, const InstanceDataRow& inst
         return false;
     }
     if (!document && !InsertAcquisitionContext(dataSet, instance.acquisition_context, charset)) return false;
+    if (!InsertReferencedInstances(dataSet, instance.referenced_instances)) return false;
     if (const auto* raw = dynamic_cast<const RawDataDataRow*>(&instance); raw && !InsertCustomData(dataSet, raw->custom_data)) {
         return false;
     }

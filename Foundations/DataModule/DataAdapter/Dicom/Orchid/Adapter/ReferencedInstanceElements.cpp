@@ -1,0 +1,54 @@
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ReferencedInstanceElements.h"
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
+
+#include <tuple>
+
+namespace Lumivale::DataModule::DataAdapterModule {
+namespace {
+
+using dcm::Tag;
+using dcm::TagNumber;
+using VR = dcm::ValueRepresentation;
+
+bool InsertUid(dcm::DicomDataSet& item, Tag tag, const std::string& uid) {
+    auto element = MakeTextElement(TagNumber(tag), VR::UI, uid, MultiCharSetDataType());
+    return element && item.Insert(std::move(element));
+}
+
+// Every item says why it is referenced: the packed file refers to it. The code is local to this
+// product (a "99" coding scheme), since the standard's purposes of reference describe images.
+bool InsertPurposeOfReference(dcm::DicomDataSet& item) {
+    const std::uint32_t tag = TagNumber(Tag::PurposeOfReferenceCodeSequence);
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
+    dcm::DicomDataSet& code = sequence->AppendItem();
+    const MultiCharSetDataType ascii;
+    for (const auto& [codeTag, vr, text] : {std::tuple{Tag::CodeValue, VR::SH, "PACKEDREF"},
+                                            std::tuple{Tag::CodingSchemeDesignator, VR::SH, "99DCAPS"},
+                                            std::tuple{Tag::CodeMeaning, VR::LO, "Referenced by the packed file"}}) {
+        auto element = MakeTextElement(TagNumber(codeTag), vr, text, ascii);
+        if (!element || !code.Insert(std::move(element))) return false;
+    }
+    return item.Insert(std::move(sequence));
+}
+
+}  // namespace
+
+bool InsertReferencedInstances(dcm::DicomDataSet& dataSet, const std::vector<ReferencedInstance>& references) {
+    if (references.empty()) return true;
+    const std::uint32_t tag = TagNumber(Tag::ReferencedInstanceSequence);
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
+    for (const ReferencedInstance& reference : references) {
+        dcm::DicomDataSet& item = sequence->AppendItem();
+        if (!reference.sop_class_uid.empty() && !InsertUid(item, Tag::ReferencedSOPClassUID, reference.sop_class_uid)) {
+            return false;
+        }
+        if (!InsertUid(item, Tag::ReferencedSOPInstanceUID, reference.sop_instance_uid) ||
+            !InsertPurposeOfReference(item)) {
+            return false;
+        }
+    }
+    return dataSet.Insert(std::move(sequence));
+}
+
+}  // namespace Lumivale::DataModule::DataAdapterModule
