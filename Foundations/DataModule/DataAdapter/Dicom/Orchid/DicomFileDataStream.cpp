@@ -18,17 +18,6 @@ namespace {
 constexpr const char* kModule = "Module DicomDataStream";
 constexpr std::size_t kBufferSize = 64 * 1024;
 
-bool WriteAll(int descriptor, const std::uint8_t* data, std::size_t size) {
-    while (size > 0) {
-        const ssize_t put = ::write(descriptor, data, size);
-        if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return false;
-        data += put;
-        size -= static_cast<std::size_t>(put);
-    }
-    return true;
-}
-
 }  // namespace
 
 DicomFileDataStream::~DicomFileDataStream() { Close(); }
@@ -42,45 +31,23 @@ bool DicomFileDataStream::OpenForReading(const std::filesystem::path& path) {
 
 bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path) {
     Close();
-    std::filesystem::path pattern = path;
-    pattern += ".tmp-XXXXXX";
-    std::string name = pattern.string();
-    const int descriptor = ::mkstemp(name.data());
-    if (descriptor < 0) {
-        LV_TRACE(kModule, "Cannot create a temporary file beside %s", path.c_str());
-        return false;
-    }
-    writeDescriptor_ = descriptor;
-    target_ = path;
-    temporary_ = name;
-    return true;
+    writer_.emplace(path.string());
+    if (writer_->Open()) return true;
+    LV_TRACE(kModule, "Cannot create a temporary file beside %s", path.c_str());
+    writer_.reset();
+    return false;
 }
 
 bool DicomFileDataStream::Commit() {
-    if (writeDescriptor_ < 0) return false;
-    const bool flushed = Flush();
-    // mkstemp creates the file private to its owner; give it the usual permissions of a new file.
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    const bool closed = ::fchmod(writeDescriptor_, 0666 & ~mask) == 0 && ::close(writeDescriptor_) == 0;
-    writeDescriptor_ = -1;
-    if (!flushed || !closed || std::rename(temporary_.c_str(), target_.c_str()) != 0) {
-        LV_TRACE(kModule, "Cannot complete writing %s", target_.c_str());
-        ::unlink(temporary_.c_str());
-        temporary_.clear();
-        return false;
-    }
-    temporary_.clear();
-    return true;
+    if (!writer_) return false;
+    const bool committed = Flush() && writer_->Commit();
+    if (!committed) LV_TRACE(kModule, "Cannot complete writing %s", writer_->target().c_str());
+    writer_.reset();
+    return committed;
 }
 
 void DicomFileDataStream::Close() {
-    if (writeDescriptor_ >= 0) {
-        ::close(writeDescriptor_);
-        writeDescriptor_ = -1;
-    }
-    if (!temporary_.empty()) ::unlink(temporary_.c_str());
-    temporary_.clear();
+    writer_.reset();  // an uncommitted write is discarded with its temporary file
     source_.reset();
     buffer_.clear();
     bufferStart_ = position_ = 0;
@@ -135,18 +102,18 @@ bool DicomFileDataStream::ReadRaw(void* data, std::uint64_t size) {
 }
 
 bool DicomFileDataStream::Flush() {
-    if (writeDescriptor_ < 0) return false;
-    const bool written = WriteAll(writeDescriptor_, buffer_.data(), buffer_.size());
+    if (!writer_) return false;
+    const bool written = writer_->Write(buffer_.data(), buffer_.size());
     buffer_.clear();
     return written;
 }
 
 bool DicomFileDataStream::WriteRaw(const void* data, std::uint64_t size) {
-    if (writeDescriptor_ < 0) return false;
+    if (!writer_) return false;
     const auto* bytes = static_cast<const std::uint8_t*>(data);
     if (buffer_.size() + size > kBufferSize && !Flush()) return false;
     if (size >= kBufferSize) {
-        if (!WriteAll(writeDescriptor_, bytes, static_cast<std::size_t>(size))) return false;
+        if (!writer_->Write(bytes, static_cast<std::size_t>(size))) return false;
     } else {
         buffer_.insert(buffer_.end(), bytes, bytes + size);
     }
@@ -158,7 +125,7 @@ bool DicomFileDataStream::WriteRegion(const FileRegion& region) {
     if (!Flush()) return false;
     const bool bigEndian = Encoding() == StreamEncoding::ExplicitBigEndian;
     const bool swap = region.bigEndian != bigEndian && region.unitSize > 1;
-    if (!CopyRegionToFile(region, writeDescriptor_, swap)) return false;
+    if (!CopyRegionToFile(region, *writer_, swap)) return false;
     position_ += region.length;
     return true;
 }

@@ -3,11 +3,13 @@
 // temporary file beside the target that replaces the target only when the write succeeded.
 
 #include <filesystem>
+#include <optional>
 #include <memory>
 #include <vector>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileLayout.h"
+#include "Portability/Misc/AtomicFileWriter.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
@@ -49,9 +51,7 @@ private:
     std::vector<std::uint8_t> buffer_;            // read-ahead or pending writes
     std::uint64_t bufferStart_ = 0;               // stream offset of buffer_[0] when reading
     std::uint64_t position_ = 0;
-    int writeDescriptor_ = -1;                    // writing
-    std::filesystem::path target_;
-    std::filesystem::path temporary_;
+    std::optional<Portability::AtomicFileWriter> writer_;  // writing
 };
 
 // Read a DICOM file into dataSet (which is cleared first); false when the file cannot be read.

@@ -27,32 +27,6 @@ bool ReadFully(int descriptor, std::uint8_t* data, std::uint64_t size, std::uint
     return true;
 }
 
-bool WriteFully(int descriptor, const std::uint8_t* data, std::uint64_t size) {
-    while (size > 0) {
-        const ssize_t put = ::write(descriptor, data, static_cast<std::size_t>(std::min(size, kCopyChunk)));
-        if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return false;
-        data += put;
-        size -= static_cast<std::uint64_t>(put);
-    }
-    return true;
-}
-
-// The kernel copies without passing the bytes through user space when both files allow it.
-// Returns the number of bytes copied before it stopped (0 when it is not supported here).
-std::uint64_t CopyInKernel(const FileRegion& region, int outDescriptor) {
-    loff_t inOffset = static_cast<loff_t>(region.offset);
-    std::uint64_t copied = 0;
-    while (copied < region.length) {
-        const auto want = static_cast<std::size_t>(std::min(region.length - copied, kCopyChunk * 64));
-        const ssize_t done = ::copy_file_range(region.source->Descriptor(), &inOffset, outDescriptor, nullptr, want, 0);
-        if (done < 0 && errno == EINTR) continue;
-        if (done <= 0) break;
-        copied += static_cast<std::uint64_t>(done);
-    }
-    return copied;
-}
-
 bool RegionIsInside(const FileRegion& region) {
     return region.source && region.offset <= region.source->Size() &&
            region.length <= region.source->Size() - region.offset;
@@ -90,16 +64,16 @@ bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
     return true;
 }
 
-bool CopyRegionToFile(const FileRegion& region, int outDescriptor, bool swapUnits) {
+bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits) {
     if (!RegionIsInside(region)) return false;
-    std::uint64_t done = swapUnits ? 0 : CopyInKernel(region, outDescriptor);
+    if (!swapUnits) return out.CopyFrom(region.source->Descriptor(), region.offset, region.length);
     // Chunks are a multiple of every unit size, so swapping never splits a unit.
-    std::vector<std::uint8_t> chunk(static_cast<std::size_t>(std::min(region.length - done, kCopyChunk)));
-    while (done < region.length) {
+    std::vector<std::uint8_t> chunk(static_cast<std::size_t>(std::min(region.length, kCopyChunk)));
+    for (std::uint64_t done = 0; done < region.length;) {
         const std::uint64_t size = std::min<std::uint64_t>(region.length - done, chunk.size());
         if (!ReadFully(region.source->Descriptor(), chunk.data(), size, region.offset + done)) return false;
-        if (swapUnits) SwapUnitsInPlace(chunk.data(), size, region.unitSize);
-        if (!WriteFully(outDescriptor, chunk.data(), size)) {
+        SwapUnitsInPlace(chunk.data(), size, region.unitSize);
+        if (!out.Write(chunk.data(), static_cast<std::size_t>(size))) {
             LV_TRACE("Module DicomDataStream", "Write failed while copying %llu bytes from %s",
                      static_cast<unsigned long long>(region.length), region.source->Path().c_str());
             return false;

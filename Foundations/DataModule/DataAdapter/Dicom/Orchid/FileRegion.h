@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+#include "Portability/Misc/AtomicFileWriter.h"
+
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
 // A file opened for reading, kept open as long as a value refers to it.
@@ -44,9 +46,9 @@ struct FileRegion {
 // Read the whole region into out (replacing its content), in little-endian unit order.
 bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out);
 
-// Append the region's bytes to the file open as outDescriptor at its current offset, swapping
-// units when swapUnits is set. Uses copy_file_range and falls back to chunked reads and writes.
-bool CopyRegionToFile(const FileRegion& region, int outDescriptor, bool swapUnits);
+// Append the region's bytes to out, swapping units when swapUnits is set: copied file to file
+// when no swap is needed, through a chunk buffer otherwise.
+bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits);
 
 // Reverse the bytes of each unit of unitSize bytes in data (size a multiple of the unit).
 void SwapUnitsInPlace(std::uint8_t* data, std::uint64_t size, unsigned unitSize) noexcept;
