@@ -1,0 +1,357 @@
+#!/usr/bin/python3
+"""Times dicapsule beside cp and the peer DICOM tools installed from Debian (DCMTK, GDCM,
+pydicom) on the same payloads, and prints Markdown tables of median wall time, its ratio to cp
+and peak RSS, then how each target of the tool is met.
+
+Run through bench/run_peers.sh; --help lists the options.
+"""
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+from typing import Callable, Optional, Sequence
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+
+from peers import payloads, report  # noqa: E402
+from peers.measure import Result, run_repeated  # noqa: E402
+from peers.payloads import MIB  # noqa: E402
+
+REPO = Path(__file__).resolve().parent.parent
+GIB = 1 << 30
+TOO_LARGE = 1 << 32  # one more than the largest length a 32-bit value length field can hold
+
+
+def parse_size(text: str) -> int:
+    """"512M" -> bytes; suffixes K, M, G (binary)."""
+    units = {"K": 1 << 10, "M": MIB, "G": GIB}
+    text = text.strip().upper()
+    if text and text[-1] in units:
+        return int(float(text[:-1]) * units[text[-1]])
+    return int(text)
+
+
+def size_label(size: int) -> str:
+    for unit, factor in (("G", GIB), ("M", MIB), ("K", 1 << 10)):
+        if size >= factor and size % factor == 0:
+            return f"{size // factor}{unit}"
+    return str(size)
+
+
+def parse_args(argv: Sequence[str]) -> argparse.Namespace:
+    parser = argparse.ArgumentParser(description=__doc__.strip().splitlines()[0])
+    parser.add_argument("--sizes", help="payload sizes, comma separated (default 1M,512M,2G; quick 1M,256M)")
+    parser.add_argument("--runs", type=int, help="runs per command (default 5; quick 3)")
+    parser.add_argument("--quick", action="store_true", help="small sizes, fewer runs, short time limits")
+    parser.add_argument("--scratch", type=Path, help="directory for payloads and outputs (default: new one under $TMPDIR)")
+    parser.add_argument("--build-dir", type=Path, default=REPO / "build-bench", help="dicapsule build (RelWithDebInfo)")
+    parser.add_argument("--keep", action="store_true", help="keep the scratch directory")
+    parser.add_argument("--skip-peers", action="store_true", help="time cp and dicapsule only")
+    parser.add_argument("--skip-too-large", action="store_true", help="leave out the 4 GiB payload case")
+    args = parser.parse_args(argv)
+    args.sizes = [parse_size(s) for s in (args.sizes or ("1M,256M" if args.quick else "1M,512M,2G")).split(",")]
+    args.runs = args.runs or (3 if args.quick else 5)
+    args.budget = 20.0 if args.quick else 120.0  # seconds of repeated runs per command
+    args.timeout = 120.0 if args.quick else 900.0  # one run of one command
+    args.peer_timeout = 60.0 if args.quick else 300.0  # one peer run on the too-large payload
+    return args
+
+
+def ensure_built(build_dir: Path) -> Path:
+    """Configure (RelWithDebInfo) when needed and bring the dicapsule target up to date."""
+    if not (build_dir / "build.ninja").exists():
+        subprocess.run(["cmake", "-S", str(REPO), "-B", str(build_dir), "-G", "Ninja",
+                        "-DCMAKE_BUILD_TYPE=RelWithDebInfo", "-DBUILD_TESTING=OFF"],
+                       check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(["cmake", "--build", str(build_dir), "--target", "dicapsule"], check=True,
+                   stdout=subprocess.DEVNULL)
+    return build_dir / "app" / "dicapsule" if (build_dir / "app" / "dicapsule").exists() else build_dir / "dicapsule"
+
+
+class Bench:
+    """The state of one benchmark run: where files go, what was measured."""
+
+    def __init__(self, args: argparse.Namespace, tool: Path, scratch: Path):
+        self.args = args
+        self.tool = str(tool)
+        self.scratch = scratch
+        self.metadata = str(REPO / "examples" / "metadata.xml")
+        self.rows: list[report.Row] = []
+        self.results: dict[tuple[str, str, str], Result] = {}
+        self.behaviours: list[report.Behaviour] = []
+        self.notes: list[str] = []
+        self.reference: Optional[float] = None
+
+    def path(self, name: str) -> Path:
+        return self.scratch / name
+
+    def fresh(self, *paths: Path, sync: bool = False) -> Callable[[], None]:
+        """An untimed step that removes earlier outputs and, for large files, flushes them to
+        disk so that one run's write-back does not slow the next."""
+        def prepare() -> None:
+            for path in paths:
+                path.unlink(missing_ok=True)
+            if sync:
+                os.sync()
+        return prepare
+
+    def run(self, tool: str, operation: str, size: str, command: Sequence[str],
+            prepare: Optional[Callable[[], None]] = None, note: str = "", ratio: bool = True) -> Result:
+        result = run_repeated([str(c) for c in command], self.scratch, self.args.runs,
+                              self.args.timeout, self.args.budget, prepare)
+        self.results[(tool, operation, size)] = result
+        self.rows.append(report.Row(tool, operation, size, result, self.reference if ratio else None, note))
+        print(f"  {tool:10} {operation:14} {size:6} {result.median:9.4f} s "
+              f"{result.peak_rss_mib:8.1f} MiB  {result.outcome}", flush=True)
+        return result
+
+
+def startup_cases(bench: Bench) -> None:
+    print("start-up", flush=True)
+    bench.run("time -v", "/bin/true", "-", ["/bin/true"], note="launcher cost, included in every row", ratio=False)
+    bench.run("dicapsule", "help", "-", [bench.tool, "help"], ratio=False)
+
+
+def make_template(bench: Bench) -> Path:
+    """A small Encapsulated PDF file, the template dcmodify inserts the payload into."""
+    template = bench.path("template.dcm")
+    if not template.exists():
+        tiny = bench.path("tiny.pdf")
+        payloads.make_pdf(tiny, 4096)
+        subprocess.run(["pdf2dcm", str(tiny), str(template)], check=True)
+        tiny.unlink()
+    return template
+
+
+def size_cases(bench: Bench, size: int) -> None:
+    label = size_label(size)
+    needed = 4 * size + 256 * MIB
+    if payloads.free_bytes(bench.scratch) < needed:
+        bench.notes.append(f"{label} skipped: it needs {needed / GIB:.1f} GiB free in {bench.scratch}")
+        print(f"{label}: skipped, not enough free space", flush=True)
+        return
+    print(label, flush=True)
+    sync = size >= 64 * MIB
+    payload, packed, peer_packed = bench.path(f"payload-{label}.pdf"), bench.path("packed.dcm"), bench.path("peer.dcm")
+    out_pdf, out_dcm = bench.path("out.pdf"), bench.path("out.dcm")
+    payloads.make_pdf(payload, size)
+    payloads.warm(payload)
+
+    bench.reference = None
+    bench.reference = bench.run("cp", "copy", label, ["cp", payload, out_pdf], bench.fresh(out_pdf, sync=sync)).median
+    bench.run("dicapsule", "pack", label, [bench.tool, "pack", "-i", payload, "-m", bench.metadata, "-o", out_dcm],
+              bench.fresh(out_dcm, sync=sync))
+    if out_dcm.exists():
+        out_dcm.rename(packed)
+        payloads.warm(packed)
+        result = bench.run("dicapsule", "unpack", label, [bench.tool, "unpack", "-i", packed, "-o", out_pdf],
+                           bench.fresh(out_pdf, sync=sync))
+        if result.outcome == "ok" and not same_bytes(payload, out_pdf):
+            bench.notes.append(f"{label}: dicapsule unpack did not give back the packed bytes")
+        bench.run("dicapsule", "info", label, [bench.tool, "info", "-i", packed], ratio=False)
+    if not bench.args.skip_peers:
+        peer_cases(bench, label, payload, peer_packed, out_pdf, out_dcm, sync)
+    for path in (payload, packed, peer_packed, out_pdf, out_dcm):
+        path.unlink(missing_ok=True)
+
+
+def peer_cases(bench: Bench, label: str, payload: Path, peer_packed: Path, out_pdf: Path, out_dcm: Path,
+               sync: bool) -> None:
+    template = make_template(bench)
+
+    def from_template() -> None:
+        bench.fresh(out_dcm, sync=sync)()
+        shutil.copyfile(template, out_dcm)
+
+    bench.run("pdf2dcm", "pack", label, ["pdf2dcm", payload, out_dcm], bench.fresh(out_dcm, sync=sync))
+    if out_dcm.exists():
+        out_dcm.rename(peer_packed)
+    bench.run("dcmodify", "pack (-if)", label,
+              ["dcmodify", "-nb", "-if", f"(0042,0011)={payload}", out_dcm], from_template)
+    bench.run("pydicom", "pack", label, ["/usr/bin/python3", REPO / "bench" / "pydicom_pack.py", payload, out_dcm],
+              bench.fresh(out_dcm, sync=sync))
+    # gdcmpdf takes its files as operands: its -o option is refused by its own option parser.
+    bench.run("gdcmpdf", "pack", label, ["gdcmpdf", payload, out_dcm], bench.fresh(out_dcm, sync=sync))
+    if not peer_packed.exists():
+        bench.notes.append(f"{label}: no pdf2dcm output, so no peer extraction")
+        return
+    payloads.warm(peer_packed)
+    bench.run("dcm2pdf", "unpack", label, ["dcm2pdf", peer_packed, out_pdf], bench.fresh(out_pdf, sync=sync))
+    bench.run("gdcmraw", "unpack", label, ["gdcmraw", "-i", peer_packed, "-o", out_pdf, "-t", "0042,0011"],
+              bench.fresh(out_pdf, sync=sync), note="writes the pad byte of odd lengths")
+    bench.run("dcmdump -M", "info", label, ["dcmdump", "-M", peer_packed], ratio=False)
+
+
+def same_bytes(a: Path, b: Path) -> bool:
+    return subprocess.run(["cmp", "-s", str(a), str(b)]).returncode == 0
+
+
+def thumbnail_case(bench: Bench) -> None:
+    print("thumbnail", flush=True)
+    jpeg, payload, out_dcm = bench.path("photo-12MP.jpg"), bench.path("payload-thumb.pdf"), bench.path("out.dcm")
+    payloads.make_jpeg(jpeg, 4000, 3000)
+    payloads.make_pdf(payload, MIB)
+    payloads.warm(jpeg)
+    bench.reference = None
+    bench.run("djpeg", "decode 12 MP", "1M", ["djpeg", "-outfile", "/dev/null", jpeg], ratio=False)
+    pack = [bench.tool, "pack", "-i", payload, "-m", bench.metadata, "-o", out_dcm]
+    bench.run("dicapsule", "pack", "1M+0", pack, bench.fresh(out_dcm), ratio=False)
+    bench.run("dicapsule", "pack -t 12MP", "1M+12MP", [*pack, "-t", jpeg], bench.fresh(out_dcm), ratio=False)
+    for path in (payload, out_dcm):
+        path.unlink(missing_ok=True)
+
+
+def listing(directory: Path) -> dict[str, int]:
+    return {p.name: p.stat().st_size for p in directory.iterdir() if p.is_file()}
+
+
+def describe_written(before: dict[str, int], directory: Path) -> str:
+    new = {name: size for name, size in listing(directory).items() if before.get(name) != size}
+    return ", ".join(f"{name} ({size} B)" for name, size in sorted(new.items())) or "nothing"
+
+
+def too_large_case(bench: Bench) -> None:
+    """A payload of 2^32 bytes: its length cannot be stored in a 32-bit value length."""
+    print("too large (4 GiB, sparse)", flush=True)
+    payload, out_dcm = bench.path("payload-4G.pdf"), bench.path("out.dcm")
+    payloads.make_sparse_pdf(payload, TOO_LARGE)
+    before = listing(bench.scratch)
+    bench.reference = None
+    result = bench.run("dicapsule", "pack", "4G", [bench.tool, "pack", "-i", payload, "-m", bench.metadata,
+                                                    "-o", out_dcm], bench.fresh(out_dcm), ratio=False)
+    bench.behaviours.append(report.Behaviour("dicapsule", result.outcome, result.median, result.peak_rss_mib,
+                                             describe_written(before, bench.scratch), result.first_error_line))
+    out_dcm.unlink(missing_ok=True)
+    if bench.args.skip_peers:
+        payload.unlink()
+        return
+    # A peer may write the whole payload: it runs only when that fits twice over, once, under a
+    # time limit and an address-space cap, and its output is deleted right after.
+    if payloads.free_bytes(bench.scratch) < 2 * TOO_LARGE + GIB:
+        bench.notes.append("4G peers skipped: not enough free space for their outputs")
+        payload.unlink()
+        return
+    cap = min(12 * GIB, available_memory() // 2)
+    bench.notes.append(f"4G peers ran once each, limited to {bench.args.peer_timeout:.0f} s and "
+                       f"{cap / GIB:.1f} GiB of address space")
+    template = make_template(bench)
+    peers = [
+        ("pdf2dcm", ["pdf2dcm", payload, out_dcm], None),
+        ("dcmodify -if", ["dcmodify", "-nb", "-if", f"(0042,0011)={payload}", out_dcm],
+         lambda: shutil.copyfile(template, out_dcm)),
+        ("pydicom", ["/usr/bin/python3", REPO / "bench" / "pydicom_pack.py", payload, out_dcm], None),
+        ("gdcmpdf", ["gdcmpdf", payload, out_dcm], None),
+    ]
+    for name, command, setup in peers:
+        out_dcm.unlink(missing_ok=True)
+        if setup:
+            setup()
+        before = listing(bench.scratch)
+        capped = ["prlimit", f"--as={cap}", "--", *[str(c) for c in command]]
+        result = run_repeated(capped, bench.scratch, 1, bench.args.peer_timeout, 0, None)
+        written = describe_written(before, bench.scratch)
+        bench.behaviours.append(report.Behaviour(name, result.outcome, result.median, result.peak_rss_mib,
+                                                 written, result.first_error_line))
+        print(f"  {name:12} {result.outcome:10} {result.median:8.3f} s  wrote: {written}", flush=True)
+        for leftover in set(listing(bench.scratch)) - set(before):
+            bench.path(leftover).unlink(missing_ok=True)
+        out_dcm.unlink(missing_ok=True)
+    payload.unlink()
+
+
+def available_memory() -> int:
+    with open("/proc/meminfo") as meminfo:
+        for line in meminfo:
+            if line.startswith("MemAvailable:"):
+                return int(line.split()[1]) * 1024
+    return 4 * GIB
+
+
+def target_lines(bench: Bench) -> list[str]:
+    """Each target of the tool with the measured value and whether it is met."""
+    r = bench.results
+    lines = []
+
+    def check(text: str, value: Optional[float], limit: float, unit: str) -> None:
+        if value is None:
+            lines.append(f"- {text}: not measured")
+        else:
+            lines.append(f"- {text}: {value:.{3 if unit == 's' else 2}f} {unit} (target <= {limit}) "
+                         f"{'met' if value <= limit else 'NOT met'}")
+
+    def get(tool: str, op: str, size: str) -> Optional[Result]:
+        result = r.get((tool, op, size))
+        return result if result and result.outcome == "ok" else None
+
+    for size in (size_label(s) for s in bench.args.sizes):
+        cp = get("cp", "copy", size)
+        for op in ("pack", "unpack"):
+            mine = get("dicapsule", op, size)
+            if size != "1M":
+                check(f"{op} {size} wall / cp", mine.median / cp.median if mine and cp else None, 1.5, "x")
+            check(f"{op} {size} peak RSS", mine.peak_rss_mib if mine else None, 64, "MiB")
+        info = get("dicapsule", "info", size)
+        if size != "1M":
+            check(f"info {size} wall", info.median * 1000 if info else None, 20, "ms")
+            check(f"info {size} peak RSS", info.peak_rss_mib if info else None, 16, "MiB")
+    small = get("dicapsule", "pack", "1M")
+    check("pack 1M wall", small.median * 1000 if small else None, 10, "ms")
+    helped = get("dicapsule", "help", "-")
+    check("help wall", helped.median * 1000 if helped else None, 5, "ms")
+    big = r.get(("dicapsule", "pack", "4G"))
+    if big:
+        refused = big.outcome.startswith("exit") and not any(
+            b.tool == "dicapsule" and b.written != "nothing" for b in bench.behaviours)
+        lines.append(f"- 4G payload refused: {big.outcome}, {big.median * 1000:.1f} ms, "
+                     f"{'nothing written' if refused else 'something written'} "
+                     f"(target: refused < 100 ms, nothing written) "
+                     f"{'met' if refused and big.median < 0.1 else 'NOT met'}")
+    djpeg, plain, thumb = get("djpeg", "decode 12 MP", "1M"), get("dicapsule", "pack", "1M+0"), \
+        get("dicapsule", "pack -t 12MP", "1M+12MP")
+    check("thumbnail cost / djpeg decode",
+          (thumb.median - plain.median) / djpeg.median if djpeg and plain and thumb else None, 1.5, "x")
+    return lines
+
+
+def main(argv: Sequence[str]) -> int:
+    args = parse_args(argv)
+    tool = ensure_built(args.build_dir)
+    base = Path(os.environ.get("TMPDIR", "/tmp"))
+    scratch = args.scratch or Path(tempfile.mkdtemp(prefix="dicapsule-bench-", dir=base))
+    scratch.mkdir(parents=True, exist_ok=True)
+    scratch = scratch.resolve()
+    machine = report.machine_description(scratch)
+    print(machine, flush=True)
+    bench = Bench(args, tool, scratch)
+    try:
+        startup_cases(bench)
+        for size in args.sizes:
+            size_cases(bench, size)
+        thumbnail_case(bench)
+        if not args.skip_too_large:
+            too_large_case(bench)
+    finally:
+        if not args.keep:
+            shutil.rmtree(scratch, ignore_errors=True)
+    print()
+    print(machine)
+    print(f"- load average at end: {report.load_average():.2f}")
+    print(f"- runs per command: up to {args.runs}, median wall; peak RSS is the largest of the runs\n")
+    print(report.rows_table(bench.rows))
+    if bench.behaviours:
+        print("\nPayload of 2^32 bytes:\n")
+        print(report.behaviour_table(bench.behaviours))
+    print("\nTargets:\n")
+    print("\n".join(target_lines(bench)))
+    if bench.notes:
+        print("\nNotes:\n")
+        print("\n".join(f"- {note}" for note in bench.notes))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
