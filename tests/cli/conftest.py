@@ -38,3 +38,40 @@ def run(tool, tmp_path):
 
 def golden(name, prog="dicapsule"):
     return (GOLDEN / name).read_text(encoding="utf-8").replace("PROG", prog)
+
+
+EXAMPLES = SOURCE / "examples"
+
+
+def edition(**scopes):
+    """The text of a metadata document with one edition; each keyword names a scope, its value the elements."""
+    body = "".join(f"<{scope}>{elements}</{scope}>" for scope, elements in scopes.items())
+    return ('<orchid type="ConvertixToFp"><operations><operation type="edition">'
+            f"{body}</operation></operations></orchid>")
+
+
+def dcmftest_accepts(path):
+    out = subprocess.run(["dcmftest", str(path)], capture_output=True, text=True)
+    return out.stdout.startswith("yes:")
+
+
+def dciodvfy_errors(path):
+    """The "Error" lines dciodvfy prints for a file (its exit status does not tell)."""
+    out = subprocess.run(["dciodvfy", str(path)], capture_output=True, text=True)
+    return [line for line in (out.stdout + out.stderr).splitlines() if line.startswith("Error")]
+
+
+@pytest.fixture
+def pack(run, tmp_path):
+    """pack(*options, output="out.dcm") -> path of the file written; the run must succeed silently and
+    dcmftest must accept the file. The payload is a small binary file of the test's directory."""
+    (tmp_path / "payload.bin").write_bytes(b"\x00payload\xff")
+
+    def _pack(*options, output="out.dcm", env=None):
+        result = run("pack", "-i", "payload.bin", "-o", output, "-f", *options, env=env)
+        assert (result.status, result.out, result.err) == (0, "", "")
+        path = tmp_path / output
+        assert dcmftest_accepts(path)
+        return path
+
+    return _pack

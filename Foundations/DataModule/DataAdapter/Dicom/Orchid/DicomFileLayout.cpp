@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueRepresentation.h"
 #include "Portability/Misc/DebugTrace.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -21,6 +22,15 @@ bool HasPrefix(DicomDataStream& stream) {
 }
 
 bool IsMetaNode(const DicomDataSetElement& node) noexcept { return node.group == kMetaGroup; }
+
+// A data set without preamble and meta group names no transfer syntax: its first element tells.
+// In explicit VR the two bytes after the tag spell a VR; in implicit VR they are the low half of a
+// length, which for a first element of group 0x0008 never spells one.
+bool StartsWithExplicitVR(DicomDataStream& stream) {
+    std::array<char, 2> code{};
+    return stream.SetPosition(4) && stream.ReadRaw(code.data(), code.size()) &&
+           VRFromCode(std::string_view(code.data(), code.size())) != ValueRepresentation::Unknown;
+}
 
 }  // namespace
 
@@ -55,8 +65,8 @@ bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& h
         LV_TRACE(kModule, "Not a DICOM file: no \"DICM\" prefix and first group %04X", firstGroup);
         return false;
     }
-    stream.SetEncoding(firstGroup == kMetaGroup ? StreamEncoding::ExplicitLittleEndian
-                                                : StreamEncoding::ImplicitLittleEndian);
+    const bool isExplicit = firstGroup == kMetaGroup || StartsWithExplicitVR(stream);
+    stream.SetEncoding(isExplicit ? StreamEncoding::ExplicitLittleEndian : StreamEncoding::ImplicitLittleEndian);
     return stream.SetPosition(0);
 }
 

@@ -15,7 +15,8 @@ StreamEncoding EncodingOfTransferSyntax(std::string_view uid) noexcept;
 StreamEncoding EncodingOfDataSet(const DicomDataSet& dataSet);
 
 // Read the preamble and meta group (handing meta elements to handler) and leave the stream at the
-// data set in its encoding. Files without preamble must start with group 0x0002 or 0x0008.
+// data set in its encoding. Files without preamble must start with group 0x0002 or 0x0008; a bare
+// data set is explicit VR little endian when its first element carries a VR, implicit otherwise.
 bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& handler);
 // Read a whole file: header, then every element of the data set.
 bool ReadFileContent(DicomDataStream& stream, DicomDataStream::CallbackHandler& handler);
