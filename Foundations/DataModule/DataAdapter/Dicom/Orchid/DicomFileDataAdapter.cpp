@@ -83,8 +83,11 @@ bool InsertRows(dcm::DicomDataSet& dataSet, const RowChain& chain, const Instanc
 }
 
 bool InsertSopCommon(dcm::DicomDataSet& dataSet, const InstanceDataRow& instance, const MultiCharSetDataType& charset) {
-    if (!charset.IsEmpty()) {
-        dataSet.Insert(MakeTextElement(TagNumber(Tag::SpecificCharacterSet), VR::CS, charset.ToText(), charset));
+    // The default repertoire alone is written by leaving the attribute out: it is Type 1C, and an
+    // empty value would claim an extended character set without naming one.
+    const std::string terms = charset.IsEmpty() ? std::string() : charset.ToText();
+    if (!terms.empty()) {
+        dataSet.Insert(MakeTextElement(TagNumber(Tag::SpecificCharacterSet), VR::CS, terms, charset));
     }
     auto sopClass = MakeTextElement(TagNumber(Tag::SOPClassUID), VR::UI, instance.sop_class.Term(), charset);
     return sopClass && dataSet.Insert(std::move(sopClass));
