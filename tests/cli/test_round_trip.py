@@ -69,10 +69,10 @@ def test_info_document(run, tmp_path):
         '\t</references>\n'
         '</orchid>\n')
     packed = pydicom.dcmread(tmp_path / "r.dcm")
+    # Only a reference that names its SOP class can be an item of the standard sequence.
     items = packed.ReferencedInstanceSequence
-    assert [item.ReferencedSOPInstanceUID for item in items] == ["1.2.3.4.5", "1.2.3.4.6"]
-    assert "ReferencedSOPClassUID" not in items[0]
-    assert items[1].ReferencedSOPClassUID == "1.2.840.10008.5.1.4.1.1.66"
+    assert [item.ReferencedSOPInstanceUID for item in items] == ["1.2.3.4.6"]
+    assert items[0].ReferencedSOPClassUID == "1.2.840.10008.5.1.4.1.1.66"
     assert all(item.PurposeOfReferenceCodeSequence[0].CodingSchemeDesignator == "99DCAPS" for item in items)
 
 

@@ -35,20 +35,19 @@ bool InsertPurposeOfReference(dcm::DicomDataSet& item) {
 }  // namespace
 
 bool InsertReferencedInstances(dcm::DicomDataSet& dataSet, const std::vector<ReferencedInstance>& references) {
-    if (references.empty()) return true;
     const std::uint32_t tag = TagNumber(Tag::ReferencedInstanceSequence);
     auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
     for (const ReferencedInstance& reference : references) {
+        // An item must name the SOP class (Type 1); a reference without one stays in the custom data only.
+        if (reference.sop_class_uid.empty()) continue;
         dcm::DicomDataSet& item = sequence->AppendItem();
-        if (!reference.sop_class_uid.empty() && !InsertUid(item, Tag::ReferencedSOPClassUID, reference.sop_class_uid)) {
-            return false;
-        }
-        if (!InsertUid(item, Tag::ReferencedSOPInstanceUID, reference.sop_instance_uid) ||
+        if (!InsertUid(item, Tag::ReferencedSOPClassUID, reference.sop_class_uid) ||
+            !InsertUid(item, Tag::ReferencedSOPInstanceUID, reference.sop_instance_uid) ||
             !InsertPurposeOfReference(item)) {
             return false;
         }
     }
-    return dataSet.Insert(std::move(sequence));
+    return sequence->ItemCount() == 0 || dataSet.Insert(std::move(sequence));
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

@@ -9,8 +9,8 @@
 
 namespace Lumivale::DataModule::DataAdapterModule {
 
-// Insert one item per reference (Referenced SOP Class UID only when known); nothing when there is
-// no reference. False when a UID cannot be stored.
+// Insert one item per reference whose SOP class is known; nothing when there is none. False when a
+// UID cannot be stored.
 bool InsertReferencedInstances(DicomCodecModule::DicomDataSet& dataSet, const std::vector<ReferencedInstance>& references);
 
 }  // namespace Lumivale::DataModule::DataAdapterModule
