@@ -54,7 +54,7 @@ def rows_table(rows: list[Row]) -> str:
 def behaviour_table(behaviours: list[Behaviour]) -> str:
     header = ["tool", "outcome", "seconds", "peak RSS MiB", "left on disk", "first line of stderr"]
     return markdown_table(header, [[b.tool, b.outcome, f"{b.seconds:.3f}", f"{b.rss_mib:.1f}",
-                                    b.written, b.message[:120]] for b in behaviours])
+                                    b.written, b.message[:160]] for b in behaviours])
 
 
 def _first_line(command: list[str]) -> str:
