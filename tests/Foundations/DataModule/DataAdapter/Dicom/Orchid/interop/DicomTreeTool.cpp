@@ -1,7 +1,7 @@
 // dicom_tree_tool: reads and writes DICOM files with the codec so that scripts can compare it
 // with other toolkits.
 //   dicom_tree_tool dump FILE                     print the canonical text of the file's tree
-//   dicom_tree_tool write SPEC OUT [ENCODING]     build a data set from a tree spec and write it
+//   dicom_tree_tool write OUTLINE OUT [ENCODING]     build a data set from a tree outline and write it
 //   dicom_tree_tool copy IN OUT [ENCODING]        read a file and write it again
 // ENCODING is "implicit", "explicit" or "big"; without it the file's (0002,0010) decides. With
 // it, a meta group's (0002,0010) is changed to name the encoding written.
@@ -17,7 +17,7 @@
 #include "CanonicalText.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Portability/Misc/DebugTrace.h"
-#include "TreeSpec.h"
+#include "TreeOutline.h"
 
 namespace {
 
@@ -44,7 +44,7 @@ const EncodingName* FindEncoding(std::string_view word) {
 
 int Usage() {
     std::cerr << "usage: dicom_tree_tool dump FILE\n"
-                 "       dicom_tree_tool write SPEC OUT [implicit|explicit|big]\n"
+                 "       dicom_tree_tool write OUTLINE OUT [implicit|explicit|big]\n"
                  "       dicom_tree_tool copy IN OUT [implicit|explicit|big]\n";
     return 2;
 }
@@ -87,11 +87,11 @@ int Main(int argc, char** argv) {
             return 1;
         }
     } else {
-        std::ifstream spec(argv[2], std::ios::binary);
+        std::ifstream outline(argv[2], std::ios::binary);
         std::stringstream text;
-        text << spec.rdbuf();
+        text << outline.rdbuf();
         std::string error;
-        if (!spec || !DicomInterop::ParseTreeSpec(text.str(), dataSet, error)) {
+        if (!outline || !DicomInterop::ParseTreeOutline(text.str(), dataSet, error)) {
             std::cerr << argv[2] << ": " << (error.empty() ? "cannot read" : error) << "\n";
             return 1;
         }

@@ -1,6 +1,6 @@
 """Files built byte by byte for the cases toolkits do not write on request (odd lengths, a
 space-padded UID, a UT with a 16-bit length, implicit-VR content in a UN of undefined length),
-and data sets built by our own writer from a tree spec."""
+and data sets built by our own writer from a tree outline."""
 
 import struct
 

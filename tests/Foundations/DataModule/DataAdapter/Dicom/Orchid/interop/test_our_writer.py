@@ -1,4 +1,4 @@
-"""Data sets built by our writer from a tree spec, in each encoding, and copies of them in the
+"""Data sets built by our writer from a tree outline, in each encoding, and copies of them in the
 other encodings: accepted by dcmftest and dcmdump, and read by pydicom with the values put in."""
 
 import struct
@@ -10,7 +10,7 @@ from conftest import dcmdump_is_clean, run, tool
 
 PIXELS = bytes(range(1, 17))  # 2 x 4 pixels of 16 bits, little endian
 
-SPEC = rf"""
+OUTLINE = rf"""
 (0002,0000) UL 0
 (0002,0001) OB hex:0001
 (0002,0002) UI 1.2.840.10008.5.1.4.1.1.7
@@ -96,9 +96,9 @@ def check_file(path):
 
 
 @pytest.fixture(scope="module")
-def spec(tmp_path_factory):
-    path = tmp_path_factory.mktemp("spec") / "tree.spec"
-    path.write_text(SPEC)
+def outline(tmp_path_factory):
+    path = tmp_path_factory.mktemp("outline") / "tree.outline"
+    path.write_text(OUTLINE)
     return path
 
 
@@ -110,16 +110,16 @@ COPIES = [pytest.param(w, c, marks=OX_AS_OB) if (w, c) == ("implicit", "big") el
 
 
 @pytest.mark.parametrize("encoding", ENCODINGS)
-def test_written_file_is_read_back_by_the_toolkits(spec, encoding, tmp_path):
+def test_written_file_is_read_back_by_the_toolkits(outline, encoding, tmp_path):
     written = tmp_path / "written.dcm"
-    tool("write", spec, written, encoding)
+    tool("write", outline, written, encoding)
     check_file(written)
 
 
 @pytest.mark.parametrize("written_as,copied_as", COPIES)
-def test_copy_of_written_file_is_read_back_by_the_toolkits(spec, written_as, copied_as, tmp_path):
+def test_copy_of_written_file_is_read_back_by_the_toolkits(outline, written_as, copied_as, tmp_path):
     written = tmp_path / "written.dcm"
     copy = tmp_path / "copy.dcm"
-    tool("write", spec, written, written_as)
+    tool("write", outline, written, written_as)
     tool("copy", written, copy, copied_as)
     check_file(copy)

@@ -1,4 +1,4 @@
-#include "TreeSpec.h"
+#include "TreeOutline.h"
 
 #include <charconv>
 #include <cstring>
@@ -13,7 +13,7 @@ namespace {
 using namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
 using Bytes = std::vector<std::uint8_t>;
 
-struct SpecLine {
+struct OutlineLine {
     int number;          // 1-based line number, for messages
     std::size_t indent;  // leading spaces
     std::string text;    // the line without its indentation
@@ -83,9 +83,9 @@ bool ParseValue(ValueRepresentation vr, const std::string& text, Bytes& out) {
     return !text.empty() && ParseNumbers(vr, text, out);
 }
 
-class SpecParser {
+class OutlineParser {
 public:
-    explicit SpecParser(std::vector<SpecLine> lines) : lines_(std::move(lines)) {}
+    explicit OutlineParser(std::vector<OutlineLine> lines) : lines_(std::move(lines)) {}
 
     bool Parse(DicomDataSet& root, std::string& error) {
         if (!ParseSet(root, 0)) {
@@ -154,15 +154,15 @@ private:
         return true;
     }
 
-    std::vector<SpecLine> lines_;
+    std::vector<OutlineLine> lines_;
     std::size_t next_ = 0;
     std::string error_;
 };
 
 }  // namespace
 
-bool ParseTreeSpec(const std::string& text, DicomDataSet& dataSet, std::string& error) {
-    std::vector<SpecLine> lines;
+bool ParseTreeOutline(const std::string& text, DicomDataSet& dataSet, std::string& error) {
+    std::vector<OutlineLine> lines;
     std::istringstream input(text);
     std::string line;
     for (int number = 1; std::getline(input, line); ++number) {
@@ -172,7 +172,7 @@ bool ParseTreeSpec(const std::string& text, DicomDataSet& dataSet, std::string& 
         lines.push_back({number, indent, line.substr(indent)});
     }
     dataSet = DicomDataSet();
-    return SpecParser(std::move(lines)).Parse(dataSet, error);
+    return OutlineParser(std::move(lines)).Parse(dataSet, error);
 }
 
 }  // namespace DicomInterop

@@ -17,8 +17,8 @@
 
 namespace DicomInterop {
 
-// Parse spec text into dataSet; false with a message naming the line when the text is malformed.
-bool ParseTreeSpec(const std::string& text,
+// Parse outline text into dataSet; false with a message naming the line when the text is malformed.
+bool ParseTreeOutline(const std::string& text,
                    Lumivale::DataModule::DataAdapterModule::DicomCodecModule::DicomDataSet& dataSet,
                    std::string& error);
 
