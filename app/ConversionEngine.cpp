@@ -6,6 +6,7 @@
 #include "Foundations/DataModule/Common/TextUtils.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
+#include "Foundations/DataModule/Rows/RowAttributes.h"
 #include "Foundations/DataModule/Uid/TestMode.h"
 #include "Foundations/DataModule/Uid/UIDGenerator.h"
 #include "Foundations/DataModule/Uid/IdentitySource.h"
@@ -13,6 +14,9 @@
 #include "Foundations/LVCodec/LVImage.h"
 #include "Foundations/LVCodec/icon/IconImageBuilder.h"
 #include "Portability/Misc/DebugTrace.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace Dicapsule {
 
@@ -50,6 +54,35 @@ void CompleteIdentifiers(dm::MetadataRows& rows) {
     dm::ApplyTestModeIfOn(rows.patient, rows.study, rows.instance);
 }
 
+bool HasNonAscii(std::string_view text) {
+    return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+}
+
+// True when some named attribute of the rows holds text beyond ASCII.
+bool RowsNeedMoreThanAscii(const dm::MetadataRows& rows) {
+    const std::pair<dm::RowKind, const dm::DataRow*> scopes[] = {
+        {dm::RowKind::Patient, rows.patient}, {dm::RowKind::Study, rows.study}, {dm::RowKind::Series, rows.series},
+        {dm::RowKind::Equipment, rows.equipment}, {dm::RowKind::Instance, rows.instance}};
+    for (const auto& [kind, row] : scopes) {
+        for (const dm::RowAttribute& attribute : dm::RowAttributesOf(kind)) {
+            const std::optional<std::string> text = attribute.get(*row);
+            if (text && HasNonAscii(*text)) return true;
+        }
+    }
+    return false;
+}
+
+// The output character set: --encoding when given; else the metadata's; and when the metadata
+// named none (an edition document may not) but its text is not plain ASCII, UTF-8, since the
+// document's text is Unicode and the default repertoire could not hold it.
+void ChooseCharacterSet(dm::OutputEncoding::Enum encoding, const dm::MetadataRows& rows, dm::InstanceDataRow& instance) {
+    if (encoding != dm::OutputEncoding::unknown) {
+        instance.specific_character_set = dm::MultiCharSetDataType(encoding);
+    } else if (instance.specific_character_set.IsEmpty() && RowsNeedMoreThanAscii(rows)) {
+        instance.specific_character_set = dm::MultiCharSetDataType(dm::OutputEncoding::unicode);
+    }
+}
+
 ConversionResult AttachThumbnail(const ConversionRequest& request, dm::InstanceDataRow& instance) {
     Lumivale::Imaging::LVImage image;
     if (!Lumivale::Imaging::LoadThumbnail(*request.thumbnail, image)) return ConversionResult::thumbnail_not_loaded;
@@ -81,9 +114,7 @@ ConversionResult convert(const ConversionRequest& request) {
     ApplyModality(request.modality, *rows.series);
     rows.equipment->software_versions.Clear();
     rows.equipment->software_versions.Set(0u, dm::FromUtf8(request.product_name + " " + request.product_version));
-    if (request.encoding != dm::OutputEncoding::unknown) {
-        instance->specific_character_set = dm::MultiCharSetDataType(request.encoding);
-    }
+    ChooseCharacterSet(request.encoding, rows, *instance);
 
     store_payload(instance->custom_data, request.content, request.original_name, request.command_line,
                   request.references);

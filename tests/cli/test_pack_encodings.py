@@ -47,7 +47,6 @@ UNWRITABLE = [
     ("hangul-in-hebrew", ["-e", "hebrew"], "\ud64d^\uae38\ub3d9"),
     ("hebrew-in-japanese", ["-e", "japanese"], "\u05e9\u05e8\u05d5\u05df"),
     ("hebrew-in-korean", ["-e", "korean"], "\u05e9\u05e8\u05d5\u05df"),
-    ("accent-without-any-character-set", [], "Buc^J\u00e9r\u00f4me"),
 ]
 
 
@@ -60,8 +59,11 @@ def test_text_the_character_set_cannot_hold_is_refused(run, tmp_path, options, n
     assert os.listdir(tmp_path) == ["payload.bin"]
 
 
-# Specific Character Set of the metadata document -> written without --encoding.
+# Specific Character Set of the metadata document -> written without --encoding; a document that
+# names none gets UTF-8 when its text needs more than ASCII, and no Specific Character Set otherwise.
 KEPT = [
+    (None, "Buc^J\u00e9r\u00f4me", "ISO_IR 192"),
+    (None, "Doe^John", None),
     ("ISO_IR 100", "Buc^J\u00e9r\u00f4me", "ISO_IR 100"),
     ("ISO_IR 144", "\u041b\u044e\u043a\u0441\u0435\u043c\u0431\u0443\u0440\u0433^\u0410\u0433\u043d\u0435\u0441\u0441\u0430",
      "ISO_IR 144"),
@@ -71,9 +73,9 @@ KEPT = [
 ]
 
 
-@pytest.mark.parametrize("source,name,written", KEPT, ids=[c[0] for c in KEPT])
+@pytest.mark.parametrize("source,name,written", KEPT, ids=[str(c[0]) + "-" + c[1][:3] for c in KEPT])
 def test_without_encoding_the_metadata_character_set_is_kept(pack, source, name, written):
     path = pack("-m", named(name, charset=source))
     ds = pydicom.dcmread(path)
-    assert ds.SpecificCharacterSet == written
+    assert ds.get("SpecificCharacterSet") == written
     assert str(ds.PatientName) == name
