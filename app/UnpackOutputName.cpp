@@ -36,7 +36,13 @@ boost::filesystem::path ResolveUnpackOutput(const std::variant<OutputFile, Outpu
                                  QuotedPath(input.string()) + " is not a plain file name; use the --output option.");
     }
     if (directory.use_original_name) return directory.path / original_name;
-    return directory.path / (Stem(input.filename().string()) + LastExtension(original_name));
+    // The input's own name can make a derived name that leaves the directory too ("..." gives "..").
+    const std::string derived = Stem(input.filename().string()) + LastExtension(original_name);
+    if (!IsPlainFileName(derived)) {
+        throw std::runtime_error("The output file name " + QuotedPath(derived) + " derived from the input file " +
+                                 QuotedPath(input.string()) + " is not a plain file name; use the --output option.");
+    }
+    return directory.path / derived;
 }
 
 }  // namespace Dicapsule
