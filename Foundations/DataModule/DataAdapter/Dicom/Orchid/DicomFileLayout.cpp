@@ -32,6 +32,33 @@ bool StartsWithExplicitVR(DicomDataStream& stream) {
            VRFromCode(std::string_view(code.data(), code.size())) != ValueRepresentation::Unknown;
 }
 
+// Passes every element on except group 0x0002 elements at the top level once an element of
+// another group came: the file meta group is only at the start, and a later copy of its elements
+// would override it (its transfer syntax would then no longer say how the data set was read).
+class LateMetaElementFilter : public DicomDataStream::CallbackHandler {
+public:
+    explicit LateMetaElementFilter(DicomDataStream::CallbackHandler& next) : next_(next) {}
+
+    bool ElementRead(DicomDataSetElement& record) override {
+        if (depth_ == 0 && record.kind == DicomElementKind::Element && !record.encapsulated) {
+            if (IsMetaNode(record) && dataSetBegun_) {
+                LV_TRACE(kModule, "Group 0002 element TAG(%04X,%04X) after the file meta group ignored",
+                         record.group, record.element);
+                return true;
+            }
+            dataSetBegun_ = dataSetBegun_ || !IsMetaNode(record);
+        }
+        if (record.kind == DicomElementKind::Sequence) ++depth_;
+        if (record.kind == DicomElementKind::SequenceDelimitation && !record.encapsulated && depth_ > 0) --depth_;
+        return next_.ElementRead(record);
+    }
+
+private:
+    DicomDataStream::CallbackHandler& next_;
+    unsigned depth_ = 0;         // sequences open around the current element
+    bool dataSetBegun_ = false;  // a top-level element of another group was read
+};
+
 }  // namespace
 
 StreamEncoding EncodingOfTransferSyntax(std::string_view uid) noexcept {
@@ -71,7 +98,8 @@ bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& h
 }
 
 bool ReadFileContent(DicomDataStream& stream, DicomDataStream::CallbackHandler& handler) {
-    return ReadFileHeader(stream, handler) && stream.ReadElements(handler);
+    LateMetaElementFilter filter(handler);
+    return ReadFileHeader(stream, handler) && stream.ReadElements(filter);
 }
 
 bool WriteFileHeader(DicomDataStream& stream, const DicomDataSet& dataSet) {
