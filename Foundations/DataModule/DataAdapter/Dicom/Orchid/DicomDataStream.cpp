@@ -266,7 +266,13 @@ bool DicomDataStream::ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std
     DicomDataSetElement record;
     for (;;) {
         if (!EmitPendingEnds(handler, record)) return false;
-        if (AtEnd()) return true;
+        if (AtEnd()) {
+            // A sequence or item still open means the file was cut short, not a complete data set.
+            if (openNesting_ == 0) return true;
+            LV_TRACE(kModule, "Stream ends at offset %llu inside %u open sequences or items",
+                     static_cast<unsigned long long>(Position()), openNesting_);
+            return false;
+        }
         if (metaGroupOnly && pendingEnds_.empty()) {
             std::uint16_t group = 0;
             if (!PeekGroup(group) || group != kMetaGroup) return true;
