@@ -1,0 +1,248 @@
+// Every sample file cut at every byte offset (offsets sampled around the structure of big files)
+// goes through the readers of hostile input. Each reader must refuse a prefix cleanly or read what
+// the whole file says; the sanitizer build turns any overrun into a failure.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
+#include "Foundations/DataModule/metadata/MetadataReader.h"
+#include "Foundations/LVCodec/bmp/LVImageCodec_BMP.h"
+#include "Foundations/LVCodec/dicom/DicomImageReader.h"
+#include "Foundations/LVCodec/pnm/PnmWrapper.h"
+#include "app/Payload.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace codec = Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
+namespace dm = Lumivale::DataModule;
+using Bytes = std::vector<std::uint8_t>;
+
+const fs::path kSource = DICAPSULE_SOURCE_DIR;
+
+// Readers a sample goes through.
+enum Reader : unsigned {
+    kStream = 1,        // data stream over memory, into a tree
+    kFile = 2,          // file stream, and the payload reader with and without content
+    kMetadata = 4,      // the --metadata loader on a file
+    kDicomImage = 8,    // DICOM image reader, main image and icon
+    kBmp = 16,          // BMP reader
+    kPnm = 32,          // Netpbm reader
+    kEdition = 64,      // edition document text
+};
+
+Bytes ReadBytes(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void WriteBytes(const fs::path& path, std::span<const std::uint8_t> bytes) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+// A directory of this process, removed at the end.
+struct ScratchDirectory {
+    // Memory-backed when there is /dev/shm: thousands of prefixes are written.
+    fs::path path = (fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()) /
+                    ("dicapsule-truncation-" + std::to_string(::getpid()));
+    ScratchDirectory() { fs::create_directories(path); }
+    ~ScratchDirectory() { fs::remove_all(path); }
+};
+
+// Offsets where an element's header, value or end lies, from a read of the whole file.
+class BoundaryCollector : public codec::DicomDataStream::CallbackHandler {
+public:
+    std::set<std::uint64_t> offsets;
+    bool ElementRead(codec::DicomDataSetElement& record) override {
+        offsets.insert({record.headerPosition, record.valuePosition});
+        if (record.valueLength != 0xFFFFFFFFu) offsets.insert(record.valuePosition + record.valueLength);
+        return true;
+    }
+};
+
+// Every length below the file's for files up to denseLimit bytes; for bigger ones the first and
+// last KiB, 16 bytes either side of every element boundary and a sparse stride in between.
+std::vector<std::size_t> PrefixLengths(const Bytes& whole, std::size_t denseLimit) {
+    std::set<std::size_t> lengths;
+    const std::size_t size = whole.size();
+    if (size <= denseLimit) {
+        for (std::size_t n = 0; n < size; ++n) lengths.insert(n);
+        return {lengths.begin(), lengths.end()};
+    }
+    for (std::size_t n = 0; n < 1024; ++n) lengths.insert({n, size - 1 - n});
+    for (std::size_t n = 0; n < size; n += 4093) lengths.insert(n);
+    codec::DicomMemoryDataStream stream(whole);
+    BoundaryCollector boundaries;
+    codec::ReadFileContent(stream, boundaries);
+    for (const std::uint64_t at : boundaries.offsets) {
+        for (std::uint64_t n = at > 16 ? at - 16 : 0; n <= at + 16 && n < size; ++n) lengths.insert(n);
+    }
+    return {lengths.begin(), lengths.end()};
+}
+
+// What the payload reader finds in a whole file.
+struct WholePayload {
+    bool found = false;
+    Dicapsule::PayloadFacts facts;
+    Bytes content;
+};
+
+WholePayload ReadWholePayload(const fs::path& file) {
+    WholePayload whole;
+    whole.found = Dicapsule::read_payload(file.string(), true, whole.facts) == Dicapsule::PayloadReadResult::success &&
+                  whole.facts.content.ReadAll(whole.content);
+    return whole;
+}
+
+// Hands one prefix to each chosen reader. The payload reader, when it succeeds on a prefix of a
+// file whose payload it reads, must give the whole file's facts.
+void ReadPrefix(std::span<const std::uint8_t> prefix, unsigned readers, const fs::path& file, const WholePayload& whole) {
+    if (readers & kStream) {
+        codec::DicomMemoryDataStream stream(prefix);
+        codec::DicomDataSet tree;
+        codec::DicomDataSetFillCallback fill(tree);
+        codec::ReadFileContent(stream, fill);
+    }
+    if (readers & (kFile | kMetadata)) WriteBytes(file, prefix);
+    if (readers & kFile) {
+        codec::DicomDataSet tree;
+        codec::ReadDicomFile(file, tree);
+        for (const bool wantContent : {true, false}) {
+            Dicapsule::PayloadFacts facts;
+            if (Dicapsule::read_payload(file.string(), wantContent, facts) != Dicapsule::PayloadReadResult::success) {
+                continue;
+            }
+            if (!whole.found) continue;
+            EXPECT_EQ(facts.name, whole.facts.name);
+            EXPECT_EQ(facts.command_line, whole.facts.command_line);
+            EXPECT_EQ(facts.references, whole.facts.references);
+            Bytes content;
+            if (wantContent) {
+                EXPECT_TRUE(facts.content.ReadAll(content) && content == whole.content);
+            }
+        }
+    }
+    if (readers & kMetadata) {
+        dm::PatientDataSet set;
+        dm::MetadataRows rows;
+        dm::LoadMetadata(set, file.string(), dm::date_time{2024, 3, 5, 10, 0, 0, 0}, dm::SOPClass::RawData, rows);
+    }
+    Lumivale::Imaging::LVImageMemory image;
+    if (readers & kDicomImage) {
+        Lumivale::Imaging::DecodeDicom(prefix, false, 0, "prefix", image);
+        Lumivale::Imaging::DecodeDicom(prefix, true, 0, "prefix", image);
+    }
+    if (readers & kBmp) Lumivale::Imaging::DecodeBmp(prefix, image);
+    if (readers & kPnm) Lumivale::Imaging::DecodePnm(prefix, image);
+    if (readers & kEdition) {
+        dm::PatientDataSet set;
+        dm::MetadataRows rows;
+        const std::string_view text(reinterpret_cast<const char*>(prefix.data()), prefix.size());
+        dm::BuildRowsFromEditionDocument(set, text, dm::date_time{2024, 3, 5, 10, 0, 0, 0}, dm::SOPClass::RawData,
+                                         rows);
+    }
+}
+
+// Reads the prefixes of bytes through the readers; returns what the whole file's payload is.
+WholePayload ReadEveryPrefix(const Bytes& bytes, unsigned readers, const fs::path& file, std::size_t denseLimit) {
+    WholePayload whole;
+    if (readers & kFile) {
+        WriteBytes(file, bytes);
+        whole = ReadWholePayload(file);
+    }
+    for (const std::size_t length : PrefixLengths(bytes, denseLimit)) {
+        SCOPED_TRACE("prefix of " + std::to_string(length) + " bytes");
+        ReadPrefix(std::span(bytes).first(length), readers, file, whole);
+        if (::testing::Test::HasFailure()) break;
+    }
+    return whole;
+}
+
+TEST(Truncation, PackedFilesGivePayloadOrCleanFailure) {
+    const ScratchDirectory scratch;
+    Bytes big(96 * 1024);  // above the 64 KiB from which the payload stays in the file
+    for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
+    WriteBytes(scratch.path / "big.bin", big);
+    struct Case {
+        const char* id;
+        fs::path payload;
+        std::string options;
+        std::size_t denseLimit;
+    };
+    const Case cases[] = {
+        {"report with icon and reference", kSource / "examples/report.pdf",
+         "-t \"" + (kSource / "examples/thumbnail.png").string() + "\" -r 1.2.3:1.2.3.4:1.2.3.4.5:1.2.9", 4096},
+        {"payload kept in the file", scratch.path / "big.bin", "", 4096},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        const fs::path packed = scratch.path / "packed.dcm";
+        const std::string command = "\"" + std::string(DICAPSULE_TOOL) + "\" pack -i \"" + c.payload.string() +
+                                    "\" -m \"" + (kSource / "examples/metadata.xml").string() + "\" -o \"" +
+                                    packed.string() + "\" -f " + c.options;
+        ASSERT_EQ(std::system(command.c_str()), 0) << command;
+        const WholePayload whole = ReadEveryPrefix(ReadBytes(packed), kStream | kFile | kMetadata | kDicomImage,
+                                                   scratch.path / "prefix.dcm", c.denseLimit);
+        EXPECT_TRUE(whole.found);
+        EXPECT_EQ(whole.facts.name, c.payload.filename().string());
+        EXPECT_TRUE(whole.content == ReadBytes(c.payload));
+    }
+}
+
+TEST(Truncation, SamplesAndCorporaGiveCleanFailures) {
+    const ScratchDirectory scratch;
+    struct Case {
+        const char* id;
+        fs::path path;  // a file, or a directory whose files are all taken
+        unsigned readers;
+    };
+    const Case cases[] = {
+        {"edition document example", kSource / "examples/metadata.xml", kEdition | kMetadata},
+        {"report example", kSource / "examples/report.pdf", kMetadata},
+        {"file reader corpus", kSource / "fuzz/dicom/corpus/dicom_file_fuzzer", kStream | kDicomImage},
+        {"stream corpus", kSource / "fuzz/dicom/corpus/dicom_stream_fuzzer", kStream},
+        {"payload corpus", kSource / "fuzz/app/corpus/payload_fuzzer", kFile},
+        {"metadata corpus", kSource / "fuzz/metadata/corpus/metadata_source_fuzzer", kMetadata},
+        {"edition corpus", kSource / "fuzz/metadata/corpus/edition_document_fuzzer", kEdition},
+        {"DICOM image corpus", kSource / "fuzz/imaging/corpus/fuzz_dicom_image", kDicomImage | kStream},
+        {"BMP corpus", kSource / "fuzz/imaging/corpus/fuzz_bmp", kBmp},
+        {"Netpbm corpus", kSource / "fuzz/imaging/corpus/fuzz_pnm", kPnm},
+    };
+    // The corpora share many seeds: each distinct content is read once, by every reader that wants it.
+    std::map<Bytes, std::pair<std::string, unsigned>> samples;
+    for (const Case& c : cases) {
+        std::vector<fs::path> files{c.path};
+        if (fs::is_directory(c.path)) {
+            files.clear();
+            for (const auto& entry : fs::directory_iterator(c.path)) files.push_back(entry.path());
+        }
+        EXPECT_FALSE(files.empty()) << c.id;
+        for (const fs::path& file : files) {
+            auto& sample = samples[ReadBytes(file)];
+            if (sample.first.empty()) sample.first = std::string(c.id) + ": " + file.filename().string();
+            sample.second |= c.readers;
+        }
+    }
+    for (const auto& [bytes, sample] : samples) {
+        SCOPED_TRACE(sample.first);
+        ReadEveryPrefix(bytes, sample.second, scratch.path / "prefix", 64 * 1024);
+    }
+}
+
+}  // namespace
