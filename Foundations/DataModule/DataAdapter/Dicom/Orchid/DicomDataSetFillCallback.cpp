@@ -6,9 +6,27 @@ DicomDataSet* DicomDataSetFillCallback::CurrentSet() noexcept {
     return items_.empty() ? &root_ : items_.back();
 }
 
+bool DicomDataSetFillCallback::InBareSequence() const noexcept {
+    // Elements belong in items; only items and the sequence's end may follow a sequence header.
+    return !openItems_.empty() && !openItems_.back();
+}
+
+bool DicomDataSetFillCallback::ReplacesOpenNode(const DicomDataSet& target, std::uint32_t tag) const noexcept {
+    // A repeated tag would destroy a sequence still taking items, or the pixel data still taking
+    // fragments, while this callback points at it: such a stream is malformed and refused.
+    const DicomDataSetElement* existing = target.Find(tag);
+    if (!existing) return false;
+    if (existing == pixelData_) return true;
+    for (const DicomDataSetSequenceElement* open : sequences_) {
+        if (existing == open) return true;
+    }
+    return false;
+}
+
 bool DicomDataSetFillCallback::InsertElement(DicomDataSetElement& record) {
     DicomDataSet* target = CurrentSet();
     if (!target) return false;  // an element inside a pixel data fragment cannot happen on a sound stream
+    if (InBareSequence() || ReplacesOpenNode(*target, record.TagNumber())) return false;
     if (record.TagNumber() == kPixelDataTag && target == &root_) {
         auto node = std::make_unique<DicomDataSetFrameContainerElement>(std::move(record));
         pixelData_ = node->encapsulated ? node.get() : nullptr;
@@ -20,11 +38,12 @@ bool DicomDataSetFillCallback::InsertElement(DicomDataSetElement& record) {
 
 bool DicomDataSetFillCallback::InsertSequence(DicomDataSetElement& record) {
     DicomDataSet* target = CurrentSet();
-    if (!target) return false;
+    if (!target || InBareSequence() || ReplacesOpenNode(*target, record.TagNumber())) return false;
     auto node = std::make_unique<DicomDataSetSequenceElement>(std::move(record));
     DicomDataSetSequenceElement* sequence = node.get();
     if (!target->Insert(std::move(node))) return false;
     sequences_.push_back(sequence);
+    openItems_.push_back(false);
     return true;
 }
 
@@ -34,12 +53,14 @@ bool DicomDataSetFillCallback::OpenItem(DicomDataSetElement& record) {
         if (pixelData_ && offsetTableSeen_) pixelData_->AppendFrame(std::move(record.value));
         offsetTableSeen_ = true;
         items_.push_back(nullptr);
+        openItems_.push_back(true);
         return true;
     }
-    if (sequences_.empty()) return false;
+    if (sequences_.empty() || !InBareSequence()) return false;  // an item belongs straight in a sequence
     DicomDataSet& item = sequences_.back()->AppendItem();
     item.SetItemHeaderPosition(record.headerPosition);
     items_.push_back(&item);
+    openItems_.push_back(true);
     return true;
 }
 
@@ -53,12 +74,14 @@ bool DicomDataSetFillCallback::ElementRead(DicomDataSetElement& record) {
                 pixelData_ = nullptr;
                 return true;
             }
-            if (sequences_.empty()) return false;
+            if (sequences_.empty() || !InBareSequence()) return false;  // an item is still open
             sequences_.pop_back();
+            openItems_.pop_back();
             return true;
         case DicomElementKind::ItemDelimitation:
-            if (items_.empty()) return false;
+            if (items_.empty() || openItems_.empty() || !openItems_.back()) return false;
             items_.pop_back();
+            openItems_.pop_back();
             return true;
     }
     return false;

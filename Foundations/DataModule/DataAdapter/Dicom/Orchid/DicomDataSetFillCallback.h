@@ -19,6 +19,8 @@ public:
 
 private:
     DicomDataSet* CurrentSet() noexcept;
+    bool InBareSequence() const noexcept;
+    bool ReplacesOpenNode(const DicomDataSet& target, std::uint32_t tag) const noexcept;
     bool InsertElement(DicomDataSetElement& record);
     bool InsertSequence(DicomDataSetElement& record);
     bool OpenItem(DicomDataSetElement& record);
@@ -26,6 +28,7 @@ private:
     DicomDataSet& root_;
     std::vector<DicomDataSetSequenceElement*> sequences_;
     std::vector<DicomDataSet*> items_;  // null entries stand for pixel data fragments
+    std::vector<bool> openItems_;       // open sequences (false) and items (true), innermost last
     DicomDataSetFrameContainerElement* pixelData_ = nullptr;
     bool offsetTableSeen_ = false;
 };
