@@ -8,9 +8,11 @@ Report: {"instances": {case id: {"store": exit status, "store_log": text, "ortha
          "file": path of the fetched copy, "tags": simplified tags, "preview_status": HTTP status,
          "preview": path of the preview or None}}, "orthanc_log": path}
 """
+import ctypes
 import json
 import os
 import pathlib
+import signal
 import socket
 import subprocess
 import sys
@@ -25,6 +27,7 @@ STOP_TIMEOUT = 15
 CALLED_AET = "DICAPSULEPACS"
 CALLING_AET = "DICAPSULETEST"
 LOOPBACK = "127.0.0.1"
+PR_SET_PDEATHSIG = 1
 
 # Proxies from the environment are ignored: every request goes to the loopback address.
 OPENER = urllib.request.build_opener(urllib.request.ProxyHandler({}))
@@ -123,6 +126,11 @@ def exchange(rest, dicom_port, workdir, case):
     return report
 
 
+def die_with_parent():
+    """Runs in the Orthanc child: if this session is killed (the test's timeout), Orthanc goes too."""
+    ctypes.CDLL(None, use_errno=True).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
 def stop(orthanc):
     orthanc.terminate()
     try:
@@ -143,7 +151,8 @@ def main(plan_path):
     result = {"ready": False, "instances": {}, "orthanc_log": str(log_path)}
     with open(log_path, "wb") as log:
         orthanc = subprocess.Popen(["Orthanc", "--no-jobs", str(config)], cwd=workdir,
-                                   stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT)
+                                   stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT,
+                                   preexec_fn=die_with_parent)
         try:
             rest = Rest(http_port)
             result["ready"] = wait_until_ready(orthanc, rest)
