@@ -1,5 +1,7 @@
 #include "Foundations/LVBuffer2DTools/LVBuffer2D.h"
 
+#include "Portability/Misc/HugePages.h"
+
 #include <bit>
 #include <cstring>
 #include <new>
@@ -87,6 +89,7 @@ bool LVBuffer2D::Allocate(std::int32_t width, std::int32_t height, unsigned plan
     if (!block_ || blockSize_ != size) {
         block_.reset(new (std::nothrow) std::uint8_t[size]);
         blockSize_ = block_ ? size : 0;
+        if (block_) Portability::AdviseHugePages(block_.get(), size);
         if (!block_) {
             Reset();
             return false;

@@ -1,10 +1,12 @@
 #include "Foundations/LVCodec/jpeg/JpegDecoder.h"
 
+#include "Foundations/LVBuffer2DTools/SampleInterleave.h"
 #include "Foundations/LVCodec/ImageFile.h"
 #include "Portability/Misc/DebugTrace.h"
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
 
 #include <jpeglib.h>
 
@@ -46,18 +48,19 @@ void CmykToRgb(const JSAMPLE* cmyk, bool inverted, std::uint8_t& r, std::uint8_t
     b = channel(cmyk[2]);
 }
 
+// Spread one decoded scanline over the planes of row y (CMYK becomes RGB). The plane rows are
+// looked up once per scanline, not per pixel.
 void StoreRow(const JSAMPLE* row, const jpeg_decompress_struct& info, const LVBuffer2D& out, std::int32_t y) {
-    const bool cmyk = info.out_color_space == JCS_CMYK;
-    const unsigned components = static_cast<unsigned>(info.output_components);
-    for (std::int32_t x = 0; x < out.Width(); ++x) {
-        const JSAMPLE* pixel = row + static_cast<std::size_t>(x) * components;
-        if (out.Planes() == 1) {
-            out.Row(0, y)[x] = pixel[0];
-        } else if (cmyk) {
-            CmykToRgb(pixel, info.saw_Adobe_marker, out.Row(0, y)[x], out.Row(1, y)[x], out.Row(2, y)[x]);
-        } else {
-            for (unsigned p = 0; p < 3; ++p) out.Row(p, y)[x] = pixel[p];
-        }
+    const auto width = static_cast<std::size_t>(out.Width());
+    if (out.Planes() == 1) {
+        std::memcpy(out.Row(0, y), row, width);
+    } else if (info.out_color_space == JCS_CMYK) {
+        std::uint8_t* const r = out.Row(0, y);
+        std::uint8_t* const g = out.Row(1, y);
+        std::uint8_t* const b = out.Row(2, y);
+        for (std::size_t x = 0; x < width; ++x) CmykToRgb(row + 4 * x, info.saw_Adobe_marker, r[x], g[x], b[x]);
+    } else {
+        SplitIntoThreePlanes(row, out.Row(0, y), out.Row(1, y), out.Row(2, y), width);
     }
 }
 

@@ -1,9 +1,11 @@
 #include "Foundations/LVBuffer2DTools/LVBuffer2D.h"
 #include "Foundations/LVBuffer2DTools/LVLut.h"
+#include "Foundations/LVBuffer2DTools/SampleInterleave.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <vector>
 
 namespace Lumivale::Imaging {
 namespace {
@@ -134,6 +136,30 @@ TEST(LVLutTest, LinearRampClampsOutsideItsRange) {
     EXPECT_EQ(lut.Map(99999), 255u);
     EXPECT_FALSE(lut.BuildLinear(5, 4, 8));
     EXPECT_FALSE(lut.BuildLinear(0, LVLut::kMaxEntries, 8));
+}
+
+}  // namespace
+}  // namespace Lumivale::Imaging
+
+namespace Lumivale::Imaging {
+namespace {
+
+// The shuffles run vectorised over blocks of pixels and scalar over the tail: every width from one
+// pixel to several blocks must give the plain result, and the two directions must undo each other.
+TEST(SampleInterleaveTest, RoundTripsEveryWidthAcrossVectorBlocks) {
+    for (std::size_t width = 1; width <= 130; ++width) {
+        SCOPED_TRACE(width);
+        std::vector<std::uint8_t> planes(3 * width);
+        for (std::size_t i = 0; i < planes.size(); ++i) planes[i] = static_cast<std::uint8_t>(i * 7 + 3);
+        std::vector<std::uint8_t> pixels(3 * width + 1, 0xEE);  // one guard byte
+        InterleaveThreePlanes(planes.data(), planes.data() + width, planes.data() + 2 * width, pixels.data(), width);
+        for (std::size_t x = 0; x < width; ++x)
+            for (std::size_t p = 0; p < 3; ++p) ASSERT_EQ(pixels[3 * x + p], planes[p * width + x]);
+        EXPECT_EQ(pixels.back(), 0xEE);
+        std::vector<std::uint8_t> back(3 * width);
+        SplitIntoThreePlanes(pixels.data(), back.data(), back.data() + width, back.data() + 2 * width, width);
+        EXPECT_EQ(back, planes);
+    }
 }
 
 }  // namespace

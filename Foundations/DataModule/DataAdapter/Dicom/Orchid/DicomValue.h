@@ -1,5 +1,5 @@
 #pragma once
-// The value holder of a data element: nothing, bytes in memory, or a region of a file.
+// The value holder of a data element: nothing, bytes in memory (owned or shared), or a region of a file.
 
 #include <cstdint>
 #include <span>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
+#include "Foundations/DataModule/Values/ByteBuffer.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
@@ -19,18 +20,23 @@ public:
     explicit DicomValue(std::vector<std::uint8_t> bytes) : holder_(std::move(bytes)) {}
     // A value left in a file.
     explicit DicomValue(FileRegion region) : holder_(std::move(region)) {}
+    // A value sharing the memory bytes of a buffer of the data model (large pixel data is written
+    // from the record that holds it, not from a copy).
+    explicit DicomValue(ByteBuffer shared) : holder_(std::move(shared)) {}
 
     // True when there is no value (skipped, or never set).
     bool IsAbsent() const noexcept { return std::holds_alternative<std::monostate>(holder_); }
     // True when the bytes are in memory.
-    bool IsInMemory() const noexcept { return std::holds_alternative<std::vector<std::uint8_t>>(holder_); }
+    bool IsInMemory() const noexcept {
+        return std::holds_alternative<std::vector<std::uint8_t>>(holder_) || std::holds_alternative<ByteBuffer>(holder_);
+    }
     // True when the bytes are in a file region.
     bool IsInFile() const noexcept { return std::holds_alternative<FileRegion>(holder_); }
     // Byte count of the value (0 when absent).
     std::uint64_t Size() const noexcept;
     // The bytes in memory, or an empty span for other holders.
     std::span<const std::uint8_t> Bytes() const noexcept;
-    // The memory bytes for editing, or null when the value is not in memory.
+    // The owned memory bytes for editing, or null when the value is not owned memory.
     std::vector<std::uint8_t>* MutableBytes() noexcept { return std::get_if<std::vector<std::uint8_t>>(&holder_); }
     // The file region, or null when the value is not in a file.
     const FileRegion* Region() const noexcept { return std::get_if<FileRegion>(&holder_); }
@@ -45,7 +51,7 @@ public:
     bool Load(std::vector<std::uint8_t>& out) const;
 
 private:
-    std::variant<std::monostate, std::vector<std::uint8_t>, FileRegion> holder_;
+    std::variant<std::monostate, std::vector<std::uint8_t>, FileRegion, ByteBuffer> holder_;
 };
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -21,8 +21,10 @@ bool IsComplete(const IconImageRecord& icon) {
            *icon.bits_allocated % 8 == 0 && *icon.samples_per_pixel > 0;
 }
 
-// The Pixel Data value: a single buffer already serialised, or the planes interleaved row by row.
-bool SerialisePixels(const IconImageRecord& icon, std::vector<std::uint8_t>& out) {
+// The Pixel Data value: a single buffer already serialised with packed rows is shared as it is (it may
+// hold the pad byte of an odd length); other layouts have their rows, or their planes, interleaved
+// into a new buffer.
+bool SerialisePixels(const IconImageRecord& icon, dcm::DicomValue& out) {
     const std::uint64_t rows = *icon.rows;
     const std::uint64_t columns = *icon.columns;
     const std::uint64_t samples = *icon.samples_per_pixel;
@@ -30,14 +32,21 @@ bool SerialisePixels(const IconImageRecord& icon, std::vector<std::uint8_t>& out
     const std::uint64_t rowBytes = columns * sampleBytes * samples;
     const std::uint64_t total = rows * rowBytes;
     const std::uint64_t stride = icon.pixel_description.bytes_per_line;
-    out.clear();
     if (icon.pixel_data.size() == 1 && icon.pixel_data.begin()->first == 0) {
         // One buffer: already interleaved, rows of `stride` bytes (or packed rows when unknown).
-        const auto bytes = icon.pixel_data.begin()->second.MemoryBytes();
+        const ByteBuffer& buffer = icon.pixel_data.begin()->second;
+        const auto bytes = buffer.MemoryBytes();
         const std::uint64_t lineBytes = stride >= rowBytes ? stride : rowBytes;
+        if (lineBytes == rowBytes && (bytes.size() == total || bytes.size() == total + total % 2)) {
+            out = dcm::DicomValue(buffer);
+            return true;
+        }
         if (rows > 0 && bytes.size() < (rows - 1) * lineBytes + rowBytes) return false;
-        out.reserve(static_cast<std::size_t>(total));
-        for (std::uint64_t r = 0; r < rows; ++r) out.insert(out.end(), bytes.begin() + r * lineBytes, bytes.begin() + r * lineBytes + rowBytes);
+        std::vector<std::uint8_t> packed;
+        packed.reserve(static_cast<std::size_t>(total));
+        for (std::uint64_t r = 0; r < rows; ++r)
+            packed.insert(packed.end(), bytes.begin() + r * lineBytes, bytes.begin() + r * lineBytes + rowBytes);
+        out = dcm::DicomValue(std::move(packed));
         return true;
     }
     if (icon.pixel_data.size() != samples || stride < columns * sampleBytes) return false;
@@ -48,8 +57,8 @@ bool SerialisePixels(const IconImageRecord& icon, std::vector<std::uint8_t>& out
         planes.push_back(found->second.MemoryBytes());
         if (rows > 0 && planes.back().size() < (rows - 1) * stride + columns * sampleBytes) return false;
     }
-    out.resize(static_cast<std::size_t>(total));
-    std::uint8_t* to = out.data();
+    std::vector<std::uint8_t> interleaved(static_cast<std::size_t>(total));
+    std::uint8_t* to = interleaved.data();
     for (std::uint64_t r = 0; r < rows; ++r) {
         for (std::uint64_t c = 0; c < columns; ++c) {
             for (const auto& plane : planes) {
@@ -58,6 +67,7 @@ bool SerialisePixels(const IconImageRecord& icon, std::vector<std::uint8_t>& out
             }
         }
     }
+    out = dcm::DicomValue(std::move(interleaved));
     return true;
 }
 
@@ -65,7 +75,7 @@ void InsertShort(dcm::DicomDataSet& dataSet, Tag tag, std::uint16_t value) {
     dataSet.Insert(MakeUnsignedShortElement(TagNumber(tag), value));
 }
 
-bool InsertPixelAttributes(dcm::DicomDataSet& dataSet, const IconImageRecord& icon, std::vector<std::uint8_t> pixels) {
+bool InsertPixelAttributes(dcm::DicomDataSet& dataSet, const IconImageRecord& icon, dcm::DicomValue pixels) {
     InsertShort(dataSet, Tag::SamplesPerPixel, *icon.samples_per_pixel);
     const std::string photometric(
         CodedStringTraits<PhotometricInterpretation::Enum>::Term(*icon.photometric_interpretation).value_or("MONOCHROME2"));
@@ -79,8 +89,8 @@ bool InsertPixelAttributes(dcm::DicomDataSet& dataSet, const IconImageRecord& ic
     if (*icon.samples_per_pixel > 1) InsertShort(dataSet, Tag::PlanarConfiguration, icon.planar_configuration.value_or(0));
     // 8-bit samples are bytes (OB); wider samples are 16-bit words (OW), little endian.
     auto pixelData = std::make_unique<dcm::DicomDataSetFrameContainerElement>(*icon.bits_allocated > 8 ? VR::OW : VR::OB, false);
-    pixelData->valueLength = static_cast<std::uint32_t>(pixels.size());
-    pixelData->AppendFrame(dcm::DicomValue(std::move(pixels)));
+    pixelData->valueLength = static_cast<std::uint32_t>(pixels.Size());
+    pixelData->AppendFrame(std::move(pixels));
     return dataSet.Insert(std::move(pixelData));
 }
 
@@ -96,7 +106,7 @@ bool FetchShort(const dcm::DicomDataSet& item, Tag tag, std::optional<std::uint1
 
 bool InsertIconImage(dcm::DicomDataSet& dataSet, const IconImageRecord& icon, bool alsoAsImage) {
     if (!icon.is_set) return true;
-    std::vector<std::uint8_t> pixels;
+    dcm::DicomValue pixels;
     if (!IsComplete(icon) || !SerialisePixels(icon, pixels)) {
         LV_TRACE(kModule, "%s", "The icon image record is incomplete or its pixel buffers are short");
         return false;

@@ -1,0 +1,14 @@
+#pragma once
+// Large, short-lived pixel buffers are touched once from start to end; backing them with huge
+// pages turns thousands of page faults into a handful.
+
+#include <cstddef>
+
+namespace Lumivale::Portability {
+
+// Ask the kernel to back the whole 2 MiB pages inside [start, start + length) with huge pages.
+// Only advice: nothing happens on systems or ranges where it does not apply. Call it before the
+// memory is first written.
+void AdviseHugePages(void* start, std::size_t length) noexcept;
+
+}  // namespace Lumivale::Portability
