@@ -20,8 +20,9 @@ public:
     explicit DicomValue(std::vector<std::uint8_t> bytes) : holder_(std::move(bytes)) {}
     // A value left in a file.
     explicit DicomValue(FileRegion region) : holder_(std::move(region)) {}
-    // A value sharing the memory bytes of a buffer of the data model (large pixel data is written
-    // from the record that holds it, not from a copy).
+    // A value sharing the memory bytes of a buffer of the data model, so that large pixel data is
+    // written from the record that holds it rather than from a copy. Only memory buffers: the
+    // value of a file-region buffer reads as empty.
     explicit DicomValue(ByteBuffer shared) : holder_(std::move(shared)) {}
 
     // True when there is no value (skipped, or never set).
