@@ -61,6 +61,7 @@ def test_pydicom_reads_custom_data_items(tmp_path):
         block = item.private_block(0x0009, "IvraDentalPrivate")
         key = block[0xA1].value
         length = block[0xA2].value
+        assert block[0xA3].VR == "UN"
         value = block[0xA3].value
         assert len(value) % 2 == 0
         items[key] = value[:length]
