@@ -54,6 +54,7 @@ TEST(DataSetTree, InsertReplacesAndSizesFollowTheEncoding) {
     EXPECT_FALSE(set.Remove(TagNumber(Tag::PatientName)));
 }
 
+// Odd values are padded: a UID with NUL, text with a space, a pixel fragment with a zero byte.
 TEST(DataSetWrite, BytesOfSequencesPaddingAndPixelFragments) {
     DicomDataSet set;
     set.Insert(Node(Tag::SOPInstanceUID, "1.2.3"));
@@ -61,6 +62,7 @@ TEST(DataSetWrite, BytesOfSequencesPaddingAndPixelFragments) {
     sequence->AppendEmptySlot();
     sequence->AppendItem().Insert(Node(Tag::Modality, "CT"));
     set.Insert(std::move(sequence));
+    set.Insert(Node(Tag::PatientID, "ID7"));
     auto pixels = std::make_unique<DicomDataSetFrameContainerElement>(VR::OB, true);
     pixels->AppendFrame(DicomValue(Bytes{9, 8, 7}));
     set.Insert(std::move(pixels));
@@ -72,6 +74,7 @@ TEST(DataSetWrite, BytesOfSequencesPaddingAndPixelFragments) {
     const Bytes expected = Cat({
         Element(kExplicit, 0x0008, 0x0018, "UI", Bytes{'1', '.', '2', '.', '3', 0}),
         Header(kExplicit, 0x0008, 0x1140, "SQ", 8 + Len(modality)), Item(kExplicit, Len(modality)), modality,
+        Element(kExplicit, 0x0010, 0x0020, "LO", "ID7 "),
         Header(kExplicit, 0x7FE0, 0x0010, "OB", kUndefined), Item(kExplicit, 0), Item(kExplicit, 4), Bytes{9, 8, 7, 0},
         SequenceEnd(kExplicit),
     });

