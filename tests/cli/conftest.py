@@ -41,6 +41,7 @@ def golden(name, prog="dicapsule"):
 
 
 EXAMPLES = SOURCE / "examples"
+METADATA = str(EXAMPLES / "metadata.xml")
 
 
 def edition(**scopes):

@@ -8,9 +8,8 @@ import pydicom
 import pytest
 from PIL import Image
 
-from conftest import EXAMPLES, dciodvfy_errors
+from conftest import EXAMPLES, METADATA, dciodvfy_errors
 
-METADATA = str(EXAMPLES / "metadata.xml")
 WIDTH, HEIGHT = 13, 7  # odd sizes: rows of odd length and pixel data padded to even length
 
 
@@ -64,7 +63,6 @@ THUMBNAILS = [
     ("rgb.jpg", made_with_pil("rgb.jpg", "RGB")),
     ("grey.jpg", made_with_pil("grey.jpg", "L")),
     ("UPPER.JPG", made_with_pil("UPPER.JPG", "RGB")),
-    ("rgb.jpeg", made_with_pil("rgb.jpeg", "RGB")),
     ("rgb.tif", made_with_pil("rgb.tif", "RGB")),
     ("grey.tiff", made_with_pil("grey.tiff", "L")),
     ("rgba.tif", made_with_pil("rgba.tif", "RGBA")),

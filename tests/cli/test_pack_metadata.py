@@ -7,10 +7,9 @@ import subprocess
 import pydicom
 import pytest
 
-from conftest import EXAMPLES, dciodvfy_errors, edition
+from conftest import METADATA, dciodvfy_errors, edition
 
 PYDICOM_DATA = pathlib.Path(pydicom.__file__).parent / "data"
-METADATA = str(EXAMPLES / "metadata.xml")
 
 # Patient and study attributes a DICOM source hands to the packed instance.
 KEPT_KEYWORDS = ["PatientName", "PatientID", "PatientBirthDate", "PatientSex", "StudyInstanceUID",

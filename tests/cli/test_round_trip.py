@@ -7,15 +7,7 @@ import subprocess
 import pydicom
 import pytest
 
-from conftest import SOURCE
-
-METADATA = str(SOURCE / "examples" / "metadata.xml")
-THUMBNAIL = str(SOURCE / "examples" / "thumbnail.png")
-
-
-def dcmftest_accepts(path):
-    out = subprocess.run(["dcmftest", str(path)], capture_output=True, text=True)
-    return out.stdout.startswith("yes:")
+from conftest import METADATA, dcmftest_accepts
 
 
 def make_payload(directory, name, size, seed=7):

@@ -1,5 +1,7 @@
-// Every codec and bit depth against the pixels PIL decodes from the same generated file.
+// Every codec and bit depth against the pixels PIL decodes from the same generated file, and how a
+// codec is chosen for a file.
 #include "Foundations/LVCodec/LVImage.h"
+#include "Foundations/LVCodec/LVImageCodecRegistry.h"
 
 #include <gtest/gtest.h>
 
@@ -94,6 +96,78 @@ TEST(CodecGoldenTest, TruncatedFilesAreRefusedCleanly) {
         }
         std::remove(cut.c_str());
     }
+}
+
+TEST(CodecRegistryTest, EveryCodecIsFoundByItsIdAndOtherIdsGetTheDefault) {
+    for (const LVImageCodec* const* codec = ImageCodecRegistry(); *codec; ++codec)
+        EXPECT_EQ(&FindCodecById((*codec)->FormatId()), *codec) << (*codec)->Name();
+    EXPECT_STREQ(FindCodecById(42).Name(), "Unknown");
+    EXPECT_EQ(FindCodecById(42).Capabilities(), 0u);
+}
+
+TEST(CodecRegistryTest, ExtensionLookup) {
+    struct Case {
+        const char* path;
+        const char* codec;  // null: none
+    } cases[] = {{"a/b.PNG", "PNG"},        {"scan.sensix", "DICOM"},  {"x.Jpe", "JPEG"},   {"x.jls", "JpegLS"},
+                 {"dir.v2/x.TIFF", "TIFF"}, {"x.pam", "PNM"},          {"x.jp2", "JPEG2000"}, {"noextension", nullptr},
+                 {"x.gif", nullptr},        {"x.png.dat", nullptr},    {"x.", nullptr}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        const LVImageCodec* codec = FindCodecByExtension(c.path);
+        if (c.codec == nullptr) {
+            EXPECT_EQ(codec, nullptr);
+        } else {
+            ASSERT_NE(codec, nullptr);
+            EXPECT_STREQ(codec->Name(), c.codec);
+        }
+    }
+}
+
+TEST(CodecRegistryTest, SignatureLookup) {
+    const std::string renamed = kImages + "/signature_probe.bin";
+    struct Case {
+        const char* id;
+        std::string bytes;
+        const char* codec;
+    } cases[] = {
+        {"jpeg-ls claimed by jpeg", std::string("\xFF\xD8\xFF\xF7", 4) + "rest", "JPEG"},
+        {"jp2 odd record", std::string("\x00\x00\x00\x0C\x6A\x00\x78\x35", 8), "JPEG2000"},
+        {"standard jp2 box", std::string("\x00\x00\x00\x0C\x6A\x50\x20\x20", 8), nullptr},
+        {"pam", "P7\nWIDTH 1\n", "PNM"},
+        {"tiff big endian", std::string("MM\x00\x2A", 4), "TIFF"},
+        {"dicom", std::string(128, '\0') + "DICM", "DICOM"},
+        {"short of the dicom signature", std::string(128, '\0') + "DIC", nullptr},
+        {"png cut short", "\x89PNG", nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        std::ofstream(renamed, std::ios::binary) << c.bytes;
+        const LVImageCodec* codec = FindCodecBySignature(renamed);
+        if (c.codec == nullptr) {
+            EXPECT_EQ(codec, nullptr);
+        } else {
+            ASSERT_NE(codec, nullptr);
+            EXPECT_STREQ(codec->Name(), c.codec);
+        }
+    }
+    std::remove(renamed.c_str());
+}
+
+TEST(CodecRegistryTest, LoadChoosesTheCodecByExtensionOrSignature) {
+    const std::string png = kImages + "/png_RGB.png";
+    const std::string disguised = kImages + "/png_RGB_copy.dat";
+    {
+        std::ifstream in(png, std::ios::binary);
+        std::ofstream(disguised, std::ios::binary) << in.rdbuf();
+    }
+    LVImage image;
+    EXPECT_FALSE(image.LoadFromFile(disguised, 0));
+    EXPECT_TRUE(image.LoadFromFile(disguised, kLoadBySignature));
+    EXPECT_EQ(image.Buffer().Planes(), 3u);
+    std::remove(disguised.c_str());
+    EXPECT_FALSE(image.LoadFromFile(kImages + "/missing.png", 0));
+    EXPECT_FALSE(image.LoadFromFile(kImages + "/missing.png", kLoadBySignature));
 }
 
 }  // namespace
