@@ -13,10 +13,6 @@
 namespace Lumivale::BufferTools {
 namespace {
 
-int EightProcessors() { return 8; }
-int NoProcessors() { return 0; }
-int FortyProcessors() { return 40; }
-
 // Records what the task framework calls, and fails chosen blocks.
 class RecordingBlocks : public LVBlocks2D {
 public:
@@ -39,7 +35,7 @@ protected:
     void SetUp() override {
         unsetenv("FORCE_DISABLE_BLOCKS_PARALLEL");
         ResetParallelStateForTests();
-        SetProcessorCountFunction(EightProcessors);
+        SetProcessorCountFunction([] { return 8; });
         SetSelfTestWorkerFactory({});
         previousSink_ = Portability::SetTraceSink([this](const Portability::TraceLine& line) {
             if (line.module == "Blocks") trace_.emplace_back(line.text);
@@ -109,10 +105,10 @@ TEST_F(BlocksTest, AutomaticCountIsBoundedAndFallsBackToOne) {
     LVBuffer2D source = Buffer(4, 64);
     LVBuffer2D destination = Buffer(4, 64);
     CopyBlocks task;
-    SetProcessorCountFunction(FortyProcessors);
+    SetProcessorCountFunction([] { return 40; });
     ASSERT_TRUE(task.Split(source, destination, 0, 0, 0, 0));
     EXPECT_EQ(task.BlockCount(), kMaxAutomaticBlocks);
-    SetProcessorCountFunction(NoProcessors);
+    SetProcessorCountFunction([] { return 0; });
     ASSERT_TRUE(task.Split(source, destination, 0, 0, 0, 0));
     EXPECT_EQ(task.BlockCount(), 1u);
     LVBuffer2D invalid;

@@ -33,9 +33,6 @@ TEST(InstanceRowFactory, RowKindFollowsTheSOPClass) {
         EXPECT_EQ(row->sop_class.IsSet(), c.sop_class != SOPClass::unknown);
         EXPECT_EQ(row->sop_class.Value(), c.sop_class);
     }
-    EXPECT_EQ(SeriesDataRow().modality.Term(), "OT");
-    EXPECT_TRUE(InstanceDataRow().icon_image.reduce);
-    EXPECT_FALSE(InstanceDataRow().duplicate_icon_as_image);
 }
 
 TEST(PatientDataSetLinks, LinkMoveAndQuery) {

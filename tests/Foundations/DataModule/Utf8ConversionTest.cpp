@@ -39,6 +39,7 @@ TEST(Utf8Conversion, IllFormedUtf8IsRefusedNotSubstituted) {
     const std::pair<const char*, std::string> cases[] = {
         {"stray continuation", "\x80"},
         {"overlong slash", "\xC0\xAF"},
+        {"overlong C1", "\xC1\xBF"},
         {"overlong 3-byte", "\xE0\x80\xAF"},
         {"overlong 4-byte", "\xF0\x80\x80\xAF"},
         {"surrogate", "\xED\xA0\x80"},

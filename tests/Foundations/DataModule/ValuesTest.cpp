@@ -62,7 +62,6 @@ TEST(CodedStringValue, UnknownTermIsSetMemberZeroAndWritesTheFallback) {
 
     modality.SetFromTerm(" CT ");
     EXPECT_EQ(modality.Term(), "CT");
-    EXPECT_EQ(modality.Description(), "'CT' (Computed Tomography)");
 
     modality.Set(static_cast<Modality::Enum>(500));
     EXPECT_EQ(modality.Term("fallback"), "fallback");

@@ -138,12 +138,6 @@ TEST(LVLutTest, LinearRampClampsOutsideItsRange) {
     EXPECT_FALSE(lut.BuildLinear(0, LVLut::kMaxEntries, 8));
 }
 
-}  // namespace
-}  // namespace Lumivale::Imaging
-
-namespace Lumivale::Imaging {
-namespace {
-
 // The shuffles run vectorised over blocks of pixels and scalar over the tail: every width from one
 // pixel to several blocks must give the plain result, and the two directions must undo each other.
 TEST(SampleInterleaveTest, RoundTripsEveryWidthAcrossVectorBlocks) {

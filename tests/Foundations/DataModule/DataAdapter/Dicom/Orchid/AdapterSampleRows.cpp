@@ -6,6 +6,11 @@ namespace dm = Lumivale::DataModule;
 
 namespace {
 
+struct SampleText {
+    std::string_view keyword;
+    std::string_view text;
+};
+
 constexpr SampleText kSamples[] = {
     {"PatientName", "Doe^John^Q^Dr^Jr"}, {"PatientID", "ID-42"}, {"IssuerOfPatientID", "Clinic Registry"},
     {"PatientBirthDate", "19700215"}, {"PatientSex", "M"}, {"OtherPatientIDs", "A1\\B2"},
@@ -27,16 +32,14 @@ constexpr SampleText kSamples[] = {
     {"CreatorVersionUID", "1.2.826.0.1.3680043.2.50"}, {"InstanceNumber", "3"},
 };
 
+}  // namespace
+
 std::string_view SampleOf(std::string_view keyword) {
     for (const SampleText& sample : kSamples) {
         if (sample.keyword == keyword) return sample.text;
     }
     return {};
 }
-
-}  // namespace
-
-std::span<const SampleText> SampleTexts() { return kSamples; }
 
 dm::DataRow* ChainRow(const dm::PatientDataSet& set, dm::InstanceDataRow& instance, dm::RowKind kind) {
     dm::SeriesDataRow* series = set.SeriesOf(instance);

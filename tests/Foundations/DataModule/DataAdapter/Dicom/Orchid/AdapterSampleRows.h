@@ -9,14 +9,8 @@
 
 namespace AdapterTesting {
 
-// A sample DICOM text for every named row attribute, by keyword.
-struct SampleText {
-    std::string_view keyword;
-    std::string_view text;
-};
-
-// The sample texts; every row attribute keyword has one.
-std::span<const SampleText> SampleTexts();
+// The sample DICOM text of a named row attribute (every keyword has one), or "".
+std::string_view SampleOf(std::string_view keyword);
 
 // Set every named attribute of the chain's rows to its sample text; false when one is refused.
 bool FillAllNamedAttributes(Lumivale::DataModule::PatientDataSet& set, Lumivale::DataModule::InstanceDataRow& instance);

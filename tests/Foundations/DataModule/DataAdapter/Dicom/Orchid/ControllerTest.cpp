@@ -1,5 +1,4 @@
-// The file data controllers: which class gets which controller, what each one completes, and the
-// printed form of their errors.
+// The file data controllers: which class gets which controller, and what each one completes.
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/DicomFileDataControllerFactory.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/EncapsulatedPDFDicomFileDataController.h"
@@ -118,28 +117,6 @@ TEST(Controllers, DocumentAndImageDefaultsFillOnlyEmptyAttributes) {
     EXPECT_EQ(cr.burned_in_annotation.Value(), "YES");
     EXPECT_EQ(cr.photometric_interpretation.Value(), dm::PhotometricInterpretation::MONOCHROME2);
     EXPECT_FALSE(cr.image_type.IsEmpty());
-}
-
-TEST(ControllerErrors, PrintedDescription) {
-    struct Case {
-        const char* id;
-        dcm::DicomDataControllerError error;
-        const char* indent;
-        std::string expected;
-    };
-    const Case cases[] = {
-        {"short name padded", {0x00100010, dcm::DicomDataControllerErrorCode::MissingAttribute, ""}, "  ",
-         "  (0010,0010)Patient's Name" + std::string(50 - 14, ' ')},
-        {"text quoted", {0x00080018, dcm::DicomDataControllerErrorCode::InvalidValue, "1.2.x"}, "",
-         "(0008,0018)SOP Instance UID" + std::string(50 - 16, ' ') + "\"1.2.x\""},
-        {"long name cut", {0x00041200, dcm::DicomDataControllerErrorCode::MissingAttribute, ""}, "",
-         "(0004,1200)" + std::string(dcm::EntryByTag(0x00041200).name.substr(0, 47)) + "..."},
-    };
-    ASSERT_GT(dcm::EntryByTag(0x00041200).name.size(), 50u);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.id);
-        EXPECT_EQ(c.error.Description(c.indent), c.expected);
-    }
 }
 
 }  // namespace

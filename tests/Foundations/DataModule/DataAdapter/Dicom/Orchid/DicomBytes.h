@@ -81,7 +81,4 @@ inline Bytes SequenceEnd(StreamEncoding enc) { return Cat({TagBytes(enc, 0xFFFE,
 // Length of a byte string as a 32-bit length field value.
 inline std::uint32_t Len(const Bytes& bytes) { return static_cast<std::uint32_t>(bytes.size()); }
 
-// A file: 128-byte preamble, "DICM", then the body.
-inline Bytes WithPreamble(const Bytes& body) { return Cat({Bytes(128, 0), Text("DICM"), body}); }
-
 }  // namespace DicomTestBytes
