@@ -90,20 +90,17 @@ TEST(PackRecord, OutputPath) {
     for (const auto& c : cases) EXPECT_EQ(Parse<PackOperation>(c.words).output.string(), c.expected);
 }
 
+// The CLI suite sees every value take effect; here what it cannot see: a stray word is ignored and the
+// texts are kept as typed.
 TEST(PackRecord, CollectsEveryValue) {
-    const PackRecord record = Parse<PackOperation>({"pack", "stray", "-m", "<orchid/>", "-i", "in.bin", "-r", "1:2:3",
-                                                    "-r", "4:5:6:", "-r", "7:8:9:10", "-M", "io", "-e", " Unicode ",
-                                                    "-t", "t.jpg", "-f", "--hackforbmpacs"});
+    const PackRecord record = Parse<PackOperation>({"pack", "stray", "-m", "<orchid/>", "-i", "in.bin", "-r", "4:5:6:",
+                                                    "-M", "io", "-e", " Unicode ", "-t", "t.jpg"});
     EXPECT_EQ(record.metadata, "<orchid/>");
     EXPECT_EQ(record.input.string(), "in.bin");
-    ASSERT_EQ(record.references.size(), 3u);
-    EXPECT_EQ(record.references[1], (ReferenceRecord{"4", "5", "6", ""}));
-    EXPECT_EQ(record.references[2], (ReferenceRecord{"7", "8", "9", "10"}));
+    EXPECT_EQ(record.references, (std::vector<ReferenceRecord>{{"4", "5", "6", ""}}));
     EXPECT_EQ(record.modality, "io");
     EXPECT_EQ(record.encoding, Lumivale::DataModule::OutputEncoding::unicode);
-    EXPECT_EQ(record.thumbnail->string(), "t.jpg");
-    EXPECT_TRUE(record.force);
-    EXPECT_TRUE(record.hackforbmpacs);
+    EXPECT_FALSE(record.force || record.hackforbmpacs);
 }
 
 TEST(UnpackRecord, OutputTargets) {
