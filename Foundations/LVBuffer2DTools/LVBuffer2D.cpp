@@ -89,11 +89,11 @@ bool LVBuffer2D::Allocate(std::int32_t width, std::int32_t height, unsigned plan
     if (!block_ || blockSize_ != size) {
         block_.reset(new (std::nothrow) std::uint8_t[size]);
         blockSize_ = block_ ? size : 0;
-        if (block_) Portability::AdviseHugePages(block_.get(), size);
         if (!block_) {
             Reset();
             return false;
         }
+        Portability::AdviseHugePages(block_.get(), size);
     }
     info_ = LVBuffer2DInfo{type, width, height};
     lineStride_ = static_cast<std::int64_t>(stride);
