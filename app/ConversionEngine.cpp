@@ -14,6 +14,7 @@
 #include "Foundations/LVCodec/LVImage.h"
 #include "Foundations/LVCodec/icon/IconImageBuilder.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <algorithm>
 #include <utility>
@@ -128,7 +129,7 @@ ConversionResult convert(const ConversionRequest& request) {
 
     CompleteIdentifiers(rows);
     dm::DataAdapterModule::DicomFileDataAdapter adapter;
-    if (!adapter.Write(set, *instance, request.output)) return ConversionResult::output_not_written;
+    if (!adapter.Write(set, *instance, Portability::PathFromUtf8(request.output))) return ConversionResult::output_not_written;
     return ConversionResult::written;
 }
 

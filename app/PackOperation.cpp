@@ -5,6 +5,7 @@
 #include "Foundations/DataModule/Common/TextUtils.h"
 #include "Foundations/DataModule/Enumerations/Modality.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <boost/filesystem/operations.hpp>
 
@@ -47,7 +48,7 @@ Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input) {
                                  std::to_string(size) + " bytes): a DICOM value holds at most " +
                                  std::to_string(kMaxPayloadBytes) + " bytes.");
     }
-    return Lumivale::DataModule::ByteBuffer::OfFileRegion({input.string(), 0, size});
+    return Lumivale::DataModule::ByteBuffer::OfFileRegion({Portability::PathFromUtf8(input.string()), 0, size});
 }
 
 // A modality given on the command line must be one of the defined terms (case and blanks aside).

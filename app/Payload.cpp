@@ -3,6 +3,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
+#include "Portability/Misc/Utf8Path.h"
 
 namespace Dicapsule {
 
@@ -64,7 +65,7 @@ PayloadReadResult read_payload(const std::string& path, bool want_content, Paylo
 
     Lumivale::DataModule::PatientDataSet set;
     Lumivale::DataModule::InstanceDataRow* instance = nullptr;
-    if (!adapter::DicomFileDataAdapter().Read(path, set, options, instance)) return PayloadReadResult::load_failed;
+    if (!adapter::DicomFileDataAdapter().Read(Portability::PathFromUtf8(path), set, options, instance)) return PayloadReadResult::load_failed;
     const auto* raw = dynamic_cast<const Lumivale::DataModule::RawDataDataRow*>(instance);
     if (raw == nullptr) return PayloadReadResult::not_packed;
     return ExtractPayload(raw->custom_data, want_content, facts);

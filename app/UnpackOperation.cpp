@@ -6,8 +6,12 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#ifdef _WIN32
+#include "Portability/Misc/win32/PosixFiles.h"
+#else
 #include <fcntl.h>
 #include <unistd.h>
+#endif
 
 #include <stdexcept>
 

@@ -5,6 +5,13 @@ if(DICAPSULE_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+# Windows builds: wide Win32 calls, no min/max macros, 64-bit file offsets in the C runtime, and
+# mingw's C99 printf family (%zu, %lld) instead of the system C runtime's.
+if(WIN32)
+  add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _FILE_OFFSET_BITS=64
+                          __USE_MINGW_ANSI_STDIO=1)
+endif()
+
 # Warnings are errors in our own code; third-party headers come in as SYSTEM includes.
 function(dicapsule_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Werror)

@@ -1,6 +1,7 @@
 #include "Foundations/LVCodec/ImageFile.h"
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <fstream>
 #include <limits>
@@ -8,7 +9,7 @@
 namespace Lumivale::Imaging {
 
 bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module) {
-    std::ifstream stream(path, std::ios::binary | std::ios::ate);
+    std::ifstream stream(Portability::PathFromUtf8(path), std::ios::binary | std::ios::ate);
     if (!stream) {
         LV_TRACE(module, "Cannot open %s", path.c_str());
         return false;

@@ -8,6 +8,7 @@
 #include "Foundations/LVCodec/png/LVImageCodec_LibPNG.h"
 #include "Foundations/LVCodec/pnm/LVImageCodec_PNM.h"
 #include "Foundations/LVCodec/tiff/LVImageCodec_LibTiff.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <cstdio>
 #include <cstring>
@@ -59,7 +60,7 @@ const LVImageCodec* FindCodecByExtension(std::string_view path) {
 }
 
 const LVImageCodec* FindCodecBySignature(const std::string& path) {
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
+    const std::unique_ptr<std::FILE, FileCloser> file(Portability::OpenUtf8File(path, "rb"));
     if (!file) return nullptr;
     for (const LVImageCodec* const* codec = kRegistry; *codec; ++codec)
         for (const LVImageSignature* s = (*codec)->Signatures(); s && s->length != 0; ++s)

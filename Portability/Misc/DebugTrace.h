@@ -26,7 +26,12 @@ TraceSink SetTraceSink(TraceSink sink);
 void Trace(std::string_view module, std::string_view file, int line, std::string_view text) noexcept;
 
 // printf-style formatting into a std::string, for trace texts written as "%s" templates.
+#ifdef __MINGW32__
+// The C99 formats (%zu, %lld) of mingw's own printf family, not the system C runtime's.
+std::string TraceFormat(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
+#else
 std::string TraceFormat(const char* format, ...) __attribute__((format(printf, 1, 2)));
+#endif
 
 }  // namespace Portability
 

@@ -11,6 +11,7 @@ const char* NativeUtf16IconvName() {
     return std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 }
 
+#ifndef _WIN32  // the Windows conversions are in win32/IconvConverterWin32.cpp
 IconvConverter::IconvConverter(const char* toCode, const char* fromCode)
     : handle_(iconv_open(toCode, fromCode)), toCode_(toCode), fromCode_(fromCode) {}
 
@@ -47,6 +48,7 @@ bool IconvConverter::Convert(std::string_view in, std::string& out) {
     out = std::move(buffer);
     return true;
 }
+#endif
 
 IconvConverter* IconvConverters::Get(const char* toCode, const char* fromCode) {
     for (const auto& converter : converters_) {

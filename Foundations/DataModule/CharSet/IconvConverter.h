@@ -1,7 +1,10 @@
 #pragma once
-// Conversions between UTF-16 text and the byte forms of the DICOM character sets, through glibc iconv.
+// Conversions between UTF-16 text and the byte forms of the DICOM character sets, through glibc iconv
+// (on Windows, through the code-page functions, under the same iconv names).
 
+#ifndef _WIN32
 #include <iconv.h>
+#endif
 
 #include <memory>
 #include <string>
@@ -23,7 +26,11 @@ public:
     IconvConverter& operator=(const IconvConverter&) = delete;
 
     // True when iconv accepted the pair of character sets.
+#ifdef _WIN32
+    bool IsOpen() const { return toCodePage_ != 0 && fromCodePage_ != 0; }
+#else
     bool IsOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+#endif
 
     // Convert one complete text into `out` (replaced). False on an invalid or truncated input
     // sequence and on a character the target set cannot hold: nothing is ever substituted.
@@ -34,7 +41,12 @@ public:
     std::string_view ToCode() const { return toCode_; }
 
 private:
+#ifdef _WIN32
+    unsigned toCodePage_;
+    unsigned fromCodePage_;
+#else
     iconv_t handle_;
+#endif
     std::string toCode_;
     std::string fromCode_;
 };

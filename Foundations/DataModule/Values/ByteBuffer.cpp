@@ -1,6 +1,7 @@
 #include "Foundations/DataModule/Values/ByteBuffer.h"
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <cstring>
 #include <fstream>
@@ -21,7 +22,7 @@ bool ReadFileRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
     if (error || region.offset > file_size || region.length > file_size - region.offset) {
         LV_TRACE("Module DataModule", "File region [%llu, +%llu) is not inside %s",
                  static_cast<unsigned long long>(region.offset), static_cast<unsigned long long>(region.length),
-                 region.path.string().c_str());
+                 Portability::Utf8FromPath(region.path).c_str());
         return false;
     }
     std::ifstream file(region.path, std::ios::binary);
@@ -34,7 +35,7 @@ bool ReadFileRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
     file.seekg(static_cast<std::streamoff>(region.offset));
     file.read(reinterpret_cast<char*>(out.data()), static_cast<std::streamsize>(region.length));
     if (static_cast<std::uint64_t>(file.gcount()) != region.length) {
-        LV_TRACE("Module DataModule", "File region of %s ends early", region.path.string().c_str());
+        LV_TRACE("Module DataModule", "File region of %s ends early", Portability::Utf8FromPath(region.path).c_str());
         out.clear();
         return false;
     }

@@ -82,11 +82,12 @@ bool ValidOffset(std::string_view offset) {
 }  // namespace
 
 date_time CurrentLocalDateTime() {
-    const std::time_t now = std::time(nullptr);
     std::tm local{};
 #ifdef _WIN32
-    localtime_s(&local, &now);
+    const __time64_t now = _time64(nullptr);
+    _localtime64_s(&local, &now);
 #else
+    const std::time_t now = std::time(nullptr);
     localtime_r(&now, &local);
 #endif
     return date_time{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,

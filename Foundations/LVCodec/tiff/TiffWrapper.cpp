@@ -2,6 +2,7 @@
 
 #include "Foundations/LVCodec/ImageFile.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -42,7 +43,11 @@ TiffHandle OpenTiff(const std::string& path) {
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), TraceLibtiffMessage, nullptr);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), TraceLibtiffMessage, nullptr);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMaxSingleAllocation);
+#ifdef _WIN32
+    return TiffHandle(TIFFOpenWExt(Portability::PathFromUtf8(path).c_str(), "r", options.get()));
+#else
     return TiffHandle(TIFFOpenExt(path.c_str(), "r", options.get()));
+#endif
 }
 
 // Number of pages (image file directories) of an open file.

@@ -12,6 +12,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <array>
 #include <utility>
@@ -207,7 +208,7 @@ bool ReadDicomFileIntoRows(const std::filesystem::path& path, PatientDataSet& se
     // that an unwanted value is never read, however short.
     readOptions.keepInFileAbove = options.unwantedCustomDataKeys.empty() ? options.keepInFileAbove : 0;
     if (!dcm::ReadDicomFile(path, dataSet, readOptions)) {
-        LV_TRACE(kModule, "%s cannot be read as a DICOM file", path.c_str());
+        LV_TRACE(kModule, "%s cannot be read as a DICOM file", Portability::Utf8FromPath(path).c_str());
         return false;
     }
     return ReadInstanceDataSet(dataSet, set, options, instance);
@@ -217,7 +218,7 @@ bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& ins
     dcm::DicomDataSet dataSet;
     if (!BuildInstanceDataSet(set, instance, dataSet)) return false;
     if (!dcm::WriteDicomFile(path, dataSet, dcm::StreamEncoding::ExplicitLittleEndian)) {
-        LV_TRACE(kModule, "Writing %s failed", path.c_str());
+        LV_TRACE(kModule, "Writing %s failed", Portability::Utf8FromPath(path).c_str());
         return false;
     }
     return true;

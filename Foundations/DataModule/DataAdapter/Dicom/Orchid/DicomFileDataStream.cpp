@@ -1,8 +1,12 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 
+#ifdef _WIN32
+#include "Portability/Misc/win32/PosixFiles.h"
+#else
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cerrno>
@@ -11,6 +15,7 @@
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 namespace {
@@ -25,15 +30,15 @@ DicomFileDataStream::~DicomFileDataStream() { Close(); }
 bool DicomFileDataStream::OpenForReading(const std::filesystem::path& path) {
     Close();
     source_ = RegionSource::Open(path);
-    if (!source_) LV_TRACE(kModule, "Cannot open %s for reading", path.c_str());
+    if (!source_) LV_TRACE(kModule, "Cannot open %s for reading", Portability::Utf8FromPath(path).c_str());
     return source_ != nullptr;
 }
 
 bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path) {
     Close();
-    writer_.emplace(path.string());
+    writer_.emplace(Portability::Utf8FromPath(path));
     if (writer_->Open()) return true;
-    LV_TRACE(kModule, "Cannot create a temporary file beside %s", path.c_str());
+    LV_TRACE(kModule, "Cannot create a temporary file beside %s", Portability::Utf8FromPath(path).c_str());
     writer_.reset();
     return false;
 }
@@ -137,7 +142,7 @@ bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, con
     DicomDataSetFillCallback fill(dataSet);
     if (!stream.OpenForReading(path)) return false;
     if (ReadFileContent(stream, fill)) return true;
-    LV_TRACE(kModule, "Reading %s stopped at offset %llu", path.c_str(),
+    LV_TRACE(kModule, "Reading %s stopped at offset %llu", Portability::Utf8FromPath(path).c_str(),
              static_cast<unsigned long long>(stream.Position()));
     return false;
 }

@@ -1,13 +1,18 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 
+#ifdef _WIN32
+#include "Portability/Misc/win32/PosixFiles.h"
+#else
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cerrno>
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 namespace {
@@ -75,7 +80,7 @@ bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& o
         SwapUnitsInPlace(chunk.data(), size, region.unitSize);
         if (!out.Write(chunk.data(), static_cast<std::size_t>(size))) {
             LV_TRACE("Module DicomDataStream", "Write failed while copying %llu bytes from %s",
-                     static_cast<unsigned long long>(region.length), region.source->Path().c_str());
+                     static_cast<unsigned long long>(region.length), Portability::Utf8FromPath(region.source->Path()).c_str());
             return false;
         }
         done += size;

@@ -3,6 +3,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/OrchidDataElementCodec.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <string_view>
 #include <variant>
@@ -44,7 +45,8 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeValueElement(const CustomDataValue
     }
     auto source = dcm::RegionSource::Open(region->path);
     if (!source || region->offset > source->Size() || region->length > source->Size() - region->offset) {
-        LV_TRACE(kModule, "Custom data value in %s is not readable for %llu bytes", region->path.c_str(),
+        LV_TRACE(kModule, "Custom data value in %s is not readable for %llu bytes",
+                 Portability::Utf8FromPath(region->path).c_str(),
                  static_cast<unsigned long long>(region->length));
         return nullptr;
     }
