@@ -1,7 +1,7 @@
 """The command line as users meet it: help, usage texts, usage errors, exit statuses."""
 import pytest
 
-from conftest import golden
+from conftest import WINDOWS, golden
 
 GENERAL = golden("general_usage.txt")
 
@@ -62,7 +62,8 @@ def test_operation_usage_errors(run, args, message):
     (["pack", "-m", "m", "-i"], "the required argument for option '--input' is missing"),
     (["unpack", "-i", "x", "--force=yes"], "option '--force' does not take any arguments"),
     (["info", "-i", "x", "-o", "y"], "unrecognised option '-o'"),
-    (["pack", "-m", "m", "-i", b"caf\xe9.bin"], "Cannot decode UTF-8 string."),
+    pytest.param(["pack", "-m", "m", "-i", b"caf\xe9.bin"], "Cannot decode UTF-8 string.",
+                 marks=pytest.mark.skipif(WINDOWS, reason="a UTF-16 command line holds no ill-formed UTF-8")),
 ])
 def test_ordinary_errors_have_no_usage_text(run, args, message):
     result = run(*args)

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#ifdef _WIN32
+#include "Portability/Misc/win32/PosixFiles.h"  // open() by wide path
+#endif
 #include <fcntl.h>
 #include <unistd.h>
 

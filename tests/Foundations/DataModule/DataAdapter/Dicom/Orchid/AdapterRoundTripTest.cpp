@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#ifdef _WIN32
+#include "Portability/Misc/win32/PosixFiles.h"  // open() by wide path
+#endif
 #include <fcntl.h>
 #include <unistd.h>
 
