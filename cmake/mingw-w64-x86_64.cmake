@@ -30,6 +30,10 @@ set(ENV{PKG_CONFIG_LIBDIR} ${DICAPSULE_WIN64_PREFIX}/lib/pkgconfig:${DICAPSULE_W
 set(ENV{PKG_CONFIG_PATH} "")
 set(ENV{PKG_CONFIG_SYSROOT_DIR} "")
 set(PKG_CONFIG_ARGN --static)
+# OpenMP from mingw's static libgomp, so that no DLL has to travel with the executable.
+execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=libgomp.a
+                OUTPUT_VARIABLE _dicapsule_libgomp OUTPUT_STRIP_TRAILING_WHITESPACE)
+set(OpenMP_gomp_LIBRARY ${_dicapsule_libgomp} CACHE FILEPATH "mingw's static libgomp")
 set(Boost_USE_STATIC_LIBS ON)
 set(Boost_USE_STATIC_RUNTIME ON)
 

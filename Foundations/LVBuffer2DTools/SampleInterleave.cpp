@@ -3,7 +3,8 @@
 // These loops run over every sample of a multi-megapixel thumbnail. Stride-3 shuffles only pay off
 // with AVX2 byte permutes, so g++ builds an AVX2 clone beside the baseline one and picks it at load
 // time; this file is compiled with loop vectorisation on (see CMakeLists.txt).
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+// (Windows executables cannot pick a clone at load time: they get the baseline loop.)
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(_WIN32)
 #define LV_SHUFFLE_CLONES __attribute__((target_clones("avx2", "default")))
 #else
 #define LV_SHUFFLE_CLONES

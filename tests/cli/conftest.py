@@ -16,6 +16,8 @@ RUNNER = shlex.split(os.environ.get("DICAPSULE_RUNNER", ""))
 # UTF-16 text, so that no argument can hold bytes that are not UTF-8.
 WINDOWS = os.environ.get("DICAPSULE", "").lower().endswith(".exe")
 PROG = "dicapsule.exe" if WINDOWS else "dicapsule"
+# The separator with which the tool joins a directory and a file name it made up.
+SEP = "\\" if WINDOWS else "/"
 
 
 class Result:

@@ -3,6 +3,7 @@
 #include "Foundations/BufferTools/CopyBlocks.h"
 #include "Foundations/BufferTools/ParallelSwitch.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "TestEnvironment.h"
 
 #include <gtest/gtest.h>
 
@@ -33,7 +34,7 @@ public:
 class BlocksTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        unsetenv("FORCE_DISABLE_BLOCKS_PARALLEL");
+        TestEnvironment::Unset("FORCE_DISABLE_BLOCKS_PARALLEL");
         ResetParallelStateForTests();
         SetProcessorCountFunction([] { return 8; });
         SetSelfTestWorkerFactory({});
@@ -45,7 +46,7 @@ protected:
         Portability::SetTraceSink(previousSink_);
         SetProcessorCountFunction(nullptr);
         SetSelfTestWorkerFactory({});
-        unsetenv("FORCE_DISABLE_BLOCKS_PARALLEL");
+        TestEnvironment::Unset("FORCE_DISABLE_BLOCKS_PARALLEL");
         ResetParallelStateForTests();
     }
     static LVBuffer2D Buffer(std::int32_t width, std::int32_t height) {
@@ -125,9 +126,9 @@ TEST_F(BlocksTest, EnvironmentSwitch) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);
         ResetParallelStateForTests();
-        setenv("FORCE_DISABLE_BLOCKS_PARALLEL", c.value, 1);
+        TestEnvironment::Set("FORCE_DISABLE_BLOCKS_PARALLEL", c.value);
         EXPECT_EQ(IsParallelEnabled(), c.enabled);
-        unsetenv("FORCE_DISABLE_BLOCKS_PARALLEL");
+        TestEnvironment::Unset("FORCE_DISABLE_BLOCKS_PARALLEL");
         EXPECT_EQ(IsParallelEnabled(), c.enabled) << "once off, the switch stays off";
     }
 }

@@ -5,6 +5,7 @@
 #include "Foundations/DataModule/Uid/TestMode.h"
 #include "Foundations/DataModule/Uid/UIDGenerator.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
+#include "TestEnvironment.h"
 
 #include <gtest/gtest.h>
 
@@ -64,7 +65,7 @@ TEST(UidComposition, ProcessWideGeneratorMakesValidUidsUnderTheRoot) {
 
 // The CLI suite turns test mode on with an empty variable; without the variable it is off.
 TEST(TestMode, OffWithoutTheVariable) {
-    ::unsetenv("CONVERTIX_TESTMODE");
+    TestEnvironment::Unset("CONVERTIX_TESTMODE");
     EXPECT_FALSE(IsTestModeOn());
     EXPECT_FALSE(ApplyTestModeIfOn(nullptr, nullptr, nullptr));
 }

@@ -24,7 +24,7 @@ struct CodePageName {
     unsigned codePage;
 };
 
-constexpr std::array<CodePageName, 17> kCodePages = {{
+constexpr std::array<CodePageName, 18> kCodePages = {{
     {"UTF-16LE", kUtf16CodePage},
     {"UTF-8", CP_UTF8},
     {"ASCII", 20127},
@@ -41,6 +41,8 @@ constexpr std::array<CodePageName, 17> kCodePages = {{
     {"EUC-JP", 20932},
     {"EUC-KR", 51949},
     {"GB18030", 54936},
+    // Systems without GB18030 (wine) still have GBK, its two-byte part: text outside it fails.
+    {"GB18030", 936},
     {"EUC-KR", 20949},  // the same Wansung table, on systems without 51949
 }};
 

@@ -1,12 +1,15 @@
 """Files written by the DICOM file adapter, as DCMTK, pydicom and dicom3tools see them."""
 
 import os
+import shlex
 import subprocess
 
 import pydicom
 import pytest
 
 TOOL = os.environ.get("WRITE_SAMPLE_INSTANCE")
+# A cross-built tool runs under the command ctest names (wine for the Windows build).
+RUNNER = shlex.split(os.environ.get("DICAPSULE_RUNNER", ""))
 
 # Warnings of dciodvfy accepted for a packed file, with the reason.
 ACCEPTED_DCIODVFY_WARNINGS = (
@@ -29,7 +32,7 @@ def write(tmp_path, *options):
     if not TOOL:
         pytest.skip("WRITE_SAMPLE_INSTANCE not set")
     out = tmp_path / "packed.dcm"
-    subprocess.run([TOOL, str(out), *options], check=True)
+    subprocess.run([*RUNNER, TOOL, str(out), *options], check=True)
     return out
 
 

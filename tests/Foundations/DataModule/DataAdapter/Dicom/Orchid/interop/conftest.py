@@ -2,6 +2,7 @@
 canonical dumps, and an element-by-element comparison of two pydicom readings."""
 
 import os
+import shlex
 import subprocess
 
 import pydicom
@@ -9,6 +10,8 @@ import pytest
 from pydicom.dataelem import DataElement_from_raw, RawDataElement
 
 TOOL = os.environ.get("DICOM_TREE_TOOL", "")
+# A cross-built tool runs under the command ctest names (wine for the Windows build).
+RUNNER = shlex.split(os.environ.get("DICAPSULE_RUNNER", ""))
 
 # Byte-swapping unit of the VRs whose bytes pydicom hands over unswapped from big-endian files.
 SWAPPED_UNITS = {"OW": 2, "OF": 4, "OL": 4, "OD": 8}
@@ -25,7 +28,7 @@ def run(*args, check=True):
 def tool(*args, check=True):
     if not TOOL:
         pytest.skip("DICOM_TREE_TOOL is not set")
-    return run(TOOL, *args, check=check)
+    return run(*RUNNER, TOOL, *args, check=check)
 
 
 def canonical(path, with_vr=True):
