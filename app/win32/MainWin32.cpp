@@ -13,6 +13,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <locale>
 #include <string>
 #include <vector>
@@ -37,7 +38,10 @@ int wmain(int argc, wchar_t* argv[]) {
     narrow.push_back(nullptr);
 
     const int status = Dicapsule::Main(argc, narrow.data());
-    std::fflush(stdout);
+    std::fflush(nullptr);
     if (consoleCodePage != 0) ::SetConsoleOutputCP(consoleCodePage);
-    return status;
+    // Every file is closed and every stream flushed. The process ends here without the static
+    // destructors: OpenMP's idle workers are still parked in the runtime's pool, and tearing the
+    // runtime down under them has crashed the process at exit (once, under wine, after a thumbnail).
+    std::_Exit(status);
 }

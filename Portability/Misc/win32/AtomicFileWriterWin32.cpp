@@ -41,6 +41,31 @@ std::wstring FileNameOf(const std::wstring& path) {
     return path.substr(DirectoryPrefixOf(path).size());
 }
 
+// The absolute form of a path (ReplaceFileW refuses relative names on some systems).
+std::wstring FullPathOf(const std::wstring& path) {
+    const DWORD needed = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    if (needed == 0) return path;
+    std::wstring full(needed, L'\0');
+    const DWORD length = ::GetFullPathNameW(path.c_str(), needed, full.data(), nullptr);
+    if (length == 0 || length >= needed) return path;
+    full.resize(length);
+    return full;
+}
+
+// Put the finished temporary file in the target's place. An existing target is replaced with
+// ReplaceFileW, which keeps its security descriptor and attributes; where that call fails, a
+// replacing move still gives the new content.
+bool PutInPlace(const std::wstring& temporary, const std::wstring& target) {
+    const DWORD attributes = ::GetFileAttributesW(target.c_str());
+    const bool replacing = attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+    if (replacing && ::ReplaceFileW(target.c_str(), temporary.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS,
+                                    nullptr, nullptr)) {
+        return true;
+    }
+    const DWORD flags = MOVEFILE_WRITE_THROUGH | (replacing ? MOVEFILE_REPLACE_EXISTING : 0);
+    return ::MoveFileExW(temporary.c_str(), target.c_str(), flags) != 0;
+}
+
 bool WriteAll(HANDLE handle, const char* bytes, std::uint64_t size) {
     while (size > 0) {
         const DWORD want = static_cast<DWORD>(std::min<std::uint64_t>(size, kCopyChunk));
@@ -125,11 +150,7 @@ bool AtomicFileWriter::Commit() {
     WideFromUtf8(temporary_, wideTemporary);
     bool placed = flushed && closed && !wideTemporary.empty() && WideFromUtf8(target_, wideTarget);
     if (placed) {
-        const DWORD attributes = ::GetFileAttributesW(wideTarget.c_str());
-        const bool replacing = attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
-        placed = replacing ? ::ReplaceFileW(wideTarget.c_str(), wideTemporary.c_str(), nullptr,
-                                            REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) != 0
-                           : ::MoveFileExW(wideTemporary.c_str(), wideTarget.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
+        placed = PutInPlace(FullPathOf(wideTemporary), FullPathOf(wideTarget));
         if (!placed) {
             LV_TRACE(kModule, "Cannot put the new file in place of %s (error %lu)", target_.c_str(),
                      static_cast<unsigned long>(::GetLastError()));
