@@ -53,8 +53,9 @@ def operation_names(synopses):
 def synopsis_roff(line):
     """"dicapsule pack -i INPUT_FILE [OPTION]..." with the command and options in bold, operands in italics."""
     words = line.split()
-    out = [f"\\fB{roff(' '.join(words[:2]))}\\fR" if words[1].islower() else f"\\fB{PROG}\\fR"]
-    for word in words[1 if not words[1].islower() else 2:]:
+    command = 2 if words[1].islower() else 1  # "dicapsule pack", or "dicapsule" before OPERATION
+    out = [f"\\fB{roff(' '.join(words[:command]))}\\fR"]
+    for word in words[command:]:
         if word.startswith("-"):
             out.append(f"\\fB{roff(word)}\\fR")
         else:
@@ -98,33 +99,23 @@ def parse_options(text):
 def unwrap(physical, width):
     """Undoes the option parser's wrapping: the lines of the help text as declared.
 
-    Two lines belong together when the second word did not fit on the first (the wrap keeps the
-    space, or breaks on it when the line is full) or when the first is full and ends inside a word
-    too long to wrap on a space (its last word fills more than half of the line). Any other line
-    end is a line break of the help text itself."""
-    paragraphs = []
-    current = None
-    for index, line in enumerate(physical):
-        if current is None:
-            current = line
+    Two lines belong together when the first word of the second did not fit on the first (the
+    wrap keeps the space, or breaks on it when the line is full), or when the first is full and
+    ends inside a word too long to wrap on a space (its last word fills more than half of the
+    line). Any other line end is a line break of the help text itself."""
+    declared = [physical[0]]
+    for previous, line in zip(physical, physical[1:]):
+        if previous.endswith(" "):
+            joiner = "" if len(previous) + len(line.split(" ", 1)[0]) > width else None
+        elif len(previous) >= width:
+            joiner = "" if len(previous.rsplit(" ", 1)[-1]) > width // 2 else " "
         else:
-            previous = physical[index - 1]
-            if previous.endswith(" "):
-                word = line.split(" ", 1)[0]
-                wrapped = len(previous) + len(word) > width
-                joiner = "" if wrapped else None
-            elif len(previous) >= width:
-                last_word = previous.rsplit(" ", 1)[-1]
-                joiner = "" if len(last_word) > width // 2 else " "
-            else:
-                joiner = None
-            if joiner is None:
-                paragraphs.append(current.rstrip())
-                current = line
-            else:
-                current += joiner + line
-    paragraphs.append(current.rstrip())
-    return paragraphs
+            joiner = None
+        if joiner is None:
+            declared.append(line)
+        else:
+            declared[-1] += joiner + line
+    return [text.rstrip() for text in declared]
 
 
 def option_roff(names, has_arg, default, physical, width):
