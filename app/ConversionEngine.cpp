@@ -7,7 +7,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
-#include "Foundations/DataModule/Uid/TestMode.h"
+#include "Foundations/DataModule/Rows/TestMode.h"
 #include "Foundations/DataModule/Uid/UIDGenerator.h"
 #include "Foundations/DataModule/Uid/IdentitySource.h"
 #include "Foundations/DataModule/metadata/MetadataReader.h"
