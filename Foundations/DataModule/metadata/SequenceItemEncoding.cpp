@@ -1,6 +1,7 @@
 #include "Foundations/DataModule/metadata/SequenceItemEncoding.h"
 
 #include "Foundations/DataModule/Common/TextUtils.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomEncodingRules.h"
 #include "Foundations/DataModule/metadata/ElementTextCheck.h"
 
 #include <charconv>
@@ -11,14 +12,10 @@ namespace Lumivale::DataModule::DataConverterModule {
 
 namespace {
 
-// VRs with the long explicit header (2 reserved bytes and a 32-bit length).
-bool HasLongHeader(std::string_view vr) {
-    constexpr std::string_view kLong[] = {"OB", "OD", "OF", "OL", "OV", "OW", "SQ", "SV", "UC", "UN", "UR", "UT", "UV"};
-    for (const std::string_view candidate : kLong) {
-        if (candidate == vr) return true;
-    }
-    return false;
-}
+namespace Codec = DataAdapterModule::DicomCodecModule;
+
+// VRs with the long explicit header (2 reserved bytes and a 32-bit length), as the codec writes them.
+bool HasLongHeader(std::string_view vr) { return Codec::HasLongLengthField(Codec::VRFromCode(vr)); }
 
 void PutU16(std::vector<std::uint8_t>& out, std::uint16_t value) {
     out.push_back(static_cast<std::uint8_t>(value & 0xFF));
