@@ -1,7 +1,7 @@
 #include "Foundations/DataModule/metadata/SequenceItemEncoding.h"
 
 #include "Foundations/DataModule/Common/TextUtils.h"
-#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomEncodingRules.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataStream.h"
 #include "Foundations/DataModule/metadata/ElementTextCheck.h"
 
 #include <charconv>
@@ -76,7 +76,11 @@ bool PutElement(std::vector<std::uint8_t>& out, ElementTag tag, std::string_view
     return true;
 }
 
-bool EncodeItem(const DicomXmlItem& item, std::vector<std::uint8_t>& out, std::string& error) {
+bool EncodeItems(const std::vector<DicomXmlItem>& items, unsigned depth, std::vector<std::uint8_t>& out,
+                 std::string& error);
+
+// One item of a sequence nested `depth` levels deep (1 for a top-level sequence).
+bool EncodeItem(const DicomXmlItem& item, unsigned depth, std::vector<std::uint8_t>& out, std::string& error) {
     // Elements are written in tag order whatever the document order; a later one replaces an earlier one.
     std::map<ElementTag, std::pair<std::string, std::vector<std::uint8_t>>> encoded;
     for (const DicomXmlElement& element : item.elements) {
@@ -95,7 +99,7 @@ bool EncodeItem(const DicomXmlItem& item, std::vector<std::uint8_t>& out, std::s
     }
     for (const DicomXmlSequenceElement& sequence : item.sequences) {
         std::vector<std::uint8_t> value;
-        if (!EncodeSequenceItems(sequence.items, value, error)) return false;
+        if (!EncodeItems(sequence.items, depth + 1, value, error)) return false;
         encoded[sequence.tag] = {"SQ", std::move(value)};
     }
     std::vector<std::uint8_t> body;
@@ -113,13 +117,23 @@ bool EncodeItem(const DicomXmlItem& item, std::vector<std::uint8_t>& out, std::s
     return true;
 }
 
+bool EncodeItems(const std::vector<DicomXmlItem>& items, unsigned depth, std::vector<std::uint8_t>& out,
+                 std::string& error) {
+    // Deeper sequences would make a file that no reader of ours (nor several others) accepts.
+    if (depth > Codec::kMaxSequenceDepth) {
+        error = "sequences are nested deeper than " + std::to_string(Codec::kMaxSequenceDepth) + " levels";
+        return false;
+    }
+    for (const DicomXmlItem& item : items) {
+        if (!EncodeItem(item, depth, out, error)) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool EncodeSequenceItems(const std::vector<DicomXmlItem>& items, std::vector<std::uint8_t>& out, std::string& error) {
-    for (const DicomXmlItem& item : items) {
-        if (!EncodeItem(item, out, error)) return false;
-    }
-    return true;
+    return EncodeItems(items, 1, out, error);
 }
 
 }  // namespace Lumivale::DataModule::DataConverterModule

@@ -16,8 +16,9 @@
 
 namespace Lumivale::DataModule::DataConverterModule {
 
-// Encode the items of a sequence; false (reason in error) when a value is not valid for its VR or
-// an element does not fit its length field.
+// Encode the items of a top-level sequence; false (reason in error) when a value is not valid for
+// its VR, an element does not fit its length field, or sequences nest deeper than the file reader
+// accepts (kMaxSequenceDepth levels, this one included).
 bool EncodeSequenceItems(const std::vector<DicomXmlItem>& items, std::vector<std::uint8_t>& out, std::string& error);
 
 }  // namespace Lumivale::DataModule::DataConverterModule
