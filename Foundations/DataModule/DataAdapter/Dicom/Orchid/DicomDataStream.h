@@ -60,6 +60,9 @@ public:
     virtual std::shared_ptr<const RegionSource> ValueSource() const { return nullptr; }
     // Append a file region's bytes, in the unit order of the current encoding.
     virtual bool WriteRegion(const FileRegion& region);
+    // Replace what remains to be read (raw deflate data) by its inflation and go to its first
+    // byte; false when it does not inflate or the stream cannot hold it.
+    virtual bool InflateRemainder() = 0;
 
     // Read elements until the end of the source; false on a malformed input or when the handler stops.
     bool ReadElements(CallbackHandler& handler);

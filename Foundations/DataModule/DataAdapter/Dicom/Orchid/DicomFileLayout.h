@@ -11,11 +11,13 @@ namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 // The data set encoding of a transfer syntax UID: implicit VR LE for "1.2.840.10008.1.2", explicit
 // VR BE for "1.2.840.10008.1.2.2", explicit VR LE for every other UID (trailing NUL/space ignored).
 StreamEncoding EncodingOfTransferSyntax(std::string_view uid) noexcept;
+// True for Deflated Explicit VR Little Endian, "1.2.840.10008.1.2.1.99" (trailing NUL/space ignored).
+bool IsDeflatedTransferSyntax(std::string_view uid) noexcept;
 // The encoding named by the data set's (0002,0010); explicit VR little endian without one.
 StreamEncoding EncodingOfDataSet(const DicomDataSet& dataSet);
 
 // Read the preamble and meta group (handing meta elements to handler) and leave the stream at the
-// data set in its encoding. Files without preamble must start with group 0x0002 or 0x0008; a bare
+// data set in its encoding; a deflated data set is inflated first. Files without preamble must start with group 0x0002 or 0x0008; a bare
 // data set is explicit VR little endian when its first element carries a VR, implicit otherwise.
 bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& handler);
 // Read a whole file: header, then every element of the data set.
