@@ -131,6 +131,15 @@ bool WriteFileHeader(DicomDataStream& stream, const DicomDataSet& dataSet) {
 }
 
 bool WriteFileContent(DicomDataStream& stream, const DicomDataSet& dataSet) {
+    // The writer does not deflate: a data set that names the deflated syntax (one read from such
+    // a file) would be written as a file that claims what it is not.
+    const DicomDataSetElement* syntax = dataSet.Find(Tag::TransferSyntaxUID);
+    std::vector<std::uint8_t> uid;
+    if (syntax && syntax->value.Load(uid) &&
+        IsDeflatedTransferSyntax(std::string_view(reinterpret_cast<const char*>(uid.data()), uid.size()))) {
+        LV_TRACE(kModule, "%s", "A data set of the deflated transfer syntax cannot be written");
+        return false;
+    }
     if (!WriteFileHeader(stream, dataSet)) return false;
     for (const auto& [tag, node] : dataSet) {
         if (!IsMetaNode(*node) && !stream.WriteNode(*node)) return false;

@@ -26,7 +26,8 @@ bool ReadFileContent(DicomDataStream& stream, DicomDataStream::CallbackHandler& 
 // Write the preamble, "DICM" and the group 0x0002 elements in explicit VR little endian, when the
 // data set holds group 0x0002; (0002,0000) is written with the byte count of the group's other elements.
 bool WriteFileHeader(DicomDataStream& stream, const DicomDataSet& dataSet);
-// Write a whole file: header, then the other elements in the stream's configured encoding.
+// Write a whole file: header, then the other elements in the stream's configured encoding. A data
+// set whose (0002,0010) names the deflated syntax is refused: the writer does not deflate.
 bool WriteFileContent(DicomDataStream& stream, const DicomDataSet& dataSet);
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule
