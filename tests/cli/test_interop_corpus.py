@@ -304,3 +304,31 @@ def test_laterality_only_where_the_body_part_may_be_paired(run, tmp_path, body_p
     ds = pydicom.dcmread(pack_from(run, tmp_path, document))
     assert ds.get("Laterality") == laterality
     assert not dciodvfy_errors(tmp_path / "out.dcm")
+
+
+def peak_rss_mib(command, tmp_path):
+    """Peak resident set size of a command in MiB, as /usr/bin/time reports it (a child of this
+    process would count the test's own memory, which fork hands on)."""
+    if not shutil.which("time"):
+        pytest.skip("GNU time is not installed")
+    report = tmp_path / "time.txt"
+    result = subprocess.run([shutil.which("time"), "-f", "%M", "-o", str(report), *command], capture_output=True)
+    assert result.returncode == 0, result.stderr
+    return int(report.read_text().split()[-1]) / 1024
+
+
+def test_deflated_unpack_streams_the_payload(run, tool, tmp_path):
+    if not shutil.which("dcmconv"):
+        pytest.skip("dcmconv is not installed")
+    size = 48 << 20
+    (tmp_path / "big.bin").write_bytes(bytes(range(251)) * (size // 251))
+    source = save(new_source(), tmp_path / "source.dcm")
+    assert run("pack", "-i", "big.bin", "-m", str(source), "-o", "plain.dcm").status == 0
+    subprocess.run(["dcmconv", "+td", str(tmp_path / "plain.dcm"), str(tmp_path / "deflated.dcm")], check=True)
+    peaks = {}
+    for name in ("plain", "deflated"):
+        out = tmp_path / f"{name}.bin"
+        peaks[name] = peak_rss_mib([tool, "unpack", "-i", str(tmp_path / f"{name}.dcm"), "-o", str(out)], tmp_path)
+        assert out.stat().st_size == (tmp_path / "big.bin").stat().st_size
+    # The payload is never held whole: both stay far below its 48 MiB.
+    assert peaks["deflated"] < 24 and peaks["plain"] < 24, peaks

@@ -53,7 +53,9 @@ std::shared_ptr<RegionSource> RegionSource::OpenTemporary() {
         if (descriptor >= 0) ::unlink(pattern.c_str());
     }
     if (descriptor < 0) return nullptr;
-    return std::shared_ptr<RegionSource>(new RegionSource(folder / "(inflated data set)", descriptor, 0));
+    // The file has no name; this process reaches it again through its descriptor.
+    const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+    return std::shared_ptr<RegionSource>(new RegionSource(path, descriptor, 0));
 }
 
 bool RegionSource::Append(const std::uint8_t* data, std::size_t size) {

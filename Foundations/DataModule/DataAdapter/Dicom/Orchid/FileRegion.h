@@ -17,7 +17,8 @@ public:
     // Open path for reading; null when it cannot be opened.
     static std::shared_ptr<RegionSource> Open(const std::filesystem::path& path);
     // An empty unnamed file in the temporary directory, removed when closed; filled with Append
-    // before values refer to it. Null when none can be made.
+    // before values refer to it. Its Path() reaches it through /proc/self/fd while it is open.
+    // Null when none can be made.
     static std::shared_ptr<RegionSource> OpenTemporary();
     ~RegionSource();
     RegionSource(const RegionSource&) = delete;
