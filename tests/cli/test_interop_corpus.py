@@ -217,7 +217,7 @@ def test_packed_file_modified_by_dcmodify_still_unpacks(run, tmp_path, change):
 
 
 # Edition documents: each VR text can carry, at top level and inside a sequence item.
-TEXT_VRS = [e for e in VR_ELEMENTS if isinstance(e[2], str) or e[0] in ("FD", "FL", "SL", "SS", "UL", "US")]
+TEXT_VRS = [e for e in VR_ELEMENTS if isinstance(e[2], str) or e[0] in ("FD", "FL", "SL", "SS", "SV", "UL", "US", "UV")]
 
 
 def element_xml(tag, vr, value):

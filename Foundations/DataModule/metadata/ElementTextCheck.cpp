@@ -19,7 +19,7 @@ namespace Lumivale::DataModule::DataConverterModule {
 namespace {
 
 // How a VR's values are checked.
-enum class Check { Text, CodeString, Age, Date, Time, DateTime, Decimal, Integer, Uid, PersonName, Binary };
+enum class Check { Text, CodeString, Age, Date, Time, DateTime, Decimal, Integer, Uid, PersonName, Binary, Binary64 };
 
 namespace Codec = DataAdapterModule::DicomCodecModule;
 
@@ -58,6 +58,9 @@ constexpr TextVr kTextVrs[] = {
     {"SL", true, false, Check::Binary, -2147483648.0, 2147483647},
     {"FL", true, false, Check::Binary, -std::numeric_limits<float>::max(), std::numeric_limits<float>::max()},
     {"FD", true, false, Check::Binary, -std::numeric_limits<double>::max(), std::numeric_limits<double>::max()},
+    // 64-bit integers: checked exactly, beyond the precision of a double.
+    {"SV", true, false, Check::Binary64, -1, 0},
+    {"UV", true, false, Check::Binary64, 0, 0},
 };
 
 // Characters a value of the VR may hold, 0 for no limit. A person name's limit is per component
@@ -119,6 +122,21 @@ bool IsInRange(std::string_view text, double min, double max) {
     return max > 4294967295.0 || std::floor(value) == value;
 }
 
+// A whole number that fits a signed or unsigned 64-bit integer.
+bool IsInteger64(std::string_view text, bool is_signed) {
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    const char* end = text.data() + text.size();
+    std::from_chars_result result{};
+    if (is_signed) {
+        std::int64_t value = 0;
+        result = std::from_chars(text.data(), end, value);
+    } else {
+        std::uint64_t value = 0;
+        result = std::from_chars(text.data(), end, value);
+    }
+    return !text.empty() && result.ec == std::errc{} && result.ptr == end;
+}
+
 bool IsValidPersonName(std::string_view value) {
     const std::vector<std::string> groups = SplitKeepingEmpty(value, '=');
     if (groups.size() > 3) return false;
@@ -130,6 +148,7 @@ bool IsValidPersonName(std::string_view value) {
 
 bool IsValidValue(const TextVr& rule, std::string_view value) {
     if (rule.check == Check::Binary) return IsInRange(TrimBlanks(value), rule.min, rule.max);
+    if (rule.check == Check::Binary64) return IsInteger64(TrimBlanks(value), rule.min < 0);
     if (HasForbiddenControl(value, rule.free_text)) return false;
     const std::size_t max_characters = MaxCharacters(rule.vr);
     if (max_characters != 0 && CountCharacters(value) > max_characters) return false;
@@ -151,7 +170,8 @@ bool IsValidValue(const TextVr& rule, std::string_view value) {
         case Check::Integer: return IsSignedDigits(trimmed) && IsInRange(trimmed, -2147483648.0, 2147483647.0);
         case Check::Uid: return IsValidUid(trimmed);
         case Check::PersonName: return IsValidPersonName(value);
-        case Check::Binary: break;
+        case Check::Binary:
+        case Check::Binary64: break;
     }
     return false;
 }
@@ -162,7 +182,7 @@ bool IsTextualVr(std::string_view vr) noexcept { return FindTextVr(vr) != nullpt
 
 bool IsBinaryNumberVr(std::string_view vr) noexcept {
     const TextVr* rule = FindTextVr(vr);
-    return rule != nullptr && rule->check == Check::Binary;
+    return rule != nullptr && (rule->check == Check::Binary || rule->check == Check::Binary64);
 }
 
 bool IsValidElementText(std::string_view vr, std::string_view text) {

@@ -40,6 +40,19 @@ std::vector<std::uint8_t> BinaryNumbers(std::string_view vr, std::string_view te
     for (const std::string& field : SplitKeepingEmpty(text, '\\')) {
         std::string_view number = TrimBlanks(field);
         if (!number.empty() && number.front() == '+') number.remove_prefix(1);
+        if (vr == "SV" || vr == "UV") {  // exact: a double cannot hold every 64-bit integer
+            const char* end = number.data() + number.size();
+            if (vr == "SV") {
+                std::int64_t exact = 0;
+                std::from_chars(number.data(), end, exact);
+                PutBinary(bytes, exact);
+            } else {
+                std::uint64_t exact = 0;
+                std::from_chars(number.data(), end, exact);
+                PutBinary(bytes, exact);
+            }
+            continue;
+        }
         double value = 0;
         std::from_chars(number.data(), number.data() + number.size(), value);
         if (vr == "US") PutBinary(bytes, static_cast<std::uint16_t>(value));

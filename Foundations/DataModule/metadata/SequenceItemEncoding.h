@@ -5,8 +5,8 @@
 // Layout: for each item, the item tag (FFFE,E000) and its defined length, then its elements in
 // ascending tag order, each with its explicit VR header and defined length (nested sequences the
 // same way). Text values are UTF-8 (the writer re-encodes them in the output character set),
-// padded to even length with a space (UI: with a NUL). US, SS, UL, SL, FL and FD values are
-// binary little endian.
+// padded to even length with a space (UI: with a NUL). US, SS, UL, SL, FL, FD, SV and UV values
+// are binary little endian.
 
 #include "Foundations/DataModule/metadata/DicomXmlDataSet.h"
 
