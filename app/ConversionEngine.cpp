@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <variant>
 
 namespace Dicapsule {
 
@@ -58,7 +59,22 @@ bool HasNonAscii(std::string_view text) {
     return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
-// True when some named attribute of the rows holds text beyond ASCII.
+// True when an extra element holds text beyond ASCII, directly or in the items of a sequence (whose
+// stored text is UTF-8; a byte above 0x7F there may also be part of a binary number, and then
+// UTF-8 is declared without need, which does no harm).
+bool ExtrasNeedMoreThanAscii(const dm::ExtraElementList& extras) {
+    for (const auto& [tag, extra] : extras) {
+        if (const auto* text = std::get_if<std::string>(&extra.value)) {
+            if (HasNonAscii(*text)) return true;
+        } else if (extra.vr == "SQ") {
+            const auto& bytes = std::get<std::vector<std::uint8_t>>(extra.value);
+            if (std::any_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte >= 0x80; })) return true;
+        }
+    }
+    return false;
+}
+
+// True when some named attribute or extra element of the rows holds text beyond ASCII.
 bool RowsNeedMoreThanAscii(const dm::MetadataRows& rows) {
     const std::pair<dm::RowKind, const dm::DataRow*> scopes[] = {
         {dm::RowKind::Patient, rows.patient}, {dm::RowKind::Study, rows.study}, {dm::RowKind::Series, rows.series},
@@ -68,6 +84,7 @@ bool RowsNeedMoreThanAscii(const dm::MetadataRows& rows) {
             const std::optional<std::string> text = attribute.get(*row);
             if (text && HasNonAscii(*text)) return true;
         }
+        if (ExtrasNeedMoreThanAscii(row->extra_elements)) return true;
     }
     return false;
 }

@@ -42,6 +42,21 @@ bool ReadWholeFile(const std::filesystem::path& path, std::string& text) {
     return !file.bad();
 }
 
+// The source's Specific Character Set as the output's default, without the terms this program
+// cannot write: text was read past them (as the default repertoire), and the output then takes
+// the set its text needs. An unknown first value drops the whole declaration.
+MultiCharSetDataType OutputCharSetOf(const MultiCharSetDataType& source) {
+    MultiCharSetDataType usable = source;
+    for (std::size_t position = 0; position < source.Count(); ++position) {
+        if (source.IsEmpty(position) || source.Get(position) != CharSet::Unknown) continue;
+        LV_TRACE(kTraceModule, "Specific Character Set value %zu of the DICOM source is unknown and not carried over",
+                 position);
+        if (position == 0) return MultiCharSetDataType();
+        usable.Clear(position);
+    }
+    return usable;
+}
+
 // Writes an operation element back to text the way the edition applier reads it.
 std::string OperationText(const pugi::xml_node& operation) {
     std::ostringstream text;
@@ -78,7 +93,7 @@ bool BuildRowsFromDicomSource(PatientDataSet& set, const PatientDataSet& source,
     InstanceDataRow& instance = set.AddInstance(instance_class);
     instance.sop_instance_uid.Set(GenerateUid(UidKind::Instance));
     instance.creation_date_time.Set(stamp);
-    if (source_instance) instance.specific_character_set = source_instance->specific_character_set;
+    if (source_instance) instance.specific_character_set = OutputCharSetOf(source_instance->specific_character_set);
     if (!set.Link(patient, study) || !set.Link(study, series) || !set.Link(series, equipment) ||
         !set.Link(series, instance)) {
         return Fail("the new rows could not be linked", "");

@@ -93,10 +93,24 @@ bool InsertSopCommon(dcm::DicomDataSet& dataSet, const InstanceDataRow& instance
     return sopClass && dataSet.Insert(std::move(sopClass));
 }
 
-// The series Laterality is asked for when no Body Part Examined says the part is unpaired.
-void InsertLateralityWhenUnknown(dcm::DicomDataSet& dataSet, const RowChain& chain) {
+// True for the body parts that come in pairs, whose side the series must state.
+bool IsPairedBodyPart(BodyPart::Enum part) noexcept {
+    switch (part) {
+        case BodyPart::ANKLE: case BodyPart::ARM: case BodyPart::BREAST: case BodyPart::CLAVICLE:
+        case BodyPart::ELBOW: case BodyPart::EXTREMITY: case BodyPart::FOOT: case BodyPart::HAND:
+        case BodyPart::HIP: case BodyPart::KNEE: case BodyPart::LEG: case BodyPart::SHOULDER:
+        case BodyPart::TMJ: return true;
+        default: return false;
+    }
+}
+
+// Laterality (0020,0060) is Type 2C: required, empty when the side is unknown, for a paired body
+// part. A body part known to be unpaired needs none, and an empty one there would be wrong. With
+// no body part examined the side is unknown and validators require the attribute, so it stays.
+void InsertLateralityWhenRequired(dcm::DicomDataSet& dataSet, const RowChain& chain) {
     const bool bodyPartKnown = chain.series && chain.series->body_part_examined.IsSet();
-    if (!bodyPartKnown && !dataSet.Find(Tag::Laterality)) {
+    const bool required = !bodyPartKnown || IsPairedBodyPart(chain.series->body_part_examined.Value());
+    if (required && !dataSet.Find(Tag::Laterality)) {
         const std::uint32_t tag = TagNumber(Tag::Laterality);
         dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), VR::CS));
     }
@@ -157,7 +171,7 @@ bool BuildInstanceDataSet(const PatientDataSet& set, InstanceDataRow& instance, 
     const MultiCharSetDataType& charset = instance.specific_character_set;
     if (!InsertRows(dataSet, chain, instance, charset)) return false;
     InsertMissingRequiredAttributes(dataSet);
-    InsertLateralityWhenUnknown(dataSet, chain);
+    InsertLateralityWhenRequired(dataSet, chain);
     if (!InsertSopCommon(dataSet, instance, charset) || !InsertInstanceParts(dataSet, instance, charset)) return false;
     InsertPrivateCreatorWhenNeeded(dataSet);
     if (!InsertFileMetaInformation(dataSet, instance)) {

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Inflate.h"
 #include "Portability/Misc/DebugTrace.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -127,6 +128,33 @@ bool DicomFileDataStream::WriteRegion(const FileRegion& region) {
     const bool swap = region.bigEndian != bigEndian && region.unitSize > 1;
     if (!CopyRegionToFile(region, *writer_, swap)) return false;
     position_ += region.length;
+    return true;
+}
+
+bool DicomFileDataStream::InflateRemainder() {
+    if (!source_) return false;
+    std::shared_ptr<RegionSource> inflated = RegionSource::OpenTemporary();
+    if (!inflated) {
+        LV_TRACE(kModule, "%s", "No temporary file for the inflated data set");
+        return false;
+    }
+    std::uint64_t at = position_;
+    const auto input = [&](std::uint8_t* data, std::size_t size) -> std::size_t {
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, source_->Size() - at));
+        for (std::size_t done = 0; done < count;) {
+            const ssize_t got = ::pread(source_->Descriptor(), data + done, count - done, static_cast<off_t>(at + done));
+            if (got < 0 && errno == EINTR) continue;
+            if (got <= 0) return 0;
+            done += static_cast<std::size_t>(got);
+        }
+        at += count;
+        return count;
+    };
+    const auto output = [&](const std::uint8_t* data, std::size_t size) { return inflated->Append(data, size); };
+    if (!InflateRawDeflate(input, output)) return false;
+    source_ = std::move(inflated);
+    buffer_.clear();
+    bufferStart_ = position_ = 0;
     return true;
 }
 

@@ -42,6 +42,8 @@ public:
     std::uint64_t Size() const override;
     std::shared_ptr<const RegionSource> ValueSource() const override { return source_; }
     bool WriteRegion(const FileRegion& region) override;
+    // Inflates into an unnamed temporary file, which values left in the file then refer to.
+    bool InflateRemainder() override;
 
 private:
     bool Flush();

@@ -48,7 +48,7 @@ TEST(DataStreamRead, LengthFieldRules) {
     const Case cases[] = {
         {"UT zero field then 32-bit", Cat({TagBytes(kExplicit, 0x0018, 0x1030), Text("UT"), Bytes{0, 0},
                                             Number(kExplicit, 4, 4), Text("FOUR")}), 4, "FOUR"},
-        {"OD has a 16-bit length", Cat({TagBytes(kExplicit, 0x0070, 0x1A07), Text("OD"), Number(kExplicit, 8, 2),
+        {"OD with a 16-bit length tolerated", Cat({TagBytes(kExplicit, 0x0070, 0x1A07), Text("OD"), Number(kExplicit, 8, 2),
                                          Text("12345678")}), 8, "12345678"},
     };
     for (const Case& c : cases) {
