@@ -84,12 +84,7 @@ def test_names_up_to_the_file_system_limit(run, tmp_path, length):
     assert (tmp_path / ("o" * length)).read_bytes() == b"long name payload"
 
 
-FORCED = [
-    ("pack-0600", "pack", 0o600),
-    ("pack-0640", "pack", 0o640),
-    ("unpack-0600", "unpack", 0o600),
-    ("unpack-0751", "unpack", 0o751),
-]
+FORCED = [("pack-0600", "pack", 0o600), ("unpack-0751", "unpack", 0o751)]
 
 
 @pytest.mark.parametrize("operation,mode", [c[1:] for c in FORCED], ids=[c[0] for c in FORCED])
@@ -105,18 +100,6 @@ def test_force_keeps_the_replaced_files_mode_and_owner(run, tmp_path, operation,
     info = os.stat(target)
     assert (stat.S_IMODE(info.st_mode), info.st_uid, info.st_gid) == (mode, 1234, 5678)
     assert target.read_bytes() != b"old"
-
-
-@pytest.mark.parametrize("operation", ["pack", "unpack"])
-def test_force_replaces_a_symbolic_link_without_following_it(run, tmp_path, operation):
-    (tmp_path / "a.pdf").write_bytes(b"payload")
-    assert run(*pack_args("a.pdf", "a.dcm")).status == 0
-    (tmp_path / "victim").write_bytes(b"untouched")
-    (tmp_path / "link").symlink_to("victim")
-    args = pack_args("a.pdf", "link", "-f") if operation == "pack" else ["unpack", "-i", "a.dcm", "-o", "link", "-f"]
-    assert run(*args).status == 0
-    assert not (tmp_path / "link").is_symlink()
-    assert (tmp_path / "victim").read_bytes() == b"untouched"
 
 
 @pytest.fixture
@@ -207,9 +190,7 @@ def test_info_prints_hundreds_of_references_and_the_whole_command_line(run, tmp_
 
 STORED_NAMES = [
     ("control-characters", "c\x01\x1f\x7f.bin", "c\ufffd\ufffd\x7f.bin"),
-    ("tab-and-line-feed", "t\t\n.bin", "t\t\n.bin"),
     ("invalid-utf8", b"\xff\xc3(\xed\xa0\x80.bin", "\ufffd\ufffd(\ufffd\ufffd\ufffd.bin"),
-    ("non-characters", "\ufffe\uffff.bin", "\ufffd\ufffd.bin"),
     ("markup", 'a<b>&"c\'.bin', 'a<b>&"c\'.bin'),
 ]
 
@@ -244,8 +225,9 @@ HOSTILE = [
     ("100000-plain-levels", DOCUMENT.format(EDITION.format(
         '<String Name="StudyID" Value="1">' + nested(100000, "<x>", "</x>") + "</String>")), 0),
     ("64-sequences", DOCUMENT.format(EDITION.format(nested(64, *SEQUENCE))), 0),
-    ("text-and-elements-to-the-cap", DOCUMENT.format("<a/>x" * ((2 << 20) // 5 - 20)), 0),
-    ("beyond-the-cap", DOCUMENT.format(" " * (2 << 20)), 1),
+    ("65-sequences", DOCUMENT.format(EDITION.format(nested(65, *SEQUENCE))), 1),
+    ("text-and-elements-at-the-cap", DOCUMENT.format("<a/>x" * ((2 << 20) // 5 - 20)).ljust(2 << 20), 0),
+    ("one-byte-beyond-the-cap", DOCUMENT.format("").ljust((2 << 20) + 1), 1),
 ]
 
 

@@ -125,21 +125,6 @@ TEST_F(AtomicFileWriterTest, ExistingTargetsAreReplacedOrRefusedAtTheLastStep) {
     ::umask(old_mask);
 }
 
-TEST_F(AtomicFileWriterTest, NamesAsLongAsTheFileSystemAllows) {
-    for (const std::size_t length : {1u, 10u, 248u, 255u}) {
-        SCOPED_TRACE(length);
-        const fs::path target = directory_ / std::string(length, 'n');
-        for (const ExistingTarget existing : {ExistingTarget::refuse, ExistingTarget::replace}) {
-            AtomicFileWriter writer(target.string(), existing);
-            ASSERT_TRUE(writer.Open());
-            ASSERT_TRUE(writer.Write("x", 1));
-            EXPECT_TRUE(writer.Commit());  // refused first (nothing there), then replaced
-        }
-        EXPECT_EQ(Read(target), "x");
-        fs::remove(target);
-    }
-}
-
 // A child arms a file and is interrupted: the file goes, and the signal still ends the child.
 TEST_F(AtomicFileWriterTest, InterruptionRemovesArmedFiles) {
     for (const int signal_number : {SIGINT, SIGTERM, SIGHUP}) {

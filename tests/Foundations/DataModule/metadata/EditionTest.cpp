@@ -180,44 +180,6 @@ TEST(EditionDocument, EditorRefusesInstancesItCannotEdit) {
     EXPECT_FALSE(editor.ApplyEdition(set, loose, Edition("Patient", "")));
 }
 
-std::string NestedSequences(int depth) {
-    std::string text;
-    for (int i = 0; i < depth; ++i) text += R"x(<Sequence Name="RequestAttributesSequence"><Item>)x";
-    text += R"x(<String Name="RequestedProcedureID" Value="deep"/>)x";
-    for (int i = 0; i < depth; ++i) text += "</Item></Sequence>";
-    return text;
-}
-
-// Sequences nest as deep as the DICOM reader reads back and no deeper; other nesting costs only
-// its size; a document beyond the size cap is not parsed at all.
-TEST(EditionDocument, DepthAndSizeLimits) {
-    std::string plain;
-    for (int i = 0; i < 100000; ++i) plain += "<a>";
-    for (int i = 0; i < 100000; ++i) plain += "</a>";
-    const std::string small = Document(Edition("Patient", R"x(<String Name="PatientID" Value="x"/>)x"));
-    const std::size_t cap = 2u << 20;
-    const struct Case {
-        const char* id;
-        std::string document;
-        bool loads;
-    } cases[] = {
-        {"64 sequences", Document(Edition("Study", NestedSequences(64))), true},
-        {"65 sequences", Document(Edition("Study", NestedSequences(65))), false},
-        {"16000 sequences", Document(Edition("Study", NestedSequences(16000))), false},
-        {"plain nesting under a value", Document(Edition("Patient", R"x(<String Name="PatientID" Value="x">)x" + plain +
-                                                                        "</String>")), true},
-        {"plain nesting around operations", Document(plain + Edition("Patient", "")), true},
-        {"at the size cap", small + std::string(cap - small.size(), ' '), true},
-        {"beyond the size cap", small + std::string(cap - small.size() + 1, ' '), false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.id);
-        PatientDataSet set;
-        MetadataRows rows;
-        EXPECT_EQ(BuildRowsFromEditionDocument(set, c.document, kStamp, SOPClass::RawData, rows), c.loads);
-    }
-}
-
 // The CLI suite gives documents as files and as text, and names missing files; here the edge cases.
 TEST(EditionDocument, EmptyDocumentLoadsAndTextThatIsNotUtf8Fails) {
     PatientDataSet set;
