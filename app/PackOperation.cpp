@@ -23,10 +23,11 @@ constexpr const char* kProductVersion = "2.0.10";
 
 namespace fs = boost::filesystem;
 
-// True when something (file, directory, anything) already answers to path.
-bool Exists(const fs::path& path) {
+// True when something (file, directory, anything) already answers to path; a symbolic link is
+// followed unless told otherwise.
+bool Exists(const fs::path& path, bool follow = true) {
     boost::system::error_code error;
-    const fs::file_type type = fs::status(path, error).type();
+    const fs::file_type type = (follow ? fs::status(path, error) : fs::symlink_status(path, error)).type();
     return type != fs::status_unknown && type != fs::file_not_found;
 }
 
@@ -130,8 +131,9 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     request.replace_existing = record.force;
 
     const ConversionResult result = convert(request);
-    // Without --force the write refuses an output that appeared since the check above.
-    if (result == ConversionResult::output_not_written && !record.force && Exists(record.output)) {
+    // Without --force the write refuses whatever took the name since the check above (a dangling
+    // symbolic link included, which that check follows and cannot see).
+    if (result == ConversionResult::output_not_written && !record.force && Exists(record.output, false)) {
         throw std::runtime_error(AlreadyExists(record.output));
     }
     if (result != ConversionResult::written) throw std::runtime_error(ResultMessage(result, request));

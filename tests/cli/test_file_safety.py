@@ -37,6 +37,17 @@ def test_parallel_packs_without_force_exactly_one_wins(tool, tmp_path):
     assert listing(tmp_path) == ["a.dcm", "a.pdf"]
 
 
+@pytest.mark.parametrize("operation", ["pack", "unpack"])
+def test_a_dangling_symbolic_link_is_never_followed_without_force(run, tmp_path, operation):
+    (tmp_path / "a.pdf").write_bytes(b"payload")
+    assert run(*pack_args()).status == 0
+    (tmp_path / "link").symlink_to("nowhere")
+    args = pack_args("a.pdf", "link") if operation == "pack" else ["unpack", "-i", "a.dcm", "-o", "link"]
+    result = run(*args)
+    assert (result.status, result.err) == (1, "Error: " + ALREADY.format("link") + "\n")
+    assert not (tmp_path / "nowhere").exists()
+
+
 def temporary_output_is_open(pid, directory):
     """True once the process holds a file of `directory` that has no name (the output being written)."""
     try:
