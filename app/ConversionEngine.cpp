@@ -145,7 +145,8 @@ ConversionResult convert(const ConversionRequest& request) {
 
     CompleteIdentifiers(rows);
     dm::DataAdapterModule::DicomFileDataAdapter adapter;
-    if (!adapter.Write(set, *instance, request.output)) return ConversionResult::output_not_written;
+    const auto existing = request.replace_existing ? Portability::ExistingTarget::replace : Portability::ExistingTarget::refuse;
+    if (!adapter.Write(set, *instance, request.output, existing)) return ConversionResult::output_not_written;
     return ConversionResult::written;
 }
 

@@ -11,7 +11,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <system_error>
 
 namespace Lumivale::DataModule {
@@ -20,8 +19,9 @@ namespace {
 
 constexpr const char* kTraceModule = "Module MetadataReader";
 
-// A metadata document is small; anything larger is not one.
-constexpr std::uintmax_t kMaxDocumentSize = 64ull * 1024 * 1024;
+// A metadata document is a few kilobytes. The cap bounds what a hostile one costs: the parsed
+// tree takes up to about 26 times the text (two nodes per "<a/>x"), so 2 MiB stays near 55 MB.
+constexpr std::uintmax_t kMaxDocumentSize = 2ull * 1024 * 1024;
 
 bool Fail(const char* reason, const std::string& source) {
     LV_TRACE(kTraceModule, "Metadata not loaded (%s): %s", reason, source.c_str());
@@ -55,13 +55,6 @@ MultiCharSetDataType OutputCharSetOf(const MultiCharSetDataType& source) {
         usable.Clear(position);
     }
     return usable;
-}
-
-// Writes an operation element back to text the way the edition applier reads it.
-std::string OperationText(const pugi::xml_node& operation) {
-    std::ostringstream text;
-    operation.print(text, "\t");
-    return text.str();
 }
 
 }  // namespace
@@ -121,6 +114,7 @@ bool BuildRowsFromEditionDocument(PatientDataSet& set, std::string_view document
     }
     rows = {&patient, &study, &series, &equipment, &instance};
 
+    if (document_text.size() > kMaxDocumentSize) return Fail("the document is larger than the size cap", "");
     pugi::xml_document document;
     const pugi::xml_parse_result parsed = document.load_buffer(document_text.data(), document_text.size());
     if (!parsed) {
@@ -135,7 +129,8 @@ bool BuildRowsFromEditionDocument(PatientDataSet& set, std::string_view document
     for (pugi::xml_node operation = root.child("operations").child("operation"); operation;
          operation = operation.next_sibling("operation"), ++index) {
         if (std::string_view(operation.attribute("type").value()) != "edition") continue;
-        if (!editor.ApplyEdition(set, instance, OperationText(operation))) {
+        // Read in place: printing the element back to text first would cost the square of its depth.
+        if (!editor.ApplyOperation(set, instance, operation)) {
             LV_TRACE(kTraceModule, "Edition operation %d refused: %s", index, editor.error().c_str());
             return false;
         }

@@ -227,10 +227,11 @@ bool ReadDicomFileIntoRows(const std::filesystem::path& path, PatientDataSet& se
     return ReadInstanceDataSet(dataSet, set, options, instance);
 }
 
-bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path) {
+bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path,
+                                 Portability::ExistingTarget existing) {
     dcm::DicomDataSet dataSet;
     if (!BuildInstanceDataSet(set, instance, dataSet)) return false;
-    if (!dcm::WriteDicomFile(path, dataSet, dcm::StreamEncoding::ExplicitLittleEndian)) {
+    if (!dcm::WriteDicomFile(path, dataSet, dcm::StreamEncoding::ExplicitLittleEndian, existing)) {
         LV_TRACE(kModule, "Writing %s failed", path.c_str());
         return false;
     }

@@ -30,9 +30,9 @@ bool DicomFileDataStream::OpenForReading(const std::filesystem::path& path) {
     return source_ != nullptr;
 }
 
-bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path) {
+bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path, Portability::ExistingTarget existing) {
     Close();
-    writer_.emplace(path.string());
+    writer_.emplace(path.string(), existing);
     if (writer_->Open()) return true;
     LV_TRACE(kModule, "Cannot create a temporary file beside %s", path.c_str());
     writer_.reset();
@@ -170,9 +170,10 @@ bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, con
     return false;
 }
 
-bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding) {
+bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,
+                    Portability::ExistingTarget existing) {
     DicomFileDataStream stream;
-    if (!stream.OpenForWriting(path)) return false;
+    if (!stream.OpenForWriting(path, existing)) return false;
     stream.SetEncoding(encoding);
     return WriteFileContent(stream, dataSet) && stream.Commit();
 }
