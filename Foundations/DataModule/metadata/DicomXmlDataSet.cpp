@@ -23,7 +23,7 @@ constexpr const char* kTraceModule = "Module DicomXmlDataSet";
 
 // Sequences may nest as deep as the DICOM reader accepts, so that every document we take gives a
 // file we can read back; the limit also bounds the reader's recursion on hostile documents.
-constexpr unsigned kMaxSequenceDepth = Codec::DicomReadOptions{}.maxSequenceDepth;
+using Codec::kMaxSequenceDepth;
 
 // The scope elements and the rows they edit.
 struct ScopeName {
