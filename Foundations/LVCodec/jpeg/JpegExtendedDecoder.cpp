@@ -2,20 +2,12 @@
 
 #include "Foundations/LVBuffer2DTools/LVOrientation.h"
 #include "Foundations/LVCodec/ImageFile.h"
+#include "Foundations/LVCodec/jpeg/JpegExtendedModule.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/ExternalLibrary.h"
 
 #include <cstring>
-#include <limits>
-#include <memory>
 #include <vector>
-
-// The decoders of DCMTK's JPEG module wrap libjpeg builds of 8, 12 and 16 bits that carry the
-// lossless extension; only their public interface is used here.
-#include "dcmtk/config/osconfig.h"
-#include "dcmtk/dcmjpeg/djcparam.h"
-#include "dcmtk/dcmjpeg/djdijg12.h"
-#include "dcmtk/dcmjpeg/djdijg16.h"
-#include "dcmtk/dcmjpeg/djdijg8.h"
 
 namespace Lumivale::Imaging {
 
@@ -23,19 +15,20 @@ namespace {
 
 constexpr const char* kModule = "Module JPEG";
 
-E_DecompressionColorSpaceConversion ColourConversion(JpegColour colour) {
-    switch (colour) {
-        case JpegColour::Rgb:
-        case JpegColour::Ybr: return EDC_photometricInterpretation;
-        // Plain files: the markers decide for lossy streams; lossless colour is kept as stored.
-        default: return EDC_guessLossyOnly;
-    }
-}
-
-std::unique_ptr<DJDecoder> MakeDecoder(const DJCodecParameter& parameters, unsigned precision, bool ybr) {
-    if (precision > 12) return std::make_unique<DJDecompressIJG16Bit>(parameters, ybr);
-    if (precision > 8) return std::make_unique<DJDecompressIJG12Bit>(parameters, ybr);
-    return std::make_unique<DJDecompressIJG8Bit>(parameters, ybr);
+// The module's entry point, loaded on first use: beside the executable (an installed tool), else
+// where the build wrote it (tests). Null when this build has no module or it cannot be loaded.
+DicapsuleDecodeJpegFunction LoadModule() {
+#if defined(DICAPSULE_JPEG_MODULE_FILE) && defined(DICAPSULE_JPEG_MODULE_BUILD_PATH)
+    static Portability::ExternalLibrary library;
+    static const DicapsuleDecodeJpegFunction entry = [] {
+        const std::string beside = Portability::ExecutableDirectory() + DICAPSULE_JPEG_MODULE_FILE;
+        if (!library.Open(beside) && !library.Open(DICAPSULE_JPEG_MODULE_BUILD_PATH)) return DicapsuleDecodeJpegFunction{};
+        return reinterpret_cast<DicapsuleDecodeJpegFunction>(library.Symbol(kJpegModuleEntry));
+    }();
+    return entry;
+#else
+    return nullptr;
+#endif
 }
 
 // Spread the pixel-interleaved decoded samples over the planes, turned upright.
@@ -57,42 +50,37 @@ void StorePlanes(const std::uint8_t* decoded, const JpegFrameHeader& frame, unsi
 
 }  // namespace
 
-bool HasExtendedJpeg() { return true; }
+bool HasExtendedJpeg() { return LoadModule() != nullptr; }
 
 bool DecodeJpegExtended(std::span<const std::uint8_t> bytes, const JpegFrameHeader& frame, JpegColour colour,
                         unsigned orientationValue, LVImageMemory& image) {
+    const DicapsuleDecodeJpegFunction decode = LoadModule();
+    if (decode == nullptr) return false;
     if ((frame.components != 1 && frame.components != 3) || frame.precision < 2 || frame.precision > 16 ||
-        frame.Arithmetic() || !IsSaneGeometry(frame.width, frame.height) ||
-        bytes.size() > std::numeric_limits<Uint32>::max()) {
+        frame.Arithmetic() || !IsSaneGeometry(frame.width, frame.height)) {
         LV_TRACE(kModule, "Unsupported JPEG frame: marker %02X, %u components of %u bits, %u x %u", frame.marker,
                  frame.components, frame.precision, frame.width, frame.height);
         return false;
     }
-    const DJCodecParameter parameters(ECC_lossyYCbCr, ColourConversion(colour), EUC_never, EPC_colorByPixel);
-    const std::unique_ptr<DJDecoder> decoder = MakeDecoder(parameters, frame.precision, colour == JpegColour::Ybr);
-    const unsigned bytes16 = decoder->bytesPerSample();
-    const std::uint64_t size = std::uint64_t{frame.width} * frame.height * frame.components * bytes16;
-    if (size > std::numeric_limits<Uint32>::max()) return false;
+    const unsigned sampleBytes = frame.precision > 8 ? 2 : 1;
     const LVOrientation orientation(orientationValue);
     const auto width = static_cast<std::int32_t>(frame.width);
     const auto height = static_cast<std::int32_t>(frame.height);
     if (!AllocateImage(image, static_cast<std::uint64_t>(orientation.UprightWidth(width, height)),
                        static_cast<std::uint64_t>(orientation.UprightHeight(width, height)), frame.components,
-                       bytes16 == 2 ? 16 : 8, kModule))
+                       sampleBytes * 8, kModule))
         return false;
-    std::vector<std::uint8_t> decoded(static_cast<std::size_t>(size));
-    // The decoder reads its input through a non-const pointer but does not write to it.
-    auto* input = const_cast<Uint8*>(bytes.data());
-    OFCondition status = decoder->init();
-    if (status.good())
-        status = decoder->decode(input, static_cast<Uint32>(bytes.size()), decoded.data(), static_cast<Uint32>(size),
-                                 OFFalse);
-    if (status.bad()) {
-        LV_TRACE(kModule, "Cannot decode JPEG (marker %02X, %u bits): %s", frame.marker, frame.precision, status.text());
+    std::vector<std::uint8_t> decoded(std::size_t{frame.width} * frame.height * frame.components * sampleBytes);
+    const int colourCode = colour == JpegColour::Rgb ? 1 : colour == JpegColour::Ybr ? 2 : 0;
+    const DicapsuleJpegRequest request{bytes.data(), bytes.size(), frame.precision, frame.components, frame.width,
+                                       frame.height, colourCode, decoded.data(), decoded.size()};
+    char message[256] = {};
+    if (!decode(&request, message, sizeof message)) {
+        LV_TRACE(kModule, "Cannot decode JPEG (marker %02X, %u bits): %s", frame.marker, frame.precision, message);
         return false;
     }
-    StorePlanes(decoded.data(), frame, bytes16, orientation, image.Buffer());
-    if (bytes16 == 2) image.Buffer().SetSignificantBits(frame.precision);
+    StorePlanes(decoded.data(), frame, sampleBytes, orientation, image.Buffer());
+    if (sampleBytes == 2) image.Buffer().SetSignificantBits(frame.precision);
     return true;
 }
 
