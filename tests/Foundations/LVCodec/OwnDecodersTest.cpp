@@ -3,6 +3,7 @@
 #include "Foundations/LVCodec/bmp/LVImageCodec_BMP.h"
 #include "Foundations/LVCodec/ImageFile.h"
 #include "Foundations/LVCodec/jpeg/JpegDecoder.h"
+#include "Foundations/LVCodec/jpeg/ExifOrientation.h"
 #include "Foundations/LVCodec/jpeg/JpegExtendedDecoder.h"
 #include "Foundations/LVCodec/jpegls/LVImageCodec_JPEGLS.h"
 #include "Foundations/LVCodec/pnm/PnmWrapper.h"
@@ -199,6 +200,48 @@ TEST(DicomDecoderTest, BrokenJpegPixelsAndMissingPages) {
     const std::string pages = kImages + "/tiff_pages.tif";
     EXPECT_FALSE(image.LoadFromFile(pages, 5, 0, 0));
     EXPECT_TRUE(trace.Has("Can't set frame 5 of input file " + pages));
+}
+
+// An EXIF block: "Exif\0\0", a TIFF header in either byte order, one directory of one entry.
+std::vector<std::uint8_t> Exif(bool bigEndian, std::uint16_t tag, std::uint16_t type, std::uint16_t value,
+                               std::size_t keep = 0) {
+    std::vector<std::uint8_t> out = {'E', 'x', 'i', 'f', 0, 0};
+    auto put = [&](std::uint32_t v, unsigned width) {
+        for (unsigned i = 0; i < width; ++i)
+            out.push_back(static_cast<std::uint8_t>(v >> 8 * (bigEndian ? width - 1 - i : i)));
+    };
+    out.push_back(bigEndian ? 'M' : 'I');
+    out.push_back(bigEndian ? 'M' : 'I');
+    put(42, 2);
+    put(8, 4);      // first directory right after the header
+    put(1, 2);      // one entry
+    put(tag, 2);
+    put(type, 2);
+    put(1, 4);      // count
+    put(value, 2);  // a SHORT sits in the first two bytes of the value field
+    put(0, 2);
+    if (keep) out.resize(keep);
+    return out;
+}
+
+TEST(JpegDecoderTest, ExifOrientation) {
+    struct Case {
+        const char* id;
+        std::vector<std::uint8_t> block;
+        unsigned orientation;
+    } cases[] = {
+        {"little-endian 6", Exif(false, 0x0112, 3, 6), 6},
+        {"big-endian 8", Exif(true, 0x0112, 3, 8), 8},
+        {"another tag", Exif(false, 0x0110, 3, 6), 1},
+        {"not a SHORT", Exif(false, 0x0112, 4, 6), 1},
+        {"out of range", Exif(false, 0x0112, 3, 9), 1},
+        {"entry cut short", Exif(false, 0x0112, 3, 6, 22), 1},
+        {"not EXIF", Bytes("XMP\0\0\0II*\0"), 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        EXPECT_EQ(ExifOrientation(c.block), c.orientation);
+    }
 }
 
 // With the extended decoder the thumbnail corpus decodes such streams; without it they are refused.
