@@ -33,22 +33,6 @@ bool IsJpeg2000Syntax(std::string_view syntax) {
 }
 bool IsRleSyntax(std::string_view syntax) { return syntax == "1.2.840.10008.1.2.5"; }
 
-// Signed samples (Pixel Representation 1) move into the unsigned range by adding 2^(bits - 1):
-// the order of values is kept and the shift can be undone. For a two's-complement pattern of
-// `bits` bits that addition is a flip of the sign bit.
-void ShiftSignedIntoUnsignedRange(LVBuffer2D& out, unsigned bits) {
-    const std::int64_t half = std::int64_t{1} << (bits - 1);
-    const std::int64_t mask = (half << 1) - 1;
-    const bool wasSigned = !out.Type().isUnsigned;
-    for (unsigned p = 0; p < out.Planes(); ++p)
-        for (std::int32_t y = 0; y < out.Height(); ++y)
-            for (std::int32_t x = 0; x < out.Width(); ++x) {
-                const std::int64_t v = out.Sample(p, x, y);
-                out.SetSample(p, x, y, wasSigned ? v + half : (v & mask) ^ half);
-            }
-    out.SetUnsigned(true);
-}
-
 // Lossless encoders often code 12 stored bits at a precision of 16; the icon then keeps the
 // data set's Bits Stored, as long as every sample fits in it.
 void NarrowToBitsStored(LVBuffer2D& out, std::uint64_t bitsStored) {
@@ -113,7 +97,7 @@ bool DecodeNative(const DicomPixelAttributes& a, unsigned frame, LVImageMemory& 
                 std::uint64_t raw = 0;
                 in.Le(index * bytesPerSample, static_cast<unsigned>(bytesPerSample), raw);
                 raw &= mask;
-                if (isSigned) raw ^= signBit;  // see ShiftSignedIntoUnsignedRange
+                if (isSigned) raw ^= signBit;  // two's complement + 2^(bits - 1), as ShiftSignedIntoUnsignedRange
                 auto v = static_cast<std::int64_t>(raw);
                 if (invert) v = static_cast<std::int64_t>(mask) - v;
                 out.SetSample(p, x, y, v);

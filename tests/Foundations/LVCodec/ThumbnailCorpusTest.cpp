@@ -27,7 +27,7 @@ std::vector<Case> Cases() {
         {"jls_rgb12_line.dcm", 12},        {"jls_rgb12_line.jls", 16},      {"jls_grey8_grey.jls", 8},
         {"jls_grey12_grey.dcm", 12},       {"jls_grey12_grey.jls", 16},     {"jls_grey16_grey.jls", 16},
         {"src_ct.dcm", 12},                {"src_ct16.dcm", 16},            {"rle_ct.dcm", 12},
-        {"jls_ct.dcm", 12},                {"rle_grey8.dcm", 8},            {"rle_grey12.dcm", 12},
+        {"jls_ct.dcm", 12},                {"j2k_ct.dcm", 12},              {"j2k_ct.j2k", 16},                {"rle_grey8.dcm", 8},            {"rle_grey12.dcm", 12},
         {"rle_rgb8.dcm", 8},               {"jpeg_rgb_notransform.dcm", 8},
         {"jpeg_grey12_extended.dcm", 12, true}, {"jpeg_grey12_extended.jpg", 12, true},
         {"jpeg_grey12_lossless.dcm", 12, true}, {"jpeg_grey12_lossless.jpg", 16, true},

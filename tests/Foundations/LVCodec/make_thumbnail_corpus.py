@@ -130,6 +130,13 @@ for tool, decoder, name in (("dcmcrle", "dcmdrle", "rle_ct.dcm"), ("dcmcjpls", "
     run(decoder, name, name + "_native.dcm")
     golden_from_dicom(name, name + "_native.dcm", shift=2048)
 
+# Signed CT through JPEG 2000 (GDCM codes it as signed 16-bit components), in DICOM and plain.
+run("gdcmconv", "--j2k", "src_ct.dcm", "j2k_ct.dcm")
+run("gdcmconv", "--raw", "j2k_ct.dcm", "j2k_ct_native.dcm")
+golden_from_dicom("j2k_ct.dcm", "j2k_ct_native.dcm", shift=2048)
+extract_stream("j2k_ct.dcm", "j2k_ct.j2k")
+golden_from_dicom("j2k_ct.j2k", "j2k_ct_native.dcm", shift=32768)
+
 # RLE: grey 8, grey 12 in 16, colour.
 for source in ("grey8", "grey12", "rgb8"):
     name = f"rle_{source}.dcm"
