@@ -39,6 +39,7 @@ std::vector<Case> Cases() {
     for (int o = 1; o <= 8; ++o) {
         for (const char* kind : {"grey", "rgb", "cmyk", "palette"})
             cases.push_back({"tiff_" + std::string(kind) + "_o" + std::to_string(o) + ".tif", 8});
+        cases.push_back({"tiff_grey16_o" + std::to_string(o) + ".tif", 16});
         for (const char* kind : {"grey", "rgb"})
             cases.push_back({"jpeg_exif_" + std::string(kind) + "_o" + std::to_string(o) + ".jpg", 8});
     }

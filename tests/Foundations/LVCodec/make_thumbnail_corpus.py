@@ -202,6 +202,19 @@ for orientation in range(1, 9):
         golden_from_pil(name, cmyk_to_rgb(upright) if kind == "cmyk" else
                         upright.convert("RGB") if kind == "palette" else upright)
 
+# 16-bit grey TIFF turned by ImageMagick's -orient (it writes the Orientation tag).
+with open(path("src_grey16.pgm"), "wb") as f:
+    f.write(b"P5\n%d %d\n65535\n" % (W, H) + struct.pack(f">{W * H}H", *pattern(1, 16)))
+IMAGEMAGICK_ORIENT = ["TopLeft", "TopRight", "BottomRight", "BottomLeft", "LeftTop", "RightTop", "RightBottom",
+                      "LeftBottom"]
+for orientation, orient in enumerate(IMAGEMAGICK_ORIENT, start=1):
+    name = f"tiff_grey16_o{orientation}.tif"
+    run("convert", "src_grey16.pgm", "-orient", orient, "-depth", "16", name)
+    upright = Image.open(path(name))
+    upright.load()
+    assert upright.mode == "I;16" and upright.size == ((H, W) if orientation > 4 else (W, H))
+    write_golden(name, 1, upright.width, upright.height, True, list(upright.getdata()))
+
 # JPEG with EXIF orientation 1 to 8, colour and grey.
 for orientation in range(1, 9):
     for kind, mode in (("rgb", "RGB"), ("grey", "L")):
