@@ -71,9 +71,22 @@ bool DecodeIntoPlanes(charls_jpegls_decoder* decoder, charls_interleave_mode mod
     return true;
 }
 
+// True when the stream ends with its end-of-image marker (FF D9), after any zero bytes that pad it
+// to an even length. CharLS can spend seconds on a cut stream of a few hundred bytes, so streams
+// without their end are refused before it sees them.
+bool EndsWithEndOfImage(std::span<const std::uint8_t> bytes) {
+    std::size_t end = bytes.size();
+    while (end > 0 && bytes[end - 1] == 0x00) --end;
+    return end >= 2 && bytes[end - 2] == 0xFF && bytes[end - 1] == 0xD9;
+}
+
 }  // namespace
 
 bool DecodeJpegLs(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
+    if (!EndsWithEndOfImage(bytes)) {
+        LV_TRACE(kModule, "JPEG-LS stream of %zu bytes without its end-of-image marker", bytes.size());
+        return false;
+    }
     const std::unique_ptr<charls_jpegls_decoder, DecoderDeleter> decoder(charls_jpegls_decoder_create());
     if (!decoder) return false;
     charls_frame_info frame{};

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -84,6 +86,27 @@ TEST(ThumbnailCorpusTest, IconEqualsAnIndependentDecoder) {
         std::size_t wrong = 0;
         for (std::size_t i = 0; i < icon.size(); ++i) wrong += icon[i] != expected[i];
         EXPECT_EQ(wrong, 0u) << "of " << icon.size() << " bytes";
+    }
+}
+
+// Cut copies of the new kinds of source fail or decode, but never crash or read out of bounds.
+TEST(ThumbnailCorpusTest, TruncatedSourcesAreRefusedCleanly) {
+    const char* files[] = {"rle_rgb8.dcm",          "rle_grey12.dcm",     "jls_rgb8_line.jls", "jls_rgb8_none.dcm",
+                           "jpeg_grey12_sv1.jpg",   "jpeg_rgb8_sv1.dcm",  "jpeg_exif_rgb_o6.jpg",
+                           "jpeg_grey12_extended.dcm", "j2k_ct.j2k",      "tiff_cmyk_o5.tif",  "tiff_grey16_o7.tif"};
+    for (const char* file : files) {
+        SCOPED_TRACE(file);
+        std::ifstream in(kCorpus + "/" + file, std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+        ASSERT_FALSE(bytes.empty());
+        const std::string name(file);
+        const std::string cut = kCorpus + "/cut_" + name;
+        for (const std::size_t keep : {bytes.size() - 1, bytes.size() * 3 / 4, bytes.size() / 2, std::size_t{200}}) {
+            std::ofstream(cut, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(keep));
+            LVImage image;
+            LoadThumbnail(cut, image);
+        }
+        std::remove(cut.c_str());
     }
 }
 
