@@ -24,7 +24,8 @@ ExternalLibrary::~ExternalLibrary() {
 bool ExternalLibrary::Open(const std::string& path) {
     if (handle_ != nullptr) return false;
 #if defined(_WIN32)
-    handle_ = LoadLibraryW(std::filesystem::u8path(path).wstring().c_str());
+    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    handle_ = LoadLibraryW(file.wstring().c_str());
     if (handle_ == nullptr) LV_TRACE("ExternalLibrary", "Cannot load %s: error %lu", path.c_str(), GetLastError());
 #else
     // Local binding: the library's own dependencies must not resolve symbols of this program.
@@ -44,13 +45,13 @@ void* ExternalLibrary::Symbol(const char* name) const {
 }
 
 std::string ExecutableDirectory() {
-    std::error_code error;
 #if defined(_WIN32)
     wchar_t buffer[MAX_PATH];
     const DWORD length = GetModuleFileNameW(nullptr, buffer, MAX_PATH);
     if (length == 0 || length == MAX_PATH) return {};
     const std::filesystem::path executable(std::wstring(buffer, length));
 #else
+    std::error_code error;
     const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
     if (error) return {};
 #endif
