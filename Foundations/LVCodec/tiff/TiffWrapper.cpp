@@ -43,7 +43,9 @@ TiffHandle OpenTiff(const std::string& path) {
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), TraceLibtiffMessage, nullptr);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), TraceLibtiffMessage, nullptr);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMaxSingleAllocation);
-    return TiffHandle(TIFFOpenExt(path.c_str(), "r", options.get()));
+    // "m": read strips and tiles as they are needed instead of mapping the whole file, whose pages
+    // would otherwise count in the process's memory beside the decoded picture.
+    return TiffHandle(TIFFOpenExt(path.c_str(), "rm", options.get()));
 }
 
 // Number of pages (image file directories) of an open file.
@@ -160,30 +162,52 @@ std::uint16_t StoredOrderRequest(std::uint16_t orientation) {
     }
 }
 
-// Any other layout (palette, 1-bit, YCbCr, CMYK...) through libtiff's 8-bit RGBA conversion.
+// libtiff's RGBA reader state, ended on every path out.
+struct RgbaReader {
+    TIFFRGBAImage image{};
+    bool begun = false;
+    ~RgbaReader() {
+        if (begun) TIFFRGBAImageEnd(&image);
+    }
+};
+
+// Any other layout (palette, 1-bit, YCbCr, CMYK...) through libtiff's 8-bit RGBA conversion, one
+// strip or tile row at a time, so the RGBA raster never holds more than one run of rows.
 bool ReadThroughRgba(TIFF* tiff, const PageLayout& page, LVImageMemory& image) {
     const unsigned planes = page.extraSamples > 0 ? 4 : 3;
     if (!AllocateUpright(page, planes, 8, image)) return false;
-    std::vector<std::uint32_t> raster(std::size_t{page.width} * page.height);
-    if (!TIFFReadRGBAImageOriented(tiff, page.width, page.height, raster.data(), StoredOrderRequest(page.orientation),
-                                   0))
+    RgbaReader reader;
+    char message[1024] = {};
+    if (!TIFFRGBAImageOK(tiff, message) || !TIFFRGBAImageBegin(&reader.image, tiff, 0, message)) {
+        LV_TRACE(kModule, "libtiff RGBA: %s", message);
         return false;
+    }
+    reader.begun = true;
+    reader.image.req_orientation = StoredOrderRequest(page.orientation);
+    const std::uint32_t run = std::max<std::uint32_t>(1, std::min(page.chunkHeight, page.height));
+    std::vector<std::uint32_t> raster(std::size_t{page.width} * run);
     const LVOrientedWriter writer(image.Buffer(), LVOrientation(page.orientation));
     std::vector<std::uint8_t> row(std::size_t{page.width} * planes);
-    for (std::uint32_t y = 0; y < page.height; ++y) {
-        const std::uint32_t* pixels = raster.data() + std::size_t{y} * page.width;
-        std::uint8_t* r = row.data();
-        std::uint8_t* g = r + page.width;
-        std::uint8_t* b = g + page.width;
-        std::uint8_t* a = b + page.width;
-        for (std::uint32_t x = 0; x < page.width; ++x) {
-            r[x] = static_cast<std::uint8_t>(TIFFGetR(pixels[x]));
-            g[x] = static_cast<std::uint8_t>(TIFFGetG(pixels[x]));
-            b[x] = static_cast<std::uint8_t>(TIFFGetB(pixels[x]));
-            if (planes == 4) a[x] = static_cast<std::uint8_t>(TIFFGetA(pixels[x]));
+    for (std::uint32_t y0 = 0; y0 < page.height; y0 += run) {
+        const std::uint32_t rows = std::min(run, page.height - y0);
+        reader.image.row_offset = static_cast<int>(y0);
+        reader.image.col_offset = 0;
+        if (!TIFFRGBAImageGet(&reader.image, raster.data(), page.width, rows)) return false;
+        for (std::uint32_t r = 0; r < rows; ++r) {
+            const std::uint32_t* pixels = raster.data() + std::size_t{r} * page.width;
+            std::uint8_t* red = row.data();
+            std::uint8_t* green = red + page.width;
+            std::uint8_t* blue = green + page.width;
+            std::uint8_t* alpha = blue + page.width;
+            for (std::uint32_t x = 0; x < page.width; ++x) {
+                red[x] = static_cast<std::uint8_t>(TIFFGetR(pixels[x]));
+                green[x] = static_cast<std::uint8_t>(TIFFGetG(pixels[x]));
+                blue[x] = static_cast<std::uint8_t>(TIFFGetB(pixels[x]));
+                if (planes == 4) alpha[x] = static_cast<std::uint8_t>(TIFFGetA(pixels[x]));
+            }
+            for (unsigned p = 0; p < planes; ++p)
+                writer.WriteRow(p, static_cast<std::int32_t>(y0 + r), row.data() + std::size_t{p} * page.width);
         }
-        for (unsigned p = 0; p < planes; ++p)
-            writer.WriteRow(p, static_cast<std::int32_t>(y), row.data() + std::size_t{p} * page.width);
     }
     return true;
 }

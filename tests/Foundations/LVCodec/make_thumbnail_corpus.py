@@ -7,6 +7,7 @@ shift of signed samples (+ 2^(bits-1)). Golden format: a line
 "planes width height bytes-per-sample", then the planes one after the other, little-endian.
 Usage: make_thumbnail_corpus.py OUTDIR"""
 import os
+import shutil
 import struct
 import subprocess
 import sys
@@ -201,6 +202,14 @@ for orientation in range(1, 9):
         assert upright.size == ((H, W) if orientation > 4 else (W, H))
         golden_from_pil(name, cmyk_to_rgb(upright) if kind == "cmyk" else
                         upright.convert("RGB") if kind == "palette" else upright)
+
+# Strips of 5 rows and 16 x 16 tiles: libtiff's RGBA reader runs over the page in pieces.
+for source, name, layout in (("tiff_palette_o6.tif", "tiff_palette_o6_strips.tif", ["-r", "5"]),
+                             ("tiff_cmyk_o7.tif", "tiff_cmyk_o7_strips.tif", ["-r", "5"]),
+                             ("tiff_cmyk_o5.tif", "tiff_cmyk_o5_tiles.tif", ["-t", "-w", "16", "-l", "16"]),
+                             ("tiff_rgb_o8.tif", "tiff_rgb_o8_tiles.tif", ["-t", "-w", "16", "-l", "16"])):
+    run("tiffcp", *layout, source, name)
+    shutil.copy(path(source + ".golden"), path(name + ".golden"))
 
 # 16-bit grey TIFF turned by ImageMagick's -orient (it writes the Orientation tag).
 with open(path("src_grey16.pgm"), "wb") as f:
