@@ -22,9 +22,12 @@ bool ReadJpegFrameHeader(std::span<const std::uint8_t> bytes, JpegFrameHeader& h
     if (!in.Be(0, 2, soi) || soi != 0xFFD8) return false;
     std::uint64_t pos = 2;
     while (in.Has(pos, 2)) {
-        if (in.At(pos)[0] != 0xFF) return false;
+        if (in.At(pos)[0] != 0xFF) {  // stray bytes between segments: libjpeg skips them too, with a warning
+            ++pos;
+            continue;
+        }
         const unsigned marker = in.At(pos)[1];
-        if (marker == 0xFF) {  // fill byte
+        if (marker == 0xFF || marker == 0x00) {  // fill byte, or a stuffed zero among stray bytes
             ++pos;
             continue;
         }

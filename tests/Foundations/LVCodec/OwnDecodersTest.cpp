@@ -244,6 +244,19 @@ TEST(JpegDecoderTest, ExifOrientation) {
     }
 }
 
+// libjpeg decodes a stream with stray bytes between two segments (with a warning); the frame
+// header is found past them too.
+TEST(JpegDecoderTest, StrayBytesBetweenSegmentsAreSkipped) {
+    std::vector<std::uint8_t> bytes = ReadFile(kImages + "/jpeg_RGB.jpg");
+    ASSERT_GT(bytes.size(), 6u);
+    const std::size_t afterFirstSegment = 4 + (std::size_t{bytes[4]} << 8 | bytes[5]);
+    bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(afterFirstSegment), {0x12, 0x00, 0xFF, 0x00});
+    LVImageMemory image;
+    ASSERT_TRUE(DecodeJpeg(bytes, image));
+    EXPECT_EQ(image.Buffer().Width(), 37);
+    EXPECT_EQ(image.Buffer().Planes(), 3u);
+}
+
 // With the extended decoder the thumbnail corpus decodes such streams; without it they are refused.
 TEST(JpegDecoderTest, TwelveBitPrecisionNeedsTheExtendedDecoder) {
     if (HasExtendedJpeg()) GTEST_SKIP() << "this build decodes 12-bit JPEG";
