@@ -106,7 +106,8 @@ ConversionResult AttachThumbnail(const ConversionRequest& request, dm::InstanceD
     // The icon keeps the thumbnail's own size and depth: the builder's reduction is switched off
     // for the build and switched on again afterwards, whatever the outcome.
     instance.icon_image.reduce = false;
-    const bool inserted = Lumivale::Imaging::SetIconImage(instance.icon_image, image, true);
+    // The image is not needed once its pixels are in the icon: the builder may give it back as it copies.
+    const bool inserted = Lumivale::Imaging::SetIconImage(instance.icon_image, std::move(image));
     instance.icon_image.reduce = true;
     if (!inserted) return ConversionResult::thumbnail_not_inserted;
     instance.duplicate_icon_as_image = request.hackforbmpacs;

@@ -6,7 +6,7 @@ import subprocess
 
 import pydicom
 import pytest
-from PIL import Image
+from PIL import Image, ImageOps
 
 from conftest import EXAMPLES, METADATA, dciodvfy_errors
 
@@ -101,6 +101,27 @@ def test_thumbnail_becomes_the_icon(pack, tmp_path, name, make, hack):
         assert [ds[k].value for k in IMAGE_PIXEL_KEYWORDS] == [icon[k].value for k in IMAGE_PIXEL_KEYWORDS]
     else:
         assert not any(k in ds for k in IMAGE_PIXEL_KEYWORDS)
+
+
+@pytest.mark.parametrize("name,orientation", [("photo.jpg", 6), ("photo.jpeg", 8), ("page.tif", 7), ("page.tiff", 3)])
+def test_turned_thumbnail_is_stored_upright(pack, tmp_path, name, orientation):
+    """EXIF orientation of a photo and the TIFF Orientation tag both turn the icon upright."""
+    picture = noise("RGB")
+    if name.endswith(".tif") or name.endswith(".tiff"):
+        picture.save(tmp_path / name, tiffinfo={274: orientation})
+        upright = Image.open(tmp_path / name)  # PIL turns TIFF pages upright as it loads them
+        upright.load()
+    else:
+        exif = Image.Exif()
+        exif[274] = orientation
+        picture.save(tmp_path / name, quality=95, exif=exif.tobytes())
+        upright = ImageOps.exif_transpose(Image.open(tmp_path / name))
+    ds = pydicom.dcmread(pack("-m", METADATA, "-t", name))
+    icon = ds.IconImageSequence[0]
+    turned = orientation > 4
+    assert (icon.Columns, icon.Rows) == upright.size == ((HEIGHT, WIDTH) if turned else (WIDTH, HEIGHT))
+    pixels = upright.convert("RGB").tobytes()
+    assert icon.PixelData == pixels + b"\0" * (len(pixels) % 2)
 
 
 @pytest.mark.parametrize("hack", [[], ["--hackforbmpacs"]], ids=["icon", "hackforbmpacs"])

@@ -2,6 +2,7 @@
 // codec is chosen for a file.
 #include "Foundations/LVCodec/LVImage.h"
 #include "Foundations/LVCodec/LVImageCodecRegistry.h"
+#include "GoldenImage.h"
 
 #include <gtest/gtest.h>
 
@@ -15,25 +16,6 @@ namespace Lumivale::Imaging {
 namespace {
 
 const std::string kImages = DICAPSULE_GENERATED_IMAGES;
-
-struct Golden {
-    unsigned planes = 0, bytes = 0;
-    std::int32_t width = 0, height = 0;
-    std::vector<std::uint8_t> samples;
-    std::int64_t At(unsigned p, std::int32_t x, std::int32_t y) const {
-        const std::size_t i = ((std::size_t{p} * height + y) * width + x) * bytes;
-        return bytes == 2 ? samples[i] | samples[i + 1] << 8 : samples[i];
-    }
-};
-
-bool ReadGolden(const std::string& path, Golden& golden) {
-    std::ifstream in(path, std::ios::binary);
-    std::string header;
-    if (!std::getline(in, header)) return false;
-    std::istringstream(header) >> golden.planes >> golden.width >> golden.height >> golden.bytes;
-    golden.samples.assign(std::istreambuf_iterator<char>(in), {});
-    return golden.samples.size() == std::size_t{golden.planes} * golden.width * golden.height * golden.bytes;
-}
 
 TEST(CodecGoldenTest, DecodedPixelsMatchPil) {
     struct Case {
