@@ -6,9 +6,9 @@ import pytest
 
 from conftest import OPERATIONS, SOURCE, env, option_help, render, run, squeeze
 
-spec = importlib.util.spec_from_file_location("make_manpage", SOURCE / "docs/man/make_manpage.py")
-make_manpage = importlib.util.module_from_spec(spec)
-spec.loader.exec_module(make_manpage)
+_generator = importlib.util.spec_from_file_location("make_manpage", SOURCE / "docs/man/make_manpage.py")
+make_manpage = importlib.util.module_from_spec(_generator)
+_generator.loader.exec_module(make_manpage)
 
 
 # The option parser wraps help texts on a width; the generator must find the declared lines again.
