@@ -235,8 +235,6 @@ HOSTILE = [
     ("16000-sequences", DOCUMENT.format(EDITION.format(nested(16000, *SEQUENCE))), 1),
     ("100000-plain-levels", DOCUMENT.format(EDITION.format(
         '<String Name="StudyID" Value="1">' + nested(100000, "<x>", "</x>") + "</String>")), 0),
-    ("64-sequences", DOCUMENT.format(EDITION.format(nested(64, *SEQUENCE))), 0),
-    ("65-sequences", DOCUMENT.format(EDITION.format(nested(65, *SEQUENCE))), 1),
     ("text-and-elements-at-the-cap", DOCUMENT.format("<a/>x" * ((2 << 20) // 5 - 20)).ljust(2 << 20), 0),
     ("one-byte-beyond-the-cap", DOCUMENT.format("").ljust((2 << 20) + 1), 1),
 ]
