@@ -1,8 +1,13 @@
 #pragma once
 // Golden pixels written beside each generated test image: a text line "planes width height
-// bytes-per-sample", then the planes one after the other, samples little-endian.
+// bytes-per-sample", then the planes one after the other, samples little-endian; and cut copies
+// of those images.
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -29,6 +34,23 @@ inline bool ReadGolden(const std::string& path, Golden& golden) {
     std::istringstream(header) >> golden.planes >> golden.width >> golden.height >> golden.bytes;
     golden.samples.assign(std::istreambuf_iterator<char>(in), {});
     return golden.samples.size() == std::size_t{golden.planes} * golden.width * golden.height * golden.bytes;
+}
+
+// Writes copies of directory/file cut short (by one byte, to 3/4, 1/2 and 1/5, to 200 and 20
+// bytes) beside it, under a name with the same extension, and hands each path to load: a reader
+// must refuse or decode them, never crash or read out of bounds.
+template <class Load>
+void LoadCutCopies(const std::string& directory, const std::string& file, Load load) {
+    std::ifstream in(directory + "/" + file, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    ASSERT_FALSE(bytes.empty());
+    const std::string cut = directory + "/cut_" + file;
+    const std::size_t size = bytes.size();
+    for (const std::size_t keep : {size - 1, size * 3 / 4, size / 2, size / 5, std::size_t{200}, std::size_t{20}}) {
+        std::ofstream(cut, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(std::min(keep, size)));
+        load(cut);
+    }
+    std::remove(cut.c_str());
 }
 
 }  // namespace Lumivale::Imaging
