@@ -53,31 +53,16 @@ def expected_pixels(path):
 
 
 # thumbnail file name, how it is made.
-THUMBNAILS = [
-    ("rgb.png", made_with_pil("rgb.png", "RGB")),
-    ("grey.png", made_with_pil("grey.png", "L")),
-    ("rgba.png", made_with_pil("rgba.png", "RGBA")),
-    ("grey-alpha.png", made_with_pil("grey-alpha.png", "LA")),
-    ("palette.png", made_with_pil("palette.png", "P")),
-    ("grey16.png", made_with_pil("grey16.png", "I;16")),
-    ("rgb.jpg", made_with_pil("rgb.jpg", "RGB")),
-    ("grey.jpg", made_with_pil("grey.jpg", "L")),
-    ("UPPER.JPG", made_with_pil("UPPER.JPG", "RGB")),
-    ("rgb.tif", made_with_pil("rgb.tif", "RGB")),
-    ("grey.tiff", made_with_pil("grey.tiff", "L")),
-    ("rgba.tif", made_with_pil("rgba.tif", "RGBA")),
-    ("grey16.tif", made_with_pil("grey16.tif", "I;16")),
-    ("palette.tif", made_with_pil("palette.tif", "P")),
-    ("rgb.bmp", made_with_pil("rgb.bmp", "RGB")),
-    ("grey.bmp", made_with_pil("grey.bmp", "L")),
-    ("palette.bmp", made_with_pil("palette.bmp", "P")),
+THUMBNAILS = [(name, made_with_pil(name, mode)) for name, mode in [
+    ("rgb.png", "RGB"), ("grey.png", "L"), ("rgba.png", "RGBA"), ("grey-alpha.png", "LA"), ("palette.png", "P"),
+    ("grey16.png", "I;16"), ("rgb.jpg", "RGB"), ("grey.jpg", "L"), ("UPPER.JPG", "RGB"), ("rgb.tif", "RGB"),
+    ("grey.tiff", "L"), ("rgba.tif", "RGBA"), ("grey16.tif", "I;16"), ("palette.tif", "P"), ("rgb.bmp", "RGB"),
+    ("grey.bmp", "L"), ("palette.bmp", "P"), ("rgb.ppm", "RGB"), ("grey.pgm", "L"), ("rgb.jp2", "RGB"),
+    ("grey.jp2", "L"),
+]] + [
     ("im-rgba.bmp", made_with_imagemagick("im-rgba.bmp", "RGBA")),
     ("im-rgb3.bmp", made_with_imagemagick("bmp3:im-rgb3.bmp", "RGB")),
-    ("rgb.ppm", made_with_pil("rgb.ppm", "RGB")),
-    ("grey.pgm", made_with_pil("grey.pgm", "L")),
     ("im-grey16.pgm", made_with_imagemagick("im-grey16.pgm", "L", "-depth", "16")),
-    ("rgb.jp2", made_with_pil("rgb.jp2", "RGB")),
-    ("grey.jp2", made_with_pil("grey.jp2", "L")),
 ]
 IMAGE_PIXEL_KEYWORDS = ["SamplesPerPixel", "PhotometricInterpretation", "Rows", "Columns", "BitsAllocated",
                         "BitsStored", "HighBit", "PixelRepresentation", "PixelData"]
