@@ -118,12 +118,6 @@ TEST(EncodedText, UnknownTermsReadAsDefaultRepertoire) {
     EXPECT_EQ(text, u"山");
 }
 
-}  // namespace
-
-namespace {
-
-using namespace Lumivale::DataModule;
-
 // What the strict reader refuses is still read, and the caller learns which fallback it took.
 TEST(EncodedText, LenientDecodingNeverDropsText) {
     const struct {
