@@ -92,17 +92,5 @@ TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
     fs::remove_all(dir);
 }
 
-TEST(ValueAlignment, WithoutAMetaGroupNothingIsPadded) {
-    const Bytes content = Distinct(70000);
-    auto source = RegionSource::OpenTemporary();
-    ASSERT_TRUE(source && source->Append(content.data(), content.size()));
-    DicomDataSet set = Sample(source, 10);
-    set.Remove(TagNumber(Tag::TransferSyntaxUID));
-    set.Remove(0x00020000u);
-    set.Remove(0x00020001u);
-    EXPECT_FALSE(AlignLargeValue(set, StreamEncoding::ExplicitLittleEndian, "1.2.3.4"));
-    EXPECT_EQ(set.Find(Tag::PrivateInformation), nullptr);
-}
-
 }  // namespace
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule
