@@ -1,5 +1,6 @@
 # What `cmake --install` puts where: the tool in bin/, its manual page in share/man/man1/, the
-# metadata format, its XML Schema and the examples in share/doc/dicapsule/.
+# metadata format, its XML Schema and the examples in share/doc/dicapsule/, the modules in
+# lib/dicapsule/.
 
 include(GNUInstallDirs)
 
@@ -24,4 +25,12 @@ if(UNIX)
     VERBATIM)
   add_custom_target(dicapsule_manpage ALL DEPENDS ${DICAPSULE_MANPAGE})
   install(FILES ${DICAPSULE_MANPAGE} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
+
+# The modules loaded on demand (each folder adds its own to the DICAPSULE_MODULES property) go to
+# lib/dicapsule/, where the tool looks for them relative to its own directory; not executable.
+get_property(dicapsule_modules GLOBAL PROPERTY DICAPSULE_MODULES)
+if(dicapsule_modules)
+  install(TARGETS ${dicapsule_modules} LIBRARY DESTINATION lib/dicapsule
+          PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 endif()

@@ -35,6 +35,22 @@ bool ExternalLibrary::Open(const std::string& path) {
     return handle_ != nullptr;
 }
 
+bool ExternalLibrary::OpenModule(const std::string& fileName, const std::string& buildPath) {
+    const std::string directory = ExecutableDirectory();
+    const char separator = static_cast<char>(std::filesystem::path::preferred_separator);
+    // Without a known executable directory nothing is looked up relative to the working directory.
+    const std::string installed = directory + ".." + separator + "lib" + separator + "dicapsule" + separator + fileName;
+    const std::string candidates[] = {directory.empty() ? std::string() : directory + fileName,
+                                      directory.empty() ? std::string() : installed, buildPath};
+    for (const std::string& candidate : candidates) {
+        std::error_code error;
+        const std::filesystem::path path(std::u8string(candidate.begin(), candidate.end()));
+        if (!candidate.empty() && std::filesystem::is_regular_file(path, error) && Open(candidate)) return true;
+    }
+    LV_TRACE("ExternalLibrary", "Module %s not found", fileName.c_str());
+    return false;
+}
+
 void* ExternalLibrary::Symbol(const char* name) const {
     if (handle_ == nullptr) return nullptr;
 #if defined(_WIN32)

@@ -16,6 +16,10 @@ public:
 
     // Load the library file at path (UTF-8); false, with a trace line, when it cannot be loaded.
     bool Open(const std::string& path);
+    // Load one of the program's own modules by file name: beside the executable, else in
+    // <executable directory>/../lib/dicapsule/ (the installed layout), else at buildPath (where
+    // the build wrote it, for a tool run from its build tree). False when none loads.
+    bool OpenModule(const std::string& fileName, const std::string& buildPath);
     // True when a library is loaded.
     bool IsOpen() const { return handle_ != nullptr; }
     // Address of the exported symbol `name`, or null.

@@ -1,6 +1,8 @@
 """The Debian package built by scripts/package from this build tree: its control data, its files,
 the packaged tool at work in a private root, its manual page, and lintian's verdict."""
 import filecmp
+import os
+import pathlib
 import re
 import subprocess
 
@@ -63,10 +65,17 @@ def test_control_fields(deb, field, pattern):
     assert re.fullmatch(pattern, fields.get(field, "")), fields
 
 
+def modules():
+    """The modules this build made, as the package installs them."""
+    return {f"usr/lib/dicapsule/{path.name}" for path in pathlib.Path(env("DICAPSULE_BUILD")).glob("dicapsule_*.so")}
+
+
 def test_depends_names_exactly_the_packages_of_the_loaded_libraries(deb, root):
-    dynamic = subprocess.run(["readelf", "-d", root / "usr/bin/dicapsule"], capture_output=True,
-                             text=True, check=True).stdout
-    needed = re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic)
+    needed = set()
+    for binary in ["usr/bin/dicapsule", *modules()]:
+        dynamic = subprocess.run(["readelf", "-d", root / binary], capture_output=True,
+                                 text=True, check=True).stdout
+        needed.update(re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic))
     depends = {entry.split()[0] for entry in control(deb)["Depends"].split(", ")}
     shipped_by = {}
     for soname in needed:
@@ -79,7 +88,7 @@ def test_depends_names_exactly_the_packages_of_the_loaded_libraries(deb, root):
 def test_package_holds_exactly_the_installed_files(deb):
     listing = subprocess.run(["dpkg-deb", "-c", deb], capture_output=True, text=True, check=True).stdout
     files = {line.split()[-1].removeprefix("./") for line in listing.splitlines() if line.startswith("-")}
-    assert files == FILES
+    assert files == FILES | modules()
 
 
 @pytest.mark.parametrize("args", [["--help"], *[[op, "--help"] for op in OPERATIONS]], ids=" ".join)
@@ -102,6 +111,33 @@ def test_packaged_tool_round_trips_the_packaged_example(root, tmp_path):
         assert done.returncode == 0, (step, done.stderr)
     assert "report.pdf" in run(tool, "info", "-i", str(packed)).stdout
     assert filecmp.cmp(examples / "report.pdf", restored, shallow=False)
+
+
+def test_packaged_tool_loads_its_module_from_the_package(root, tmp_path):
+    """A 12-bit JPEG thumbnail needs the extended JPEG module: the packaged tool finds the packaged one."""
+    module = root / "usr/lib/dicapsule/dicapsule_jpegext.so"
+    if not module.is_file():
+        pytest.skip("this build has no extended JPEG module")
+    pydicom = pytest.importorskip("pydicom")
+    from pydicom.dataset import FileMetaDataset
+    source = pydicom.Dataset()
+    source.file_meta = FileMetaDataset()
+    source.file_meta.TransferSyntaxUID = pydicom.uid.ExplicitVRLittleEndian
+    source.file_meta.MediaStorageSOPClassUID = source.SOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
+    source.file_meta.MediaStorageSOPInstanceUID = source.SOPInstanceUID = "1.2.3.4"
+    source.update(dict(Rows=8, Columns=8, SamplesPerPixel=1, PhotometricInterpretation="MONOCHROME2",
+                       BitsAllocated=16, BitsStored=12, HighBit=11, PixelRepresentation=0))
+    source.PixelData = bytes(v % 256 for v in range(128))
+    source.is_little_endian, source.is_implicit_VR = True, False
+    source.save_as(tmp_path / "grey12.dcm", write_like_original=False)
+    subprocess.run(["dcmcjpeg", "+ee", tmp_path / "grey12.dcm", tmp_path / "thumb.dcm"], check=True)
+    examples = root / DOC / "examples"
+    done = run(root / "usr/bin/dicapsule", "pack", "-i", str(examples / "report.pdf"), "-m",
+               str(examples / "metadata.xml"), "-t", "thumb.dcm", "-o", "out.dcm", cwd=tmp_path,
+               env={**os.environ, "LD_DEBUG": "files"})
+    assert done.returncode == 0, done.stderr
+    loaded = re.findall(r"file=(\S*dicapsule_jpegext\.so) \[0\];\s+dynamically loaded", done.stderr)
+    assert [os.path.realpath(path) for path in loaded] == [str(module.resolve())]
 
 
 def test_packaged_manual_page_renders_without_warnings(root):

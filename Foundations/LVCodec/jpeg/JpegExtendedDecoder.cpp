@@ -15,14 +15,13 @@ namespace {
 
 constexpr const char* kModule = "Module JPEG";
 
-// The module's entry point, loaded on first use: beside the executable (an installed tool), else
+// The module's entry point, loaded on first use from where the tool's modules are installed, else
 // where the build wrote it (tests). Null when this build has no module or it cannot be loaded.
 DicapsuleDecodeJpegFunction LoadModule() {
 #if defined(DICAPSULE_JPEG_MODULE_FILE) && defined(DICAPSULE_JPEG_MODULE_BUILD_PATH)
     static Portability::ExternalLibrary library;
     static const DicapsuleDecodeJpegFunction entry = [] {
-        const std::string beside = Portability::ExecutableDirectory() + DICAPSULE_JPEG_MODULE_FILE;
-        if (!library.Open(beside) && !library.Open(DICAPSULE_JPEG_MODULE_BUILD_PATH)) return DicapsuleDecodeJpegFunction{};
+        if (!library.OpenModule(DICAPSULE_JPEG_MODULE_FILE, DICAPSULE_JPEG_MODULE_BUILD_PATH)) return DicapsuleDecodeJpegFunction{};
         return reinterpret_cast<DicapsuleDecodeJpegFunction>(library.Symbol(kJpegModuleEntry));
     }();
     return entry;

@@ -10,6 +10,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/RowElements.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/DicomFileDataControllerFactory.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueAlignment.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Portability/Misc/DebugTrace.h"
 
@@ -231,6 +232,9 @@ bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& ins
                                  Portability::ExistingTarget existing) {
     dcm::DicomDataSet dataSet;
     if (!BuildInstanceDataSet(set, instance, dataSet)) return false;
+    // A large payload starts on a block boundary so that it can be cloned rather than copied; a
+    // file where that fails is still complete and valid, only copied the ordinary way.
+    dcm::AlignLargeValue(dataSet, dcm::StreamEncoding::ExplicitLittleEndian, ImplementationClassUid());
     if (!dcm::WriteDicomFile(path, dataSet, dcm::StreamEncoding::ExplicitLittleEndian, existing)) {
         LV_TRACE(kModule, "Writing %s failed", path.c_str());
         return false;
