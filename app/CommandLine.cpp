@@ -4,6 +4,7 @@
 #include "cmdline/HelpWords.h"
 #include "cmdline/ProgramName.h"
 #include "cmdline/UsageError.h"
+#include "Portability/Misc/DebugTrace.h"
 
 #include <exception>
 #include <iostream>
@@ -32,6 +33,8 @@ void RunCommandLine(int argc, const char* const argv[]) {
 
 int Main(int argc, const char* const argv[]) {
     const std::string prog = LibCommon::ProgramName(argc > 0 ? argv[0] : nullptr);
+    // The debug trace says why a file or a document was refused; users reach it on request.
+    Portability::InstallTraceSinkFromEnvironment();
     try {
         RunCommandLine(argc, argv);
         std::cout.flush();

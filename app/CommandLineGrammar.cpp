@@ -55,6 +55,11 @@ OutputEncoding::Enum ParseEncodingOption(const std::string& value) {
     return encoding;
 }
 
+std::string TextFromUtf8(const std::string& utf8) {
+    Lumivale::DataModule::FromUtf8(utf8);  // validates
+    return utf8;
+}
+
 boost::filesystem::path PathFromUtf8(const std::string& utf8) {
     Lumivale::DataModule::FromUtf8(utf8);  // validates; file-system paths are UTF-8 on this platform
     return boost::filesystem::path(utf8);

@@ -7,7 +7,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
-#include "Foundations/DataModule/Uid/TestMode.h"
+#include "Foundations/DataModule/Rows/TestMode.h"
 #include "Foundations/DataModule/Uid/UIDGenerator.h"
 #include "Foundations/DataModule/Uid/IdentitySource.h"
 #include "Foundations/DataModule/metadata/MetadataReader.h"
@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <variant>
 
 namespace Dicapsule {
 
@@ -59,7 +60,22 @@ bool HasNonAscii(std::string_view text) {
     return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
-// True when some named attribute of the rows holds text beyond ASCII.
+// True when an extra element holds text beyond ASCII, directly or in the items of a sequence (whose
+// stored text is UTF-8; a byte above 0x7F there may also be part of a binary number, and then
+// UTF-8 is declared without need, which does no harm).
+bool ExtrasNeedMoreThanAscii(const dm::ExtraElementList& extras) {
+    for (const auto& [tag, extra] : extras) {
+        if (const auto* text = std::get_if<std::string>(&extra.value)) {
+            if (HasNonAscii(*text)) return true;
+        } else if (extra.vr == "SQ") {
+            const auto& bytes = std::get<std::vector<std::uint8_t>>(extra.value);
+            if (std::any_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte >= 0x80; })) return true;
+        }
+    }
+    return false;
+}
+
+// True when some named attribute or extra element of the rows holds text beyond ASCII.
 bool RowsNeedMoreThanAscii(const dm::MetadataRows& rows) {
     const std::pair<dm::RowKind, const dm::DataRow*> scopes[] = {
         {dm::RowKind::Patient, rows.patient}, {dm::RowKind::Study, rows.study}, {dm::RowKind::Series, rows.series},
@@ -69,6 +85,7 @@ bool RowsNeedMoreThanAscii(const dm::MetadataRows& rows) {
             const std::optional<std::string> text = attribute.get(*row);
             if (text && HasNonAscii(*text)) return true;
         }
+        if (ExtrasNeedMoreThanAscii(row->extra_elements)) return true;
     }
     return false;
 }
@@ -90,7 +107,8 @@ ConversionResult AttachThumbnail(const ConversionRequest& request, dm::InstanceD
     // The icon keeps the thumbnail's own size and depth: the builder's reduction is switched off
     // for the build and switched on again afterwards, whatever the outcome.
     instance.icon_image.reduce = false;
-    const bool inserted = Lumivale::Imaging::SetIconImage(instance.icon_image, image, true);
+    // The image is not needed once its pixels are in the icon: the builder may give it back as it copies.
+    const bool inserted = Lumivale::Imaging::SetIconImage(instance.icon_image, std::move(image));
     instance.icon_image.reduce = true;
     if (!inserted) return ConversionResult::thumbnail_not_inserted;
     instance.duplicate_icon_as_image = request.hackforbmpacs;
@@ -129,7 +147,8 @@ ConversionResult convert(const ConversionRequest& request) {
 
     CompleteIdentifiers(rows);
     dm::DataAdapterModule::DicomFileDataAdapter adapter;
-    if (!adapter.Write(set, *instance, Portability::PathFromUtf8(request.output))) return ConversionResult::output_not_written;
+    const auto existing = request.replace_existing ? Portability::ExistingTarget::replace : Portability::ExistingTarget::refuse;
+    if (!adapter.Write(set, *instance, Portability::PathFromUtf8(request.output), existing)) return ConversionResult::output_not_written;
     return ConversionResult::written;
 }
 

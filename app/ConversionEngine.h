@@ -28,6 +28,7 @@ struct ConversionRequest {
     std::optional<std::string> thumbnail;  // UTF-8 path
     bool hackforbmpacs = false;
     std::string output;  // UTF-8 path
+    bool replace_existing = false;  // --force: take the place of whatever is at output
 };
 
 // The engine's result codes; the pack body turns each into its message.

@@ -1,5 +1,7 @@
 #include "app/InfoDocument.h"
 
+#include "app/XmlText.h"
+
 #include <pugixml.hpp>
 
 namespace Dicapsule {
@@ -15,17 +17,19 @@ void WriteInfoDocument(std::ostream& out, const std::string& original_name, cons
     pugi::xml_node orchid = document.append_child("orchid");
     orchid.append_attribute("type") = "Dicapsule";
     pugi::xml_node parameters = orchid.append_child("parameters");
-    parameters.append_attribute("originalname") = original_name.c_str();
-    parameters.append_attribute("commandline") = command_line.c_str();
+    parameters.append_attribute("originalname") = XmlSafeText(original_name).c_str();
+    parameters.append_attribute("commandline") = XmlSafeText(command_line).c_str();
 
     if (!references.empty()) {
         pugi::xml_node list = orchid.append_child("references");
         for (const ReferenceRecord& reference : references) {
             pugi::xml_node node = list.append_child("reference");
-            node.append_attribute("studyinstanceuid") = reference.study_instance_uid.c_str();
-            node.append_attribute("seriesinstanceuid") = reference.series_instance_uid.c_str();
-            node.append_attribute("sopinstanceuid") = reference.sop_instance_uid.c_str();
-            if (!reference.sop_class_uid.empty()) node.append_attribute("sopclassuid") = reference.sop_class_uid.c_str();
+            node.append_attribute("studyinstanceuid") = XmlSafeText(reference.study_instance_uid).c_str();
+            node.append_attribute("seriesinstanceuid") = XmlSafeText(reference.series_instance_uid).c_str();
+            node.append_attribute("sopinstanceuid") = XmlSafeText(reference.sop_instance_uid).c_str();
+            if (!reference.sop_class_uid.empty()) {
+                node.append_attribute("sopclassuid") = XmlSafeText(reference.sop_class_uid).c_str();
+            }
         }
     }
     document.save(out, "\t", pugi::format_default, pugi::encoding_utf8);

@@ -46,7 +46,7 @@ PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
 
     const std::optional<std::string> metadata = OptionalText(values, "metadata");
     if (!metadata) throw UsageError("The --metadata option is required.");
-    record.metadata = *metadata;
+    record.metadata = TextFromUtf8(*metadata);  // a path or the document itself
 
     if (values.count("reference")) {
         record.references = ParseReferenceOptions(values["reference"].as<std::vector<std::string>>());

@@ -5,6 +5,7 @@
 #include "Foundations/DataModule/Common/TextUtils.h"
 #include "Foundations/DataModule/Enumerations/Modality.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
+#include "Portability/Misc/InputFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace Dicapsule {
 
@@ -22,10 +24,11 @@ constexpr const char* kProductVersion = "2.0.10";
 
 namespace fs = boost::filesystem;
 
-// True when something (file, directory, anything) already answers to path.
-bool Exists(const fs::path& path) {
+// True when something (file, directory, anything) already answers to path; a symbolic link is
+// followed unless told otherwise.
+bool Exists(const fs::path& path, bool follow = true) {
     boost::system::error_code error;
-    const fs::file_type type = fs::status(path, error).type();
+    const fs::file_type type = (follow ? fs::status(path, error) : fs::symlink_status(path, error)).type();
     return type != fs::status_unknown && type != fs::file_not_found;
 }
 
@@ -37,18 +40,20 @@ std::string MissingDirectoryNote(const fs::path& output) {
     return " The directory " + QuotedPath(directory.string()) + " does not exist.";
 }
 
-// The input as a payload: a region of the input file, never loaded into memory here.
-Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input) {
-    boost::system::error_code error;
-    const bool regular = fs::is_regular_file(input, error);
-    const std::uintmax_t size = regular ? fs::file_size(input, error) : 0;
-    if (!regular || error) throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ".");
-    if (size > kMaxPayloadBytes) {
-        throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is too large to be packed (" +
-                                 std::to_string(size) + " bytes): a DICOM value holds at most " +
-                                 std::to_string(kMaxPayloadBytes) + " bytes.");
+// The input opened for the whole run, so that a missing or unreadable input fails here, before
+// the metadata and thumbnail are loaded; the payload then travels as a region of it.
+Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input, Portability::InputFile& file) {
+    switch (file.Open(input.string(), kMaxPayloadBytes)) {
+        case Portability::InputFile::Status::opened:
+            break;
+        case Portability::InputFile::Status::too_large:
+            throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is too large to be packed (" +
+                                     std::to_string(file.Size()) + " bytes): a DICOM value holds at most " +
+                                     std::to_string(kMaxPayloadBytes) + " bytes.");
+        default:
+            throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ".");
     }
-    return Lumivale::DataModule::ByteBuffer::OfFileRegion({Portability::PathFromUtf8(input.string()), 0, size});
+    return Lumivale::DataModule::ByteBuffer::OfFileRegion({Portability::PathFromUtf8(file.ReadablePath()), 0, file.Size()});
 }
 
 // A modality given on the command line must be one of the defined terms (case and blanks aside).
@@ -60,11 +65,20 @@ void RequireKnownModality(const std::optional<std::string>& modality) {
     }
 }
 
-void RequireValidUids(const IdentifierFields& identifier) {
+void RequireValidUid(const std::string& uid) {
+    if (!Lumivale::DataModule::IsValidUid(uid)) throw std::runtime_error("\"" + uid + "\" is not a valid UID.");
+}
+
+// The UIDs of --Identifier and --reference land in the instance as they are: both are checked alike.
+void RequireValidUids(const IdentifierFields& identifier, const std::vector<ReferenceRecord>& references) {
     for (const auto* uid : {&identifier.study_instance_uid, &identifier.series_instance_uid,
                             &identifier.sop_instance_uid}) {
-        if (*uid && !Lumivale::DataModule::IsValidUid(**uid)) {
-            throw std::runtime_error("\"" + **uid + "\" is not a valid UID.");
+        if (*uid) RequireValidUid(**uid);
+    }
+    for (const ReferenceRecord& reference : references) {
+        for (const std::string* uid : {&reference.study_instance_uid, &reference.series_instance_uid,
+                                       &reference.sop_instance_uid, &reference.sop_class_uid}) {
+            if (!uid->empty()) RequireValidUid(*uid);
         }
     }
 }
@@ -89,18 +103,20 @@ std::string ResultMessage(ConversionResult result, const ConversionRequest& requ
     }
 }
 
+std::string AlreadyExists(const fs::path& output) {
+    return QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
+}
+
 }  // namespace
 
 void pack(int argc, const char* const argv[], const PackRecord& record) {
-    if (!record.force && Exists(record.output)) {
-        throw std::runtime_error(QuotedPath(record.output.string()) +
-                                 " already exists. Use the --force option to overwrite it.");
-    }
-    RequireValidUids(record.identifier);
+    if (!record.force && Exists(record.output)) throw std::runtime_error(AlreadyExists(record.output));
+    RequireValidUids(record.identifier, record.references);
     RequireKnownModality(record.modality);
 
+    Portability::InputFile input;
     ConversionRequest request;
-    request.content = OpenPayload(record.input);
+    request.content = OpenPayload(record.input, input);
     request.command_line = RecordCommandLine(argc, argv);
     request.original_name = record.input.filename().string();
     request.references = record.references;
@@ -113,8 +129,14 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     if (record.thumbnail) request.thumbnail = record.thumbnail->string();
     request.hackforbmpacs = record.hackforbmpacs;
     request.output = record.output.string();
+    request.replace_existing = record.force;
 
     const ConversionResult result = convert(request);
+    // Without --force the write refuses whatever took the name since the check above (a dangling
+    // symbolic link included, which that check follows and cannot see).
+    if (result == ConversionResult::output_not_written && !record.force && Exists(record.output, false)) {
+        throw std::runtime_error(AlreadyExists(record.output));
+    }
     if (result != ConversionResult::written) throw std::runtime_error(ResultMessage(result, request));
 }
 

@@ -5,6 +5,10 @@
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Portability/Misc/Utf8Path.h"
 
+#include <cstdint>
+#include <variant>
+#include <vector>
+
 namespace Dicapsule {
 
 using Lumivale::DataModule::ByteBuffer;
@@ -34,21 +38,43 @@ void store_payload(CustomDataStore& store, const ByteBuffer& content, const std:
     if (!references.empty()) store.SetText(std::string(kInstanceReferencesKey), FormatReferences(references));
 }
 
+namespace {
+
+// A text value, whole: a long one stays in the packed file until it is read here. False when the
+// key is absent or its bytes cannot be read.
+bool ReadStoredText(const CustomDataStore& store, std::string_view key, std::string& out) {
+    const Lumivale::DataModule::CustomDataValue* value = store.Find(key);
+    if (value == nullptr) return false;
+    if (const auto* text = std::get_if<std::string>(value)) {
+        out = *text;
+        return true;
+    }
+    std::vector<std::uint8_t> bytes;
+    if (!std::get<ByteBuffer>(*value).ReadAll(bytes)) return false;
+    out.assign(bytes.begin(), bytes.end());
+    return true;
+}
+
+}  // namespace
+
 PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content, PayloadFacts& facts) {
     if (store.IsValueEmpty(kPackedFileNameKey) || store.IsValueEmpty(kPackedFileContentKey)) {
         return PayloadReadResult::not_packed;
     }
     PayloadFacts read;
-    if (!store.GetText(kPackedFileNameKey, read.name)) return PayloadReadResult::not_packed;
-    store.GetText(kCommandLineKey, read.command_line);
+    if (!ReadStoredText(store, kPackedFileNameKey, read.name)) return PayloadReadResult::text_unreadable;
+    if (store.Contains(kCommandLineKey) && !ReadStoredText(store, kCommandLineKey, read.command_line)) {
+        return PayloadReadResult::text_unreadable;
+    }
     if (want_content) {
         const ByteBuffer* content = store.GetBytes(kPackedFileContentKey);
         if (content == nullptr) return PayloadReadResult::not_packed;
         read.content = *content;
     }
     std::string references;
-    if (store.GetText(kInstanceReferencesKey, references) && !ParseReferences(references, read.references)) {
-        return PayloadReadResult::bad_reference_text;
+    if (store.Contains(kInstanceReferencesKey)) {
+        if (!ReadStoredText(store, kInstanceReferencesKey, references)) return PayloadReadResult::text_unreadable;
+        if (!ParseReferences(references, read.references)) return PayloadReadResult::bad_reference_text;
     }
     facts = std::move(read);
     return PayloadReadResult::success;

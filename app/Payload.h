@@ -32,7 +32,8 @@ struct PayloadFacts {
 };
 
 // Outcomes of reading a payload.
-enum class PayloadReadResult { success, load_failed, not_packed, bad_reference_text };
+// text_unreadable: a stored text (name, command line, references) could not be read from the file.
+enum class PayloadReadResult { success, load_failed, not_packed, bad_reference_text, text_unreadable };
 
 // The arguments from argv[1] on, joined by one space; an argument holding a space is put between
 // double quotes, nothing else is escaped.

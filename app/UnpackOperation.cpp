@@ -57,15 +57,17 @@ void unpack(const UnpackRecord& record) {
     if (result != PayloadReadResult::success) throw std::runtime_error(ReadFailure(result, input));
 
     const fs::path output = ResolveUnpackOutput(record.target, record.input, facts.name);
+    const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
     boost::system::error_code error;
     const fs::file_type type = fs::status(output, error).type();
-    if (!record.force && type != fs::status_unknown && type != fs::file_not_found) {
-        throw std::runtime_error(QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.");
-    }
+    if (!record.force && type != fs::status_unknown && type != fs::file_not_found) throw std::runtime_error(exists);
 
-    Portability::AtomicFileWriter writer(output.string());
+    // Without --force the last step refuses an output that appeared since the check above.
+    Portability::AtomicFileWriter writer(output.string(), record.force ? Portability::ExistingTarget::replace
+                                                                       : Portability::ExistingTarget::refuse);
     if (!writer.Open() || !WriteContent(facts.content, writer) || writer.size() != facts.content.Length() ||
         !writer.Commit()) {
+        if (writer.failure() == Portability::WriteFailure::target_exists) throw std::runtime_error(exists);
         std::string message = "Could not open " + QuotedPath(output.string()) + ".";
         const fs::path directory = output.parent_path();
         if (!directory.empty() && !fs::exists(directory, error)) {

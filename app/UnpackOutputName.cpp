@@ -14,10 +14,13 @@ std::string Stem(const std::string& name) {
     return (dot == std::string::npos || dot == 0) ? name : name.substr(0, dot);
 }
 
-// The last "." suffix with its dot, or nothing.
+// The last "." suffix of the name's last component (after any "/" or "\\", whichever system wrote
+// it), with its dot, or nothing.
 std::string LastExtension(const std::string& name) {
-    const std::size_t dot = name.rfind('.');
-    return dot == std::string::npos ? std::string() : name.substr(dot);
+    const std::size_t separator = name.find_last_of("/\\");
+    const std::string last = separator == std::string::npos ? name : name.substr(separator + 1);
+    const std::size_t dot = last.rfind('.');
+    return dot == std::string::npos ? std::string() : last.substr(dot);
 }
 
 }  // namespace
@@ -31,12 +34,15 @@ boost::filesystem::path ResolveUnpackOutput(const std::variant<OutputFile, Outpu
                                             const boost::filesystem::path& input, const std::string& original_name) {
     if (const auto* file = std::get_if<OutputFile>(&target)) return file->path;
     const auto& directory = std::get<OutputDirectory>(target);
-    if (!IsPlainFileName(original_name)) {
-        throw std::runtime_error("The original file name " + QuotedPath(original_name) + " stored in the input file " +
-                                 QuotedPath(input.string()) + " is not a plain file name; use the --output option.");
+    if (directory.use_original_name) {
+        if (!IsPlainFileName(original_name)) {
+            throw std::runtime_error("The original file name " + QuotedPath(original_name) + " stored in the input file " +
+                                     QuotedPath(input.string()) + " is not a plain file name; use the --output option.");
+        }
+        return directory.path / original_name;
     }
-    if (directory.use_original_name) return directory.path / original_name;
-    // The input's own name can make a derived name that leaves the directory too ("..." gives "..").
+    // Only the stored name's extension is used; the derived name is checked as a whole, since the
+    // input's own name can make one that leaves the directory too ("..." gives "..").
     const std::string derived = Stem(input.filename().string()) + LastExtension(original_name);
     if (!IsPlainFileName(derived)) {
         throw std::runtime_error("The output file name " + QuotedPath(derived) + " derived from the input file " +

@@ -17,12 +17,37 @@ function(dicapsule_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Werror)
 endfunction()
 
+# dicapsule_headers(FOLDER OUT_VAR): the headers of the library in FOLDER, without those of the
+# libraries nested below it (a subfolder with a CMakeLists.txt of its own is another library).
+function(dicapsule_headers folder out_var)
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${folder}/*.h ${folder}/*.hpp ${folder}/*.inc)
+  file(GLOB_RECURSE nested CONFIGURE_DEPENDS ${folder}/*/CMakeLists.txt)
+  foreach(list_file ${nested})
+    get_filename_component(nested_folder ${list_file} DIRECTORY)
+    list(FILTER headers EXCLUDE REGEX "^${nested_folder}/")
+  endforeach()
+  set(${out_var} ${headers} PARENT_SCOPE)
+endfunction()
+
 # dicapsule_library(NAME SOURCES... [PUBLIC_DEPS ...] [PRIVATE_DEPS ...])
-# One static library per source folder; the folder's parent of Foundations etc. is the include root.
+# One static library per source folder. Its public include folder is a tree of its own under the
+# build folder that holds links to its headers only, at their paths from the repository root; a
+# library reaches the headers of the libraries it links and no others, so an include that points
+# up the layers fails to compile in the lower library itself.
 function(dicapsule_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC_DEPS;PRIVATE_DEPS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
-  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  set(include_root ${PROJECT_BINARY_DIR}/include/${name})
+  file(REMOVE_RECURSE ${include_root})
+  dicapsule_headers(${CMAKE_CURRENT_SOURCE_DIR} headers)
+  foreach(header ${headers})
+    file(RELATIVE_PATH relative ${PROJECT_SOURCE_DIR} ${header})
+    get_filename_component(link_folder ${include_root}/${relative} DIRECTORY)
+    file(MAKE_DIRECTORY ${link_folder})
+    file(CREATE_LINK ${header} ${include_root}/${relative} SYMBOLIC)
+  endforeach()
+  file(MAKE_DIRECTORY ${include_root})
+  target_include_directories(${name} PUBLIC ${include_root})
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC_DEPS} PRIVATE ${ARG_PRIVATE_DEPS})
   dicapsule_warnings(${name})
 endfunction()

@@ -334,6 +334,28 @@ def edition_seeds():
         "utf16.xml": '<?xml version="1.0" encoding="UTF-16"?><orchid type="x"><operations><operation type="edition">'
                      '<Patient><String Name="PatientID" Value="Z"/></Patient></operation></operations></orchid>'.encode("utf-16"),
         "not-xml.xml": b"<orchid type=\"x\"><operations><operation type=\"edition\"><Patient>",
+        **depth_and_size_seeds(document),
+    }
+
+
+def depth_and_size_seeds(document):
+    """Sequences at, beyond and far beyond the 64 levels the reader accepts; deep nesting that is
+    not a sequence; a wide document of many small nodes and attributes."""
+    sequence = (b'<Sequence Name="RequestAttributesSequence"><Item>', b"</Item></Sequence>")
+    def edition(body):
+        return document(b'<operation type="edition"><Study>' + body + b"</Study></operation>")
+    def nested(depth, opening, closing, inner=b""):
+        return opening * depth + inner + closing * depth
+    leaf = b'<String Name="RequestedProcedureID" Value="x"/>'
+    return {
+        "depth-64.xml": edition(nested(64, *sequence, leaf)),
+        "depth-65.xml": edition(nested(65, *sequence, leaf)),
+        "depth-300.xml": edition(nested(300, *sequence)),
+        "depth-plain.xml": edition(b'<String Name="StudyID" Value="1">' + nested(5000, b"<x>", b"</x>") + b"</String>"),
+        "depth-items.xml": edition(b'<Sequence Name="RequestAttributesSequence">' + nested(3000, b"<Item>", b"</Item>")
+                                   + b"</Sequence>"),
+        "size-wide.xml": document(b'<operation type="edition"><Study>' + b'<a b="" c=""/>x' * 4000
+                                  + b"</Study></operation>" + b"<a/>" * 4000),
     }
 
 

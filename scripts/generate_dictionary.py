@@ -41,7 +41,7 @@ STANDARD_ROWS_BEFORE_FIXED = 4345
 VR_NAMES = {
     "AE", "AS", "AT", "CS", "DA", "DS", "DT", "FL", "FD", "IS", "LO", "LT",
     "OB", "OD", "OF", "OL", "OW", "PN", "SH", "SL", "SQ", "SS", "ST", "TM",
-    "UC", "UI", "UL", "UN", "UR", "US", "UT",
+    "UC", "UI", "UL", "UN", "UR", "US", "UT", "OV", "SV", "UV",
 }
 # Dictionary VR texts that are not one of the plain codes above.
 VR_ALIASES = {
@@ -50,9 +50,6 @@ VR_ALIASES = {
     "US or SS or OW": "SW",
     "US or OW": "SW",     # LUT Data: 16-bit words, signedness given elsewhere
     "NONE": "Unknown",    # items and delimitations carry no VR
-    "OV": "Unknown",      # 64-bit VRs have no row in the codec's VR table
-    "SV": "Unknown",
-    "UV": "Unknown",
 }
 VM_NAMES = {
     "1": "_1", "1-2": "_1_2", "1-3": "_1_3", "1-8": "_1_8", "1-32": "_1_32",

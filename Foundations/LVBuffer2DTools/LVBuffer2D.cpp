@@ -2,6 +2,7 @@
 
 #include "Portability/Misc/HugePages.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <new>
@@ -110,6 +111,13 @@ void LVBuffer2D::Reset() {
     lineStride_ = 0;
     block_.reset();
     blockSize_ = 0;
+}
+
+void LVBuffer2D::ReleaseLeadingRows(std::int32_t rows) {
+    if (!block_ || rows <= 0) return;
+    rows = std::min(rows, Height());
+    for (unsigned p = 0; p < Planes(); ++p)
+        if (planes_[p]) Portability::ReleasePages(planes_[p], static_cast<std::size_t>(lineStride_ * rows));
 }
 
 bool LVBuffer2D::MakeView(LVBuffer2D& view, unsigned i0, unsigned i1, unsigned i2, unsigned i3) const {

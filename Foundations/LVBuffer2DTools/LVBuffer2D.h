@@ -47,6 +47,9 @@ public:
                   std::size_t alignment = 0);
     // Forget geometry and planes and free any owned memory.
     void Reset();
+    // Give the memory of rows [0, rows) of every plane of an owning buffer back to the system once
+    // they have been consumed: their samples are lost. Views and rows past the end are left alone.
+    void ReleaseLeadingRows(std::int32_t rows);
 
     // Make view hold this buffer's planes at the given indices (indices >= 4 or past the plane count are skipped).
     bool MakeView(LVBuffer2D& view, unsigned i0, unsigned i1 = kNoPlane, unsigned i2 = kNoPlane,

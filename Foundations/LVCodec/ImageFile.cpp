@@ -48,4 +48,17 @@ bool AllocateImage(LVImageMemory& image, std::uint64_t width, std::uint64_t heig
     return true;
 }
 
+void ShiftSignedIntoUnsignedRange(LVBuffer2D& out, unsigned bits) {
+    const std::int64_t half = std::int64_t{1} << (bits - 1);
+    const std::int64_t mask = (half << 1) - 1;
+    const bool wasSigned = !out.Type().isUnsigned;
+    for (unsigned p = 0; p < out.Planes(); ++p)
+        for (std::int32_t y = 0; y < out.Height(); ++y)
+            for (std::int32_t x = 0; x < out.Width(); ++x) {
+                const std::int64_t v = out.Sample(p, x, y);
+                out.SetSample(p, x, y, wasSigned ? v + half : (v & mask) ^ half);
+            }
+    out.SetUnsigned(true);
+}
+
 }  // namespace Lumivale::Imaging

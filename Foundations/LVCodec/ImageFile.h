@@ -14,6 +14,17 @@ inline constexpr std::uint64_t kMaxImageFileBytes = std::uint64_t{1} << 30;
 // Largest number of pixels a decoder allocates (2^28).
 inline constexpr std::uint64_t kMaxImagePixels = std::uint64_t{1} << 28;
 
+// Stretch a sample of 0..maximum over 0..255, rounding to nearest (how low bit depths are shown).
+constexpr std::uint8_t ScaleToEightBits(std::uint32_t value, std::uint32_t maximum) {
+    return static_cast<std::uint8_t>((std::uint64_t{value} * 255 + maximum / 2) / maximum);
+}
+
+// Move signed samples into the unsigned range by adding 2^(bits - 1): the order of values is kept
+// and the shift can be undone. A signed buffer is shifted by value; an unsigned one is taken to
+// hold two's-complement patterns of `bits` bits (as DICOM stores them), whose sign bit is flipped.
+// The buffer is unsigned afterwards.
+void ShiftSignedIntoUnsignedRange(LVBuffer2D& out, unsigned bits);
+
 // Read the whole file at path into bytes; false (with a trace line) when unreadable or too large.
 bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module);
 // True when width and height are positive, fit in 32 bits and their product is at most kMaxImagePixels.

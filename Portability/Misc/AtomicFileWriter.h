@@ -1,19 +1,38 @@
 #pragma once
 // Writes a file so that readers only ever see the old content or the complete new one: the bytes
-// go to a temporary file beside the target, which is renamed over the target on Commit. A writer
+// go to a temporary file beside the target, which takes the target's name on Commit. A writer
 // destroyed without a successful Commit removes its temporary file, so a failure never leaves a
-// partial output or damages an existing file.
+// partial output or damages an existing file. Where the platform allows, the temporary file has
+// no name at all until Commit, so not even a killed process leaves it behind; otherwise its name
+// is short (it fits wherever the target's name fits) and is removed when the process is
+// interrupted (SIGINT, SIGTERM, SIGHUP).
+//
+// An existing symbolic link at the target is itself replaced, never followed.
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace Portability {
 
+// What Commit does when something already answers to the target's name.
+enum class ExistingTarget {
+    replace,  // take its place; a replaced regular file lends its permissions (and, for root, owner)
+    refuse,   // fail with WriteFailure::target_exists, checked atomically at the last step
+};
+
+// Why the last step of a writer failed.
+enum class WriteFailure {
+    none,
+    target_exists,  // ExistingTarget::refuse and the target existed when Commit tried to take it
+    io,             // any other failure (directory missing, no permission, disk full, ...)
+};
+
 class AtomicFileWriter {
 public:
     // Nothing is created until Open.
-    explicit AtomicFileWriter(std::string target);
+    explicit AtomicFileWriter(std::string target, ExistingTarget existing = ExistingTarget::replace);
     ~AtomicFileWriter();
     AtomicFileWriter(const AtomicFileWriter&) = delete;
     AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
@@ -23,22 +42,27 @@ public:
     // Append bytes; false on any write failure.
     bool Write(const void* data, std::size_t size);
     // Append `length` bytes of the open file `source_fd` starting at `offset`, copied file to file
-    // (copy_file_range, with a buffered fallback) without passing through the caller's memory.
+    // without passing through the caller's memory.
     bool CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length);
-    // Flush, close and rename over the target (replacing it); false when any step fails.
+    // Flush, close and give the file the target's name; false when any step fails (see failure()).
     bool Commit();
 
     // Bytes appended so far.
     std::uint64_t size() const { return size_; }
     const std::string& target() const { return target_; }
+    // Why Open, Write, CopyFrom or Commit last failed.
+    WriteFailure failure() const { return failure_; }
 
 private:
+    struct Temporary;  // the platform's temporary file
+    bool Fail(WriteFailure failure);
     void Discard() noexcept;
 
     std::string target_;
-    std::string temporary_;
-    int fd_ = -1;
+    ExistingTarget existing_;
+    std::unique_ptr<Temporary> temporary_;
     std::uint64_t size_ = 0;
+    WriteFailure failure_ = WriteFailure::none;
 };
 
 }  // namespace Portability

@@ -2,6 +2,8 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
 #include <utility>
 
 namespace Portability {
@@ -15,6 +17,24 @@ TraceSink& CurrentSink() {
 
 TraceSink SetTraceSink(TraceSink sink) {
     return std::exchange(CurrentSink(), std::move(sink));
+}
+
+std::string FormatTraceLine(const TraceLine& line) {
+    const std::size_t slash = line.file.find_last_of("/\\");
+    const std::string_view file = slash == std::string_view::npos ? line.file : line.file.substr(slash + 1);
+    std::string text;
+    text.append(line.module).append(" ").append(file).append(":").append(std::to_string(line.line));
+    return text.append(": ").append(line.text);
+}
+
+bool InstallTraceSinkFromEnvironment() {
+    const char* wanted = std::getenv("DICAPSULE_TRACE");
+    if (wanted == nullptr || *wanted == '\0') return false;
+    SetTraceSink([](const TraceLine& line) {
+        const std::string text = FormatTraceLine(line) + "\n";
+        std::fwrite(text.data(), 1, text.size(), stderr);
+    });
+    return true;
 }
 
 void Trace(std::string_view module, std::string_view file, int line, std::string_view text) noexcept {

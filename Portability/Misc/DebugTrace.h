@@ -22,6 +22,13 @@ using TraceSink = std::function<void(const TraceLine&)>;
 // Install the sink that receives every trace line (an empty function drops them); returns the previous one.
 TraceSink SetTraceSink(TraceSink sink);
 
+// The line as a person reads it: "module file:line: text", with the file's name only.
+std::string FormatTraceLine(const TraceLine& line);
+
+// When the environment variable DICAPSULE_TRACE is set and not empty, install a sink that writes
+// every line, formatted, to standard error, and return true; otherwise change nothing.
+bool InstallTraceSinkFromEnvironment();
+
 // Hand one line to the sink. Never throws.
 void Trace(std::string_view module, std::string_view file, int line, std::string_view text) noexcept;
 

@@ -21,4 +21,17 @@ void AdviseHugePages(void* start, std::size_t length) noexcept {
 #endif
 }
 
+void ReleasePages(void* start, std::size_t length) noexcept {
+#if defined(MADV_DONTNEED)
+    constexpr std::uintptr_t kPage = 4096;
+    const auto begin = reinterpret_cast<std::uintptr_t>(start);
+    const std::uintptr_t first = (begin + kPage - 1) & ~(kPage - 1);
+    const std::uintptr_t last = (begin + length) & ~(kPage - 1);
+    if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+#else
+    (void)start;
+    (void)length;
+#endif
+}
+
 }  // namespace Lumivale::Portability

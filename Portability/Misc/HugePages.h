@@ -11,4 +11,9 @@ namespace Lumivale::Portability {
 // memory is first written.
 void AdviseHugePages(void* start, std::size_t length) noexcept;
 
+// Give the whole pages inside [start, start + length) back to the system: their contents are lost
+// and read as zero if touched again, and they no longer count in the process's memory. Only for
+// memory the caller owns and no longer needs; nothing happens where the system cannot do it.
+void ReleasePages(void* start, std::size_t length) noexcept;
+
 }  // namespace Lumivale::Portability

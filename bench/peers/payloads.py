@@ -1,5 +1,5 @@
-"""Makes the benchmark's input files: PDF payloads of an exact size, a sparse 4 GiB one, and a
-12-megapixel JPEG for the thumbnail case."""
+"""Makes the benchmark's input files: PDF payloads of an exact size, a sparse 4 GiB one, and
+photo-like JPEG and PNG thumbnails of 12 and 50 megapixels."""
 
 import os
 import random
@@ -83,6 +83,13 @@ def make_jpeg(path: Path, width: int, height: int) -> None:
         return
     subprocess.run(["/usr/bin/convert", "-seed", "1", "-size", f"{width}x{height}", "plasma:fractal",
                     "-quality", "90", str(path)], check=True, stdout=subprocess.DEVNULL)
+
+
+def make_png(path: Path, source: Path) -> None:
+    """An 8-bit RGB PNG of the same picture as source, made once and then reused."""
+    if path.exists():
+        return
+    subprocess.run(["/usr/bin/convert", str(source), "-depth", "8", str(path)], check=True, stdout=subprocess.DEVNULL)
 
 
 def warm(path: Path) -> None:

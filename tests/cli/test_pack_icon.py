@@ -6,7 +6,7 @@ import subprocess
 
 import pydicom
 import pytest
-from PIL import Image
+from PIL import Image, ImageOps
 
 from conftest import EXAMPLES, METADATA, dciodvfy_errors
 
@@ -53,31 +53,16 @@ def expected_pixels(path):
 
 
 # thumbnail file name, how it is made.
-THUMBNAILS = [
-    ("rgb.png", made_with_pil("rgb.png", "RGB")),
-    ("grey.png", made_with_pil("grey.png", "L")),
-    ("rgba.png", made_with_pil("rgba.png", "RGBA")),
-    ("grey-alpha.png", made_with_pil("grey-alpha.png", "LA")),
-    ("palette.png", made_with_pil("palette.png", "P")),
-    ("grey16.png", made_with_pil("grey16.png", "I;16")),
-    ("rgb.jpg", made_with_pil("rgb.jpg", "RGB")),
-    ("grey.jpg", made_with_pil("grey.jpg", "L")),
-    ("UPPER.JPG", made_with_pil("UPPER.JPG", "RGB")),
-    ("rgb.tif", made_with_pil("rgb.tif", "RGB")),
-    ("grey.tiff", made_with_pil("grey.tiff", "L")),
-    ("rgba.tif", made_with_pil("rgba.tif", "RGBA")),
-    ("grey16.tif", made_with_pil("grey16.tif", "I;16")),
-    ("palette.tif", made_with_pil("palette.tif", "P")),
-    ("rgb.bmp", made_with_pil("rgb.bmp", "RGB")),
-    ("grey.bmp", made_with_pil("grey.bmp", "L")),
-    ("palette.bmp", made_with_pil("palette.bmp", "P")),
+THUMBNAILS = [(name, made_with_pil(name, mode)) for name, mode in [
+    ("rgb.png", "RGB"), ("grey.png", "L"), ("rgba.png", "RGBA"), ("grey-alpha.png", "LA"), ("palette.png", "P"),
+    ("grey16.png", "I;16"), ("rgb.jpg", "RGB"), ("grey.jpg", "L"), ("UPPER.JPG", "RGB"), ("rgb.tif", "RGB"),
+    ("grey.tiff", "L"), ("rgba.tif", "RGBA"), ("grey16.tif", "I;16"), ("palette.tif", "P"), ("rgb.bmp", "RGB"),
+    ("grey.bmp", "L"), ("palette.bmp", "P"), ("rgb.ppm", "RGB"), ("grey.pgm", "L"), ("rgb.jp2", "RGB"),
+    ("grey.jp2", "L"),
+]] + [
     ("im-rgba.bmp", made_with_imagemagick("im-rgba.bmp", "RGBA")),
     ("im-rgb3.bmp", made_with_imagemagick("bmp3:im-rgb3.bmp", "RGB")),
-    ("rgb.ppm", made_with_pil("rgb.ppm", "RGB")),
-    ("grey.pgm", made_with_pil("grey.pgm", "L")),
     ("im-grey16.pgm", made_with_imagemagick("im-grey16.pgm", "L", "-depth", "16")),
-    ("rgb.jp2", made_with_pil("rgb.jp2", "RGB")),
-    ("grey.jp2", made_with_pil("grey.jp2", "L")),
 ]
 IMAGE_PIXEL_KEYWORDS = ["SamplesPerPixel", "PhotometricInterpretation", "Rows", "Columns", "BitsAllocated",
                         "BitsStored", "HighBit", "PixelRepresentation", "PixelData"]
@@ -101,6 +86,27 @@ def test_thumbnail_becomes_the_icon(pack, tmp_path, name, make, hack):
         assert [ds[k].value for k in IMAGE_PIXEL_KEYWORDS] == [icon[k].value for k in IMAGE_PIXEL_KEYWORDS]
     else:
         assert not any(k in ds for k in IMAGE_PIXEL_KEYWORDS)
+
+
+@pytest.mark.parametrize("name,orientation", [("photo.jpg", 6), ("photo.jpeg", 8), ("page.tif", 7), ("page.tiff", 3)])
+def test_turned_thumbnail_is_stored_upright(pack, tmp_path, name, orientation):
+    """EXIF orientation of a photo and the TIFF Orientation tag both turn the icon upright."""
+    picture = noise("RGB")
+    if name.endswith(".tif") or name.endswith(".tiff"):
+        picture.save(tmp_path / name, tiffinfo={274: orientation})
+        upright = Image.open(tmp_path / name)  # PIL turns TIFF pages upright as it loads them
+        upright.load()
+    else:
+        exif = Image.Exif()
+        exif[274] = orientation
+        picture.save(tmp_path / name, quality=95, exif=exif.tobytes())
+        upright = ImageOps.exif_transpose(Image.open(tmp_path / name))
+    ds = pydicom.dcmread(pack("-m", METADATA, "-t", name))
+    icon = ds.IconImageSequence[0]
+    turned = orientation > 4
+    assert (icon.Columns, icon.Rows) == upright.size == ((HEIGHT, WIDTH) if turned else (WIDTH, HEIGHT))
+    pixels = upright.convert("RGB").tobytes()
+    assert icon.PixelData == pixels + b"\0" * (len(pixels) % 2)
 
 
 @pytest.mark.parametrize("hack", [[], ["--hackforbmpacs"]], ids=["icon", "hackforbmpacs"])

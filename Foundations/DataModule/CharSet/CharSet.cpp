@@ -52,10 +52,21 @@ constexpr std::array<CharSetRow, CharSet::Count> kCharSets = {{
     {"GB18030", "GB18030", "GB18030"},
 }};
 
+// Terms outside the standard's table that common writers use, read as the set that holds their
+// text: "ISO_IR 6" names the default repertoire itself, and GBK is a subset of GB18030.
+struct CharSetAlias {
+    std::string_view term;
+    CharSet::Enum value;
+};
+constexpr CharSetAlias kAliases[] = {{"ISO_IR 6", CharSet::DefaultRepertoire}, {"GBK", CharSet::GB18030}};
+
 }  // namespace
 
 CharSet::Enum CharSetFromTerm(std::string_view term) {
     const std::string folded = ToUpperAscii(TrimBlanks(term));
+    for (const CharSetAlias& alias : kAliases) {
+        if (folded == alias.term) return alias.value;
+    }
     // Start at 1 so that the empty text finds the default repertoire, never Unknown.
     for (std::uint32_t value = CharSet::DefaultRepertoire; value < CharSet::Count; ++value) {
         if (folded == kCharSets[value].term) return static_cast<CharSet::Enum>(value);

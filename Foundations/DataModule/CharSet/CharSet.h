@@ -45,7 +45,8 @@ struct CharSet {
 };
 
 // Trim " \t\r\n", upper-case per byte and compare exactly with the terms: "" gives
-// DefaultRepertoire, any text not in the table gives Unknown.
+// DefaultRepertoire; the common non-standard terms "ISO_IR 6" and "GBK" give DefaultRepertoire and
+// GB18030, the sets that hold their text; any other text not in the table gives Unknown.
 CharSet::Enum CharSetFromTerm(std::string_view term);
 
 // The term of a value ("" for DefaultRepertoire), or `fallback` for Unknown and out-of-range values.

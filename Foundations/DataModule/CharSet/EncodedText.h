@@ -28,4 +28,17 @@ bool EncodeText(std::u16string_view text, const MultiCharSetDataType& charset, T
 bool DecodeText(std::string_view bytes, const MultiCharSetDataType& charset, TextValueKind kind,
                 std::u16string& text);
 
+// What DecodeTextLeniently had to do beyond DecodeText.
+enum class DecodeFallback {
+    None,                 // the bytes were valid in the declared sets
+    UndeclaredAsLatin1,   // bytes above 0x7F where no set was declared for them, read as ISO_IR 100
+    Replaced,             // bytes invalid in their declared set, read as U+FFFD
+};
+
+// Read bytes as DecodeText does, but never fail: where no set is declared for bytes above 0x7F
+// they are read as ISO_IR 100 (as the common toolkits do), and bytes invalid under their declared
+// set become the replacement character U+FFFD, one per byte or per malformed character.
+DecodeFallback DecodeTextLeniently(std::string_view bytes, const MultiCharSetDataType& charset, TextValueKind kind,
+                                   std::u16string& text);
+
 }  // namespace Lumivale::DataModule

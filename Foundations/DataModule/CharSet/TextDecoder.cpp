@@ -11,11 +11,16 @@ namespace {
 
 constexpr const char* kModule = "Module CharSet";
 constexpr char kEscape = '\x1B';
+constexpr char16_t kReplacement = u'\uFFFD';
+// The longest character of the whole-value sets (UTF-8 and GB18030) in bytes.
+constexpr std::size_t kLongestWholeValueCharacter = 4;
 
 class Iso2022Decoder {
 public:
-    Iso2022Decoder(const ResolvedCharSets& resolved, TextValueKind kind)
+    // A lenient decoder replaces what a strict one refuses (see DecodeTextLeniently).
+    Iso2022Decoder(const ResolvedCharSets& resolved, TextValueKind kind, bool lenient = false)
         : resolved_(resolved),
+          lenient_(lenient),
           kind_(kind),
           initialG0_(resolved.repertoires.front().g0),
           initialG1_(resolved.repertoires.front().g1),
@@ -28,11 +33,20 @@ public:
             const std::size_t used = byte == static_cast<std::uint8_t>(kEscape) ? ReadEscape(bytes, offset)
                                      : byte < 0x80                              ? ReadLow(bytes, offset, text)
                                                                                 : ReadHigh(bytes, offset, text);
-            if (used == 0) return false;
-            offset += used;
+            if (used != 0) {
+                offset += used;
+                continue;
+            }
+            if (!lenient_) return false;
+            text += kReplacement;
+            fallback_ = DecodeFallback::Replaced;
+            ++offset;
         }
         return true;
     }
+
+    // The strongest fallback a lenient decoding used.
+    DecodeFallback Fallback() const { return fallback_; }
 
 private:
     // Each Read* returns the bytes it used, or 0 (after a trace line) when they are malformed.
@@ -69,6 +83,12 @@ private:
     }
 
     std::size_t ReadHigh(std::string_view bytes, std::size_t offset, std::u16string& text) {
+        if (g1_ == nullptr && lenient_ && !DeclaresG1()) {
+            // No set was declared for these bytes: they are most likely ISO 8859-1.
+            text += static_cast<char16_t>(static_cast<std::uint8_t>(bytes[offset]));
+            if (fallback_ == DecodeFallback::None) fallback_ = DecodeFallback::UndeclaredAsLatin1;
+            return 1;
+        }
         if (g1_ == nullptr) {
             LV_TRACE(kModule, "Byte 0x%02X at offset %zu with no character set in G1",
                      unsigned{static_cast<std::uint8_t>(bytes[offset])}, offset);
@@ -87,6 +107,13 @@ private:
         return size;
     }
 
+    bool DeclaresG1() const {
+        for (const Repertoire& repertoire : resolved_.repertoires) {
+            if (repertoire.g1 != nullptr) return true;
+        }
+        return false;
+    }
+
     bool IsDeclared(const CodeElement* element) const {
         for (const Repertoire& repertoire : resolved_.repertoires) {
             if (repertoire.g0 == element || repertoire.g1 == element) return true;
@@ -95,6 +122,8 @@ private:
     }
 
     const ResolvedCharSets& resolved_;
+    bool lenient_;
+    DecodeFallback fallback_ = DecodeFallback::None;
     TextValueKind kind_;
     const CodeElement* initialG0_;
     const CodeElement* initialG1_;
@@ -103,7 +132,45 @@ private:
     IconvConverters converters_;
 };
 
+// A whole-value set's bytes, character by character: each character is the shortest run of bytes
+// that converts; a byte that starts none becomes U+FFFD.
+DecodeFallback DecodeWholeValueLeniently(std::string_view bytes, const char* iconvName, std::u16string& text) {
+    IconvConverters converters;
+    IconvConverter* converter = converters.Get(NativeUtf16IconvName(), iconvName);
+    DecodeFallback fallback = DecodeFallback::None;
+    std::string converted;
+    for (std::size_t offset = 0; offset < bytes.size();) {
+        std::size_t used = 0;
+        for (std::size_t size = 1; size <= kLongestWholeValueCharacter && offset + size <= bytes.size(); ++size) {
+            if (converter != nullptr && converter->Convert(bytes.substr(offset, size), converted) &&
+                AppendUtf16Bytes(converted, text)) {
+                used = size;
+                break;
+            }
+        }
+        if (used == 0) {
+            text += kReplacement;
+            fallback = DecodeFallback::Replaced;
+            used = 1;
+        }
+        offset += used;
+    }
+    return fallback;
+}
+
 }  // namespace
+
+DecodeFallback DecodeTextLeniently(std::string_view bytes, const MultiCharSetDataType& charset, TextValueKind kind,
+                                   std::u16string& text) {
+    if (DecodeText(bytes, charset, kind, text)) return DecodeFallback::None;
+    text.clear();
+    ResolvedCharSets resolved;
+    ResolveCharSets(charset, true, resolved);  // never fails when decoding
+    if (resolved.wholeValueIconvName != nullptr) return DecodeWholeValueLeniently(bytes, resolved.wholeValueIconvName, text);
+    Iso2022Decoder decoder(resolved, kind, true);
+    decoder.Decode(bytes, text);
+    return decoder.Fallback();
+}
 
 bool DecodeText(std::string_view bytes, const MultiCharSetDataType& charset, TextValueKind kind,
                 std::u16string& text) {

@@ -18,6 +18,9 @@ struct FileRegion {
     std::filesystem::path path;
     std::uint64_t offset = 0;
     std::uint64_t length = 0;
+    // Keeps the file open while the region lives, for a file without a name of its own (an
+    // inflated data set), which path then reaches through this process's open descriptors.
+    std::shared_ptr<const void> keep_open{};
 };
 
 // Shared, reference-counted byte buffer value. Copies refer to the same record.

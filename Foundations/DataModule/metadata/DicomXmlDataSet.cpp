@@ -2,6 +2,7 @@
 
 #include "Foundations/DataModule/Common/TextUtils.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataStream.h"
 #include "Foundations/DataModule/metadata/ElementTextCheck.h"
 #include "Portability/Misc/DebugTrace.h"
 
@@ -19,6 +20,10 @@ namespace {
 namespace Codec = DataAdapterModule::DicomCodecModule;
 
 constexpr const char* kTraceModule = "Module DicomXmlDataSet";
+
+// Sequences may nest as deep as the DICOM reader accepts, so that every document we take gives a
+// file we can read back; the limit also bounds the reader's recursion on hostile documents.
+using Codec::kMaxSequenceDepth;
 
 // The scope elements and the rows they edit.
 struct ScopeName {
@@ -355,7 +360,16 @@ private:
         DicomXmlElement named;
         named.name = node.attribute("Name").value();
         if (!Resolve(node, named.tag, named.vr) || !RequireVr(node, named, {"SQ"})) return false;
-        DicomXmlSequenceElement& sequence = SequenceOf(item, named.tag, named.name);
+        if (depth_ >= kMaxSequenceDepth) {
+            return Fail(node, "sequences nest deeper than " + std::to_string(kMaxSequenceDepth) + " levels");
+        }
+        ++depth_;
+        const bool read = ReadItems(node, SequenceOf(item, named.tag, named.name));
+        --depth_;
+        return read;
+    }
+
+    bool ReadItems(const pugi::xml_node& node, DicomXmlSequenceElement& sequence) {
         for (const pugi::xml_node& child : node.children()) {
             if (child.type() != pugi::node_element) continue;
             if (std::string_view(child.name()) != "Item") return Fail(child, "a Sequence holds Item elements only");
@@ -368,6 +382,7 @@ private:
     }
 
     std::string& error_;
+    unsigned depth_ = 0;  // sequences open around the element being read
 };
 
 }  // namespace

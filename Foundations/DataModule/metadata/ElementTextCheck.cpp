@@ -2,6 +2,7 @@
 
 #include "Foundations/DataModule/Common/StringConversionUtils.h"
 #include "Foundations/DataModule/Common/TextUtils.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueRepresentation.h"
 #include "Foundations/DataModule/Values/DateTime.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
 
@@ -18,13 +19,14 @@ namespace Lumivale::DataModule::DataConverterModule {
 namespace {
 
 // How a VR's values are checked.
-enum class Check { Text, CodeString, Age, Date, Time, DateTime, Decimal, Integer, Uid, PersonName, Binary };
+enum class Check { Text, CodeString, Age, Date, Time, DateTime, Decimal, Integer, Uid, PersonName, Binary, Binary64 };
 
-// The text VRs: maximum characters per value (0 for no limit), whether "\" separates values,
-// and whether control characters TAB CR LF FF are allowed.
+namespace Codec = DataAdapterModule::DicomCodecModule;
+
+// The text VRs: whether "\" separates values, and whether control characters TAB CR LF FF are
+// allowed. Their maximum lengths come from the codec's VR table.
 struct TextVr {
     std::string_view vr;
-    std::size_t max_characters;
     bool multi_valued;
     bool free_text;
     Check check;
@@ -33,30 +35,42 @@ struct TextVr {
 };
 
 constexpr TextVr kTextVrs[] = {
-    {"AE", 16, true, false, Check::Text},
-    {"AS", 4, true, false, Check::Age},
-    {"CS", 16, true, false, Check::CodeString},
-    {"DA", 8, true, false, Check::Date},
-    {"DS", 16, true, false, Check::Decimal},
-    {"DT", 26, true, false, Check::DateTime},
-    {"IS", 12, true, false, Check::Integer},
-    {"LO", 64, true, false, Check::Text},
-    {"LT", 10240, false, true, Check::Text},
-    {"PN", 194, true, false, Check::PersonName},
-    {"SH", 16, true, false, Check::Text},
-    {"ST", 1024, false, true, Check::Text},
-    {"TM", 16, true, false, Check::Time},
-    {"UC", 0, true, false, Check::Text},
-    {"UI", 64, true, false, Check::Uid},
-    {"UR", 0, false, false, Check::Text},
-    {"UT", 0, false, true, Check::Text},
-    {"US", 0, true, false, Check::Binary, 0, 65535},
-    {"SS", 0, true, false, Check::Binary, -32768, 32767},
-    {"UL", 0, true, false, Check::Binary, 0, 4294967295.0},
-    {"SL", 0, true, false, Check::Binary, -2147483648.0, 2147483647},
-    {"FL", 0, true, false, Check::Binary, -std::numeric_limits<float>::max(), std::numeric_limits<float>::max()},
-    {"FD", 0, true, false, Check::Binary, -std::numeric_limits<double>::max(), std::numeric_limits<double>::max()},
+    {"AE", true, false, Check::Text},
+    {"AS", true, false, Check::Age},
+    {"CS", true, false, Check::CodeString},
+    {"DA", true, false, Check::Date},
+    {"DS", true, false, Check::Decimal},
+    {"DT", true, false, Check::DateTime},
+    {"IS", true, false, Check::Integer},
+    {"LO", true, false, Check::Text},
+    {"LT", false, true, Check::Text},
+    {"PN", true, false, Check::PersonName},
+    {"SH", true, false, Check::Text},
+    {"ST", false, true, Check::Text},
+    {"TM", true, false, Check::Time},
+    {"UC", true, false, Check::Text},
+    {"UI", true, false, Check::Uid},
+    {"UR", false, false, Check::Text},
+    {"UT", false, true, Check::Text},
+    {"US", true, false, Check::Binary, 0, 65535},
+    {"SS", true, false, Check::Binary, -32768, 32767},
+    {"UL", true, false, Check::Binary, 0, 4294967295.0},
+    {"SL", true, false, Check::Binary, -2147483648.0, 2147483647},
+    {"FL", true, false, Check::Binary, -std::numeric_limits<float>::max(), std::numeric_limits<float>::max()},
+    {"FD", true, false, Check::Binary, -std::numeric_limits<double>::max(), std::numeric_limits<double>::max()},
+    // 64-bit integers: checked exactly, beyond the precision of a double.
+    {"SV", true, false, Check::Binary64, -1, 0},
+    {"UV", true, false, Check::Binary64, 0, 0},
 };
+
+// Characters a value of the VR may hold, 0 for no limit. A person name's limit is per component
+// group and is checked there.
+std::size_t MaxCharacters(std::string_view vr) {
+    const Codec::ValueRepresentation code = Codec::VRFromCode(vr);
+    const std::uint32_t max = Codec::VRMaxLength(code);
+    if (code == Codec::ValueRepresentation::PN || max == Codec::kUnlimitedLength) return 0;
+    return max;
+}
 
 const TextVr* FindTextVr(std::string_view vr) {
     const auto found = std::find_if(std::begin(kTextVrs), std::end(kTextVrs), [vr](const TextVr& row) { return row.vr == vr; });
@@ -108,18 +122,36 @@ bool IsInRange(std::string_view text, double min, double max) {
     return max > 4294967295.0 || std::floor(value) == value;
 }
 
+// A whole number that fits a signed or unsigned 64-bit integer.
+bool IsInteger64(std::string_view text, bool is_signed) {
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    const char* end = text.data() + text.size();
+    std::from_chars_result result{};
+    if (is_signed) {
+        std::int64_t value = 0;
+        result = std::from_chars(text.data(), end, value);
+    } else {
+        std::uint64_t value = 0;
+        result = std::from_chars(text.data(), end, value);
+    }
+    return !text.empty() && result.ec == std::errc{} && result.ptr == end;
+}
+
 bool IsValidPersonName(std::string_view value) {
     const std::vector<std::string> groups = SplitKeepingEmpty(value, '=');
     if (groups.size() > 3) return false;
     return std::all_of(groups.begin(), groups.end(), [](const std::string& group) {
-        return CountCharacters(group) <= 64 && std::count(group.begin(), group.end(), '^') <= 4;
+        return CountCharacters(group) <= Codec::VRMaxLength(Codec::ValueRepresentation::PN) &&
+               std::count(group.begin(), group.end(), '^') <= 4;
     });
 }
 
 bool IsValidValue(const TextVr& rule, std::string_view value) {
     if (rule.check == Check::Binary) return IsInRange(TrimBlanks(value), rule.min, rule.max);
+    if (rule.check == Check::Binary64) return IsInteger64(TrimBlanks(value), rule.min < 0);
     if (HasForbiddenControl(value, rule.free_text)) return false;
-    if (rule.max_characters != 0 && CountCharacters(value) > rule.max_characters) return false;
+    const std::size_t max_characters = MaxCharacters(rule.vr);
+    if (max_characters != 0 && CountCharacters(value) > max_characters) return false;
     const std::string_view trimmed = TrimBlanks(value);
     if (trimmed.empty()) return true;  // an empty value of a multi-valued element
     date_time parsed;
@@ -138,7 +170,8 @@ bool IsValidValue(const TextVr& rule, std::string_view value) {
         case Check::Integer: return IsSignedDigits(trimmed) && IsInRange(trimmed, -2147483648.0, 2147483647.0);
         case Check::Uid: return IsValidUid(trimmed);
         case Check::PersonName: return IsValidPersonName(value);
-        case Check::Binary: break;
+        case Check::Binary:
+        case Check::Binary64: break;
     }
     return false;
 }
@@ -149,7 +182,7 @@ bool IsTextualVr(std::string_view vr) noexcept { return FindTextVr(vr) != nullpt
 
 bool IsBinaryNumberVr(std::string_view vr) noexcept {
     const TextVr* rule = FindTextVr(vr);
-    return rule != nullptr && rule->check == Check::Binary;
+    return rule != nullptr && (rule->check == Check::Binary || rule->check == Check::Binary64);
 }
 
 bool IsValidElementText(std::string_view vr, std::string_view text) {

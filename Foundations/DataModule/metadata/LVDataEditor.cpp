@@ -79,6 +79,14 @@ bool LVDataEditor::ApplyEdition(PatientDataSet& set, InstanceDataRow& instance, 
     return Apply(set, instance, edition);
 }
 
+bool LVDataEditor::ApplyOperation(PatientDataSet& set, InstanceDataRow& instance, const pugi::xml_node& operation) {
+    error_.clear();
+    if (!IsEditableInstance(instance)) return Fail("the instance is not a raw-data, PDF or image instance");
+    DicomXmlDataSet edition;
+    if (!edition.Read(operation)) return Fail(edition.error());
+    return Apply(set, instance, edition);
+}
+
 bool LVDataEditor::Apply(PatientDataSet& set, InstanceDataRow& instance, const DicomXmlDataSet& edition) {
     error_.clear();
     if (!IsEditableInstance(instance)) return Fail("the instance is not a raw-data, PDF or image instance");

@@ -20,6 +20,8 @@ public:
     // otherwise nothing is read and false is returned. False on the first attribute that cannot be
     // applied (rows keep what was applied before it); the reason is in error() and the debug trace.
     bool ApplyEdition(PatientDataSet& set, InstanceDataRow& instance, std::string_view edition_text);
+    // Apply an "operation" element of a parsed document, read in place (same rules as ApplyEdition).
+    bool ApplyOperation(PatientDataSet& set, InstanceDataRow& instance, const pugi::xml_node& operation);
     // Apply an operation already read.
     bool Apply(PatientDataSet& set, InstanceDataRow& instance, const DicomXmlDataSet& edition);
     // Why the last call failed ("" after success).

@@ -11,7 +11,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <system_error>
 
 namespace Lumivale::DataModule {
@@ -20,8 +19,9 @@ namespace {
 
 constexpr const char* kTraceModule = "Module MetadataReader";
 
-// A metadata document is small; anything larger is not one.
-constexpr std::uintmax_t kMaxDocumentSize = 64ull * 1024 * 1024;
+// A metadata document is a few kilobytes. The cap bounds what a hostile one costs: the parsed
+// tree takes up to about 26 times the text (two nodes per "<a/>x"), so 2 MiB stays near 55 MB.
+constexpr std::uintmax_t kMaxDocumentSize = 2ull * 1024 * 1024;
 
 bool Fail(const char* reason, const std::string& source) {
     LV_TRACE(kTraceModule, "Metadata not loaded (%s): %s", reason, source.c_str());
@@ -42,11 +42,19 @@ bool ReadWholeFile(const std::filesystem::path& path, std::string& text) {
     return !file.bad();
 }
 
-// Writes an operation element back to text the way the edition applier reads it.
-std::string OperationText(const pugi::xml_node& operation) {
-    std::ostringstream text;
-    operation.print(text, "\t");
-    return text.str();
+// The source's Specific Character Set as the output's default, without the terms this program
+// cannot write: text was read past them (as the default repertoire), and the output then takes
+// the set its text needs. An unknown first value drops the whole declaration.
+MultiCharSetDataType OutputCharSetOf(const MultiCharSetDataType& source) {
+    MultiCharSetDataType usable = source;
+    for (std::size_t position = 0; position < source.Count(); ++position) {
+        if (source.IsEmpty(position) || source.Get(position) != CharSet::Unknown) continue;
+        LV_TRACE(kTraceModule, "Specific Character Set value %zu of the DICOM source is unknown and not carried over",
+                 position);
+        if (position == 0) return MultiCharSetDataType();
+        usable.Clear(position);
+    }
+    return usable;
 }
 
 }  // namespace
@@ -78,7 +86,7 @@ bool BuildRowsFromDicomSource(PatientDataSet& set, const PatientDataSet& source,
     InstanceDataRow& instance = set.AddInstance(instance_class);
     instance.sop_instance_uid.Set(GenerateUid(UidKind::Instance));
     instance.creation_date_time.Set(stamp);
-    if (source_instance) instance.specific_character_set = source_instance->specific_character_set;
+    if (source_instance) instance.specific_character_set = OutputCharSetOf(source_instance->specific_character_set);
     if (!set.Link(patient, study) || !set.Link(study, series) || !set.Link(series, equipment) ||
         !set.Link(series, instance)) {
         return Fail("the new rows could not be linked", "");
@@ -106,6 +114,7 @@ bool BuildRowsFromEditionDocument(PatientDataSet& set, std::string_view document
     }
     rows = {&patient, &study, &series, &equipment, &instance};
 
+    if (document_text.size() > kMaxDocumentSize) return Fail("the document is larger than the size cap", "");
     pugi::xml_document document;
     const pugi::xml_parse_result parsed = document.load_buffer(document_text.data(), document_text.size());
     if (!parsed) {
@@ -120,7 +129,8 @@ bool BuildRowsFromEditionDocument(PatientDataSet& set, std::string_view document
     for (pugi::xml_node operation = root.child("operations").child("operation"); operation;
          operation = operation.next_sibling("operation"), ++index) {
         if (std::string_view(operation.attribute("type").value()) != "edition") continue;
-        if (!editor.ApplyEdition(set, instance, OperationText(operation))) {
+        // Read in place: printing the element back to text first would cost the square of its depth.
+        if (!editor.ApplyOperation(set, instance, operation)) {
             LV_TRACE(kTraceModule, "Edition operation %d refused: %s", index, editor.error().c_str());
             return false;
         }

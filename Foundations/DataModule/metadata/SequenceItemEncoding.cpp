@@ -1,6 +1,7 @@
 #include "Foundations/DataModule/metadata/SequenceItemEncoding.h"
 
 #include "Foundations/DataModule/Common/TextUtils.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataStream.h"
 #include "Foundations/DataModule/metadata/ElementTextCheck.h"
 
 #include <charconv>
@@ -11,14 +12,10 @@ namespace Lumivale::DataModule::DataConverterModule {
 
 namespace {
 
-// VRs with the long explicit header (2 reserved bytes and a 32-bit length).
-bool HasLongHeader(std::string_view vr) {
-    constexpr std::string_view kLong[] = {"OB", "OD", "OF", "OL", "OV", "OW", "SQ", "SV", "UC", "UN", "UR", "UT", "UV"};
-    for (const std::string_view candidate : kLong) {
-        if (candidate == vr) return true;
-    }
-    return false;
-}
+namespace Codec = DataAdapterModule::DicomCodecModule;
+
+// VRs with the long explicit header (2 reserved bytes and a 32-bit length), as the codec writes them.
+bool HasLongHeader(std::string_view vr) { return Codec::HasLongLengthField(Codec::VRFromCode(vr)); }
 
 void PutU16(std::vector<std::uint8_t>& out, std::uint16_t value) {
     out.push_back(static_cast<std::uint8_t>(value & 0xFF));
@@ -43,6 +40,19 @@ std::vector<std::uint8_t> BinaryNumbers(std::string_view vr, std::string_view te
     for (const std::string& field : SplitKeepingEmpty(text, '\\')) {
         std::string_view number = TrimBlanks(field);
         if (!number.empty() && number.front() == '+') number.remove_prefix(1);
+        if (vr == "SV" || vr == "UV") {  // exact: a double cannot hold every 64-bit integer
+            const char* end = number.data() + number.size();
+            if (vr == "SV") {
+                std::int64_t exact = 0;
+                std::from_chars(number.data(), end, exact);
+                PutBinary(bytes, exact);
+            } else {
+                std::uint64_t exact = 0;
+                std::from_chars(number.data(), end, exact);
+                PutBinary(bytes, exact);
+            }
+            continue;
+        }
         double value = 0;
         std::from_chars(number.data(), number.data() + number.size(), value);
         if (vr == "US") PutBinary(bytes, static_cast<std::uint16_t>(value));
@@ -79,7 +89,11 @@ bool PutElement(std::vector<std::uint8_t>& out, ElementTag tag, std::string_view
     return true;
 }
 
-bool EncodeItem(const DicomXmlItem& item, std::vector<std::uint8_t>& out, std::string& error) {
+bool EncodeItems(const std::vector<DicomXmlItem>& items, unsigned depth, std::vector<std::uint8_t>& out,
+                 std::string& error);
+
+// One item of a sequence nested `depth` levels deep (1 for a top-level sequence).
+bool EncodeItem(const DicomXmlItem& item, unsigned depth, std::vector<std::uint8_t>& out, std::string& error) {
     // Elements are written in tag order whatever the document order; a later one replaces an earlier one.
     std::map<ElementTag, std::pair<std::string, std::vector<std::uint8_t>>> encoded;
     for (const DicomXmlElement& element : item.elements) {
@@ -98,7 +112,7 @@ bool EncodeItem(const DicomXmlItem& item, std::vector<std::uint8_t>& out, std::s
     }
     for (const DicomXmlSequenceElement& sequence : item.sequences) {
         std::vector<std::uint8_t> value;
-        if (!EncodeSequenceItems(sequence.items, value, error)) return false;
+        if (!EncodeItems(sequence.items, depth + 1, value, error)) return false;
         encoded[sequence.tag] = {"SQ", std::move(value)};
     }
     std::vector<std::uint8_t> body;
@@ -116,13 +130,23 @@ bool EncodeItem(const DicomXmlItem& item, std::vector<std::uint8_t>& out, std::s
     return true;
 }
 
+bool EncodeItems(const std::vector<DicomXmlItem>& items, unsigned depth, std::vector<std::uint8_t>& out,
+                 std::string& error) {
+    // Deeper sequences would make a file that no reader of ours (nor several others) accepts.
+    if (depth > Codec::kMaxSequenceDepth) {
+        error = "sequences are nested deeper than " + std::to_string(Codec::kMaxSequenceDepth) + " levels";
+        return false;
+    }
+    for (const DicomXmlItem& item : items) {
+        if (!EncodeItem(item, depth, out, error)) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool EncodeSequenceItems(const std::vector<DicomXmlItem>& items, std::vector<std::uint8_t>& out, std::string& error) {
-    for (const DicomXmlItem& item : items) {
-        if (!EncodeItem(item, out, error)) return false;
-    }
-    return true;
+    return EncodeItems(items, 1, out, error);
 }
 
 }  // namespace Lumivale::DataModule::DataConverterModule

@@ -1,5 +1,6 @@
 #include "Foundations/LVCodec/dicom/DicomImageReader.h"
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomEncodingRules.h"
 #include "Foundations/LVCodec/ByteReader.h"
 #include "Portability/Misc/DebugTrace.h"
 
@@ -34,13 +35,11 @@ constexpr std::uint32_t kItem = Tag(0xFFFE, 0xE000);
 constexpr std::uint32_t kItemDelimitation = Tag(0xFFFE, 0xE00D);
 constexpr std::uint32_t kSequenceDelimitation = Tag(0xFFFE, 0xE0DD);
 
-// VRs whose explicit header has two reserved bytes and a 32-bit length.
-constexpr const char* kLongVrs[] = {"OB", "OD", "OF", "OL", "OV", "OW", "SQ", "UC", "UN", "UR", "UT", "SV", "UV"};
-
-bool IsLongVr(const char* vr) {
-    for (const char* known : kLongVrs)
-        if (vr[0] == known[0] && vr[1] == known[1]) return true;
-    return false;
+// True when the explicit header of this VR, whose 16-bit length field holds shortField, has two
+// reserved bytes and a 32-bit length (the codec's VR table decides, tolerance included).
+bool IsLongVr(const char* vr, std::uint16_t shortField) {
+    namespace Codec = Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
+    return Codec::ReadsLongLengthField(Codec::VRFromCode(std::string_view(vr, 2)), shortField);
 }
 
 struct ElementHeader {
@@ -104,7 +103,7 @@ private:
         if (explicit_ && !delimiter) {
             header.vr[0] = static_cast<char>(in_.At(pos + 4)[0]);
             header.vr[1] = static_cast<char>(in_.At(pos + 4)[1]);
-            if (IsLongVr(header.vr)) {
+            if (IsLongVr(header.vr, in_.Le16(pos + 6))) {
                 if (!in_.Has(pos, 12)) return Fail(pos, header.tag, "truncated element header");
                 header.length = in_.Le32(pos + 8);
                 header.valueOffset = pos + 12;
@@ -211,7 +210,7 @@ bool ReadMetaGroup(const ByteReader& in, std::uint64_t& pos, DicomImageFile& fil
     while (in.Has(pos, 8) && in.Le16(pos) == 0x0002) {
         const std::uint32_t tag = Tag(in.Le16(pos), in.Le16(pos + 2));
         const char vr[2] = {static_cast<char>(in.At(pos + 4)[0]), static_cast<char>(in.At(pos + 4)[1])};
-        const bool longForm = IsLongVr(vr);
+        const bool longForm = IsLongVr(vr, in.Le16(pos + 6));
         if (longForm && !in.Has(pos, 12)) return false;
         const std::uint64_t length = longForm ? in.Le32(pos + 8) : in.Le16(pos + 6);
         const std::uint64_t value = pos + (longForm ? 12 : 8);

@@ -2,6 +2,7 @@
 
 #include "Foundations/LVCodec/ByteReader.h"
 #include "Foundations/LVCodec/ImageFile.h"
+#include "Foundations/LVCodec/dicom/DicomRleDecoder.h"
 #include "Foundations/LVCodec/jpeg/JpegDecoder.h"
 #include "Foundations/LVCodec/jpegls/LVImageCodec_JPEGLS.h"
 #include "Foundations/LVCodec/openjpeg/openjpeg_wrapper.h"
@@ -19,6 +20,7 @@ constexpr const char* kModule = "Module DICOM image";
 bool IsNativeSyntax(std::string_view syntax) {
     return syntax.empty() || syntax == "1.2.840.10008.1.2" || syntax == "1.2.840.10008.1.2.1";
 }
+// Baseline, extended (12-bit), lossless (process 14) and lossless SV1.
 bool IsJpegSyntax(std::string_view syntax) {
     return syntax == "1.2.840.10008.1.2.4.50" || syntax == "1.2.840.10008.1.2.4.51" ||
            syntax == "1.2.840.10008.1.2.4.57" || syntax == "1.2.840.10008.1.2.4.70";
@@ -28,6 +30,26 @@ bool IsJpegLsSyntax(std::string_view syntax) {
 }
 bool IsJpeg2000Syntax(std::string_view syntax) {
     return syntax == "1.2.840.10008.1.2.4.90" || syntax == "1.2.840.10008.1.2.4.91";
+}
+bool IsRleSyntax(std::string_view syntax) { return syntax == "1.2.840.10008.1.2.5"; }
+
+// Lossless encoders often code 12 stored bits at a precision of 16; the icon then keeps the
+// data set's Bits Stored, as long as every sample fits in it.
+void NarrowToBitsStored(LVBuffer2D& out, std::uint64_t bitsStored) {
+    if (bitsStored == 0 || bitsStored >= out.Bits()) return;
+    const std::int64_t limit = std::int64_t{1} << bitsStored;
+    for (unsigned p = 0; p < out.Planes(); ++p)
+        for (std::int32_t y = 0; y < out.Height(); ++y)
+            for (std::int32_t x = 0; x < out.Width(); ++x)
+                if (out.Sample(p, x, y) >= limit) return;
+    out.SetSignificantBits(static_cast<unsigned>(bitsStored));
+}
+
+// DICOM states how a colour JPEG was stored; libjpeg would otherwise guess from its markers.
+JpegColour ColourOf(const std::string& photometric) {
+    if (photometric == "RGB") return JpegColour::Rgb;
+    if (photometric == "YBR_FULL" || photometric == "YBR_FULL_422") return JpegColour::Ybr;
+    return JpegColour::Guess;
 }
 
 // The bytes of one frame of encapsulated pixel data: through the offset table when it has one,
@@ -62,11 +84,10 @@ bool DecodeNative(const DicomPixelAttributes& a, unsigned frame, LVImageMemory& 
     if (!AllocateImage(image, a.columns, a.rows, planes, static_cast<unsigned>(a.bitsStored), kModule)) return false;
     LVBuffer2D& out = image.Buffer();
     const bool isSigned = a.pixelRepresentation == 1;
-    out.SetUnsigned(!isSigned);
     const ByteReader in(a.pixelData.subspan(frameBytes * frame, frameBytes));
     const std::uint64_t mask = (std::uint64_t{1} << a.bitsStored) - 1;
     const std::uint64_t signBit = std::uint64_t{1} << (a.bitsStored - 1);
-    const bool invert = a.photometricInterpretation == "MONOCHROME1" && !isSigned;
+    const bool invert = a.photometricInterpretation == "MONOCHROME1";
     for (unsigned p = 0; p < planes; ++p)
         for (std::int32_t y = 0; y < out.Height(); ++y)
             for (std::int32_t x = 0; x < out.Width(); ++x) {
@@ -76,28 +97,61 @@ bool DecodeNative(const DicomPixelAttributes& a, unsigned frame, LVImageMemory& 
                 std::uint64_t raw = 0;
                 in.Le(index * bytesPerSample, static_cast<unsigned>(bytesPerSample), raw);
                 raw &= mask;
-                std::int64_t v = static_cast<std::int64_t>(raw);
-                if (isSigned && (raw & signBit)) v -= static_cast<std::int64_t>(mask + 1);
+                if (isSigned) raw ^= signBit;  // two's complement + 2^(bits - 1), as ShiftSignedIntoUnsignedRange
+                auto v = static_cast<std::int64_t>(raw);
                 if (invert) v = static_cast<std::int64_t>(mask) - v;
                 out.SetSample(p, x, y, v);
             }
     return true;
 }
 
+bool DecodeRle(const DicomPixelAttributes& a, std::span<const std::uint8_t> bytes, LVImageMemory& image) {
+    if ((a.bitsAllocated != 8 && a.bitsAllocated != 16) || a.bitsStored == 0 || a.bitsStored > a.bitsAllocated ||
+        (a.samplesPerPixel != 1 && a.samplesPerPixel != 3) || a.photometricInterpretation.starts_with("YBR")) {
+        LV_TRACE(kModule, "Unsupported RLE layout: %llu samples of %llu/%llu bits, %s",
+                 static_cast<unsigned long long>(a.samplesPerPixel), static_cast<unsigned long long>(a.bitsStored),
+                 static_cast<unsigned long long>(a.bitsAllocated), a.photometricInterpretation.c_str());
+        return false;
+    }
+    if (!AllocateImage(image, a.columns, a.rows, static_cast<unsigned>(a.samplesPerPixel),
+                       static_cast<unsigned>(a.bitsStored), kModule))
+        return false;
+    if (!DecodeDicomRle(bytes, image.Buffer())) return false;
+    if (a.bitsStored < a.bitsAllocated) {  // bits above Bits Stored carry no value
+        const std::int64_t mask = (std::int64_t{1} << a.bitsStored) - 1;
+        LVBuffer2D& out = image.Buffer();
+        for (unsigned p = 0; p < out.Planes(); ++p)
+            for (std::int32_t y = 0; y < out.Height(); ++y)
+                for (std::int32_t x = 0; x < out.Width(); ++x) out.SetSample(p, x, y, out.Sample(p, x, y) & mask);
+    }
+    return true;
+}
+
 bool DecodeEncapsulated(const DicomPixelAttributes& a, const std::string& syntax, unsigned frame,
                         const std::string& source, LVImageMemory& image) {
     const std::vector<std::uint8_t> bytes = FrameFragments(a, frame);
+    bool decoded = false;
     if (IsJpegSyntax(syntax)) {
-        if (!DecodeJpeg(bytes, image)) {
+        decoded = DecodeJpeg(bytes, image, {ColourOf(a.photometricInterpretation), false});
+        if (!decoded) {
             LV_TRACE(kModule, "Cannot decode : jpg pixels %s", source.c_str());
             return false;
         }
-        return true;
+    } else if (IsJpegLsSyntax(syntax)) {
+        decoded = DecodeJpegLs(bytes, image);
+    } else if (IsJpeg2000Syntax(syntax)) {
+        decoded = DecodeJpeg2000(bytes, image);
+    } else if (IsRleSyntax(syntax)) {
+        decoded = DecodeRle(a, bytes, image);
+    } else {
+        LV_TRACE(kModule, "Unsupported compression %s", syntax.c_str());
+        return false;
     }
-    if (IsJpegLsSyntax(syntax)) return DecodeJpegLs(bytes, image);
-    if (IsJpeg2000Syntax(syntax)) return DecodeJpeg2000(bytes, image);
-    LV_TRACE(kModule, "Unsupported compression %s", syntax.c_str());
-    return false;
+    if (!decoded) return false;
+    if (a.pixelRepresentation == 1 && a.bitsStored >= 2 && a.bitsStored <= 16)
+        ShiftSignedIntoUnsignedRange(image.Buffer(), static_cast<unsigned>(a.bitsStored));
+    NarrowToBitsStored(image.Buffer(), a.bitsStored);
+    return true;
 }
 
 }  // namespace

@@ -69,11 +69,11 @@ void InterleaveRow(const LVBuffer2D& image, std::int32_t y, std::uint8_t* out) {
         for (unsigned p = 0; p < planes; ++p, out += Bytes) StoreLittleEndian<Bytes>(rows[p] + x * Bytes, out);
 }
 
-bool StorePixels(IconImageRecord& record, const LVBuffer2D& colour, bool copyPixels) {
+bool StorePixels(IconImageRecord& record, const LVBuffer2D& colour, bool copyPixels, LVBuffer2D* consumed) {
     record.pixel_data.clear();
     if (copyPixels) {
         std::vector<std::uint8_t> bytes;
-        if (!SerializePixelData(colour, bytes)) return false;
+        if (!SerializePixelData(colour, bytes, consumed)) return false;
         record.pixel_data[0] = DataModule::ByteBuffer::Adopt(std::move(bytes));
         return true;
     }
@@ -83,7 +83,7 @@ bool StorePixels(IconImageRecord& record, const LVBuffer2D& colour, bool copyPix
     return true;
 }
 
-bool StoreImage(IconImageRecord& record, const LVBuffer2D& image, bool copyPixels) {
+bool StoreImage(IconImageRecord& record, const LVBuffer2D& image, bool copyPixels, LVBuffer2D* consumed = nullptr) {
     LVBuffer2D colour;
     if (!image.MakeView(colour, 0, 1, 2, 3) || !image.MakeColourPlanesView(colour, false)) return false;
     constexpr auto kMaxSide = std::numeric_limits<std::uint16_t>::max();
@@ -104,7 +104,7 @@ bool StoreImage(IconImageRecord& record, const LVBuffer2D& image, bool copyPixel
     description.bits_stored = bitsStored;
     description.planes = planes;
     description.pixel_representation = 0;
-    if (!StorePixels(record, colour, copyPixels)) return false;
+    if (!StorePixels(record, colour, copyPixels, consumed)) return false;
 
     record.samples_per_pixel = planes;
     record.rows = static_cast<std::uint16_t>(colour.Height());
@@ -133,17 +133,21 @@ unsigned IconReductionDivisor(std::uint64_t width, std::uint64_t height) {
     return f < 1 ? 1u : static_cast<unsigned>(f);
 }
 
-bool SerializePixelData(const LVBuffer2D& image, std::vector<std::uint8_t>& out) {
+bool SerializePixelData(const LVBuffer2D& image, std::vector<std::uint8_t>& out, LVBuffer2D* consumed) {
     if (!image.IsValid()) return false;
     const unsigned bytes = image.Type().BytesPerSample();
     const auto rowBytes = static_cast<std::size_t>(image.RowBytes()) * image.Planes();
     const std::size_t size = rowBytes * static_cast<std::size_t>(image.Height());
+    // Source rows are given back in runs of about 512 KiB per plane: few system calls, little lag.
+    const std::int64_t releaseRows = std::max<std::int64_t>(1, (std::int64_t{512} << 10) / image.LineStride());
     out.clear();
     out.reserve(size + size % 2);
     Portability::AdviseHugePages(out.data(), out.capacity());
-    out.resize(size + size % 2);  // DICOM values have even lengths
+    // The value grows row by row, so its pages are touched only as source rows are released.
     for (std::int32_t y = 0; y < image.Height(); ++y) {
+        out.resize(rowBytes * static_cast<std::size_t>(y + 1));
         std::uint8_t* row = out.data() + rowBytes * static_cast<std::size_t>(y);
+        if (consumed && y > 0 && y % releaseRows == 0) consumed->ReleaseLeadingRows(y);
         switch (bytes) {
             case 1: InterleaveRow<1>(image, y, row); break;
             case 2: InterleaveRow<2>(image, y, row); break;
@@ -152,6 +156,8 @@ bool SerializePixelData(const LVBuffer2D& image, std::vector<std::uint8_t>& out)
             default: return false;
         }
     }
+    out.resize(size + size % 2);  // DICOM values have even lengths
+    if (consumed) consumed->ReleaseLeadingRows(image.Height());
     return true;
 }
 
@@ -166,6 +172,15 @@ bool SetIconImage(IconImageRecord& record, const LVImageMemory& source, bool cop
         return false;
     }
     return StoreImage(record, reduced.Buffer(), true);
+}
+
+bool SetIconImage(IconImageRecord& record, LVImageMemory&& source) {
+    if (record.reduce) return SetIconImage(record, source, true);
+    LVBuffer2D& image = source.Buffer();
+    if (!image.IsValid()) return false;
+    const bool stored = StoreImage(record, image, true, &image);
+    source.Buffer().Reset();
+    return stored;
 }
 
 }  // namespace Lumivale::Imaging

@@ -21,12 +21,18 @@ unsigned IconReductionDivisor(std::uint64_t width, std::uint64_t height);
 
 // Serialise the planes of image as a Pixel Data value: rows without padding, samples of all planes
 // interleaved pixel by pixel (planar configuration 0), little-endian, padded to an even length.
-bool SerializePixelData(const LVBuffer2D& image, std::vector<std::uint8_t>& out);
+// With `consumed`, the owning buffer image looks into, rows already serialised are given back to
+// the system as the value grows, so the two never both hold the whole picture.
+bool SerializePixelData(const LVBuffer2D& image, std::vector<std::uint8_t>& out, LVBuffer2D* consumed = nullptr);
 
 // Fill record from source (alpha dropped). With record.reduce the image is first shrunk by
 // IconReductionDivisor and mapped onto 8 bits. With copyPixels, pixel_data holds one entry, key 0:
 // the serialised Pixel Data value (pixel_description.bytes_per_line then describes a serialised row);
 // without it, one entry per plane borrows the image's plane memory, which must outlive the record.
 bool SetIconImage(DataModule::IconImageRecord& record, const LVImageMemory& source, bool copyPixels);
+// As SetIconImage with copyPixels, for a source that is not needed afterwards: its memory is given
+// back row by row while the pixels are copied, which keeps the peak near one copy of the picture.
+// The source's samples are lost either way.
+bool SetIconImage(DataModule::IconImageRecord& record, LVImageMemory&& source);
 
 }  // namespace Lumivale::Imaging

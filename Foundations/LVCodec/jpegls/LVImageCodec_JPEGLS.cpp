@@ -4,6 +4,7 @@
 #include "Foundations/LVCodec/LVImage.h"
 #include "Portability/Misc/DebugTrace.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -26,21 +27,66 @@ bool Failed(charls_jpegls_errc code, const char* step) {
     return true;
 }
 
-// Offset of sample (x, y) of component c in CharLS's output for the stream's interleave mode.
-std::size_t SampleIndex(charls_interleave_mode mode, const charls_frame_info& frame, std::size_t x, std::size_t y,
-                        std::size_t c) {
-    const std::size_t width = frame.width;
-    const std::size_t components = static_cast<std::size_t>(frame.component_count);
-    switch (mode) {
-        case charls_interleave_mode::none: return (c * frame.height + y) * width + x;
-        case charls_interleave_mode::line: return (y * components + c) * width + x;
-        default: return (y * width + x) * components + c;
+// Samples of fewer than 8 bits are stretched over 0..255 as the PNG and PNM codecs do.
+void ScaleLowDepth(const LVBuffer2D& out, unsigned bits) {
+    const unsigned maximum = (1u << bits) - 1;
+    for (unsigned p = 0; p < out.Planes(); ++p)
+        for (std::int32_t y = 0; y < out.Height(); ++y) {
+            std::uint8_t* row = out.Row(p, y);
+            for (std::int32_t x = 0; x < out.Width(); ++x)
+                row[x] = ScaleToEightBits(std::min<unsigned>(row[x], maximum), maximum);
+        }
+}
+
+// CharLS writes one component after the other only without interleaving; for line and sample
+// interleaving it returns the samples of each pixel side by side. Single-component and
+// non-interleaved streams decode straight into the planes (they lie one after the other with the
+// buffer's line stride); interleaved ones go through one pixel-interleaved copy.
+bool DecodeIntoPlanes(charls_jpegls_decoder* decoder, charls_interleave_mode mode, const charls_frame_info& frame,
+                      const LVBuffer2D& out) {
+    const unsigned planes = out.Planes();
+    const unsigned bytes = out.Type().BytesPerSample();
+    if (planes == 1 || mode == charls_interleave_mode::none) {
+        const auto stride = static_cast<std::size_t>(out.LineStride());
+        const std::size_t size = stride * static_cast<std::size_t>(out.Height()) * planes;
+        return !Failed(charls_jpegls_decoder_decode_to_buffer(decoder, out.Plane(0), size,
+                                                              static_cast<std::uint32_t>(stride)),
+                       "decode");
     }
+    std::size_t size = 0;
+    if (Failed(charls_jpegls_decoder_get_destination_size(decoder, 0, &size), "size")) return false;
+    std::vector<std::uint8_t> decoded(size);
+    if (Failed(charls_jpegls_decoder_decode_to_buffer(decoder, decoded.data(), decoded.size(), 0), "decode"))
+        return false;
+    const std::size_t rowBytes = std::size_t{frame.width} * planes * bytes;
+    for (std::int32_t y = 0; y < out.Height(); ++y) {
+        const std::uint8_t* row = decoded.data() + rowBytes * static_cast<std::size_t>(y);
+        for (unsigned p = 0; p < planes; ++p) {
+            std::uint8_t* target = out.Row(p, y);
+            for (std::int32_t x = 0; x < out.Width(); ++x)
+                std::memcpy(target + std::size_t{bytes} * static_cast<std::size_t>(x),
+                            row + (static_cast<std::size_t>(x) * planes + p) * bytes, bytes);
+        }
+    }
+    return true;
+}
+
+// True when the stream ends with its end-of-image marker (FF D9), after any zero bytes that pad it
+// to an even length. CharLS can spend seconds on a cut stream of a few hundred bytes, so streams
+// without their end are refused before it sees them.
+bool EndsWithEndOfImage(std::span<const std::uint8_t> bytes) {
+    std::size_t end = bytes.size();
+    while (end > 0 && bytes[end - 1] == 0x00) --end;
+    return end >= 2 && bytes[end - 2] == 0xFF && bytes[end - 1] == 0xD9;
 }
 
 }  // namespace
 
 bool DecodeJpegLs(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
+    if (!EndsWithEndOfImage(bytes)) {
+        LV_TRACE(kModule, "JPEG-LS stream of %zu bytes without its end-of-image marker", bytes.size());
+        return false;
+    }
     const std::unique_ptr<charls_jpegls_decoder, DecoderDeleter> decoder(charls_jpegls_decoder_create());
     if (!decoder) return false;
     charls_frame_info frame{};
@@ -56,26 +102,13 @@ bool DecodeJpegLs(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
                  frame.component_count, frame.bits_per_sample);
         return false;
     }
-    std::size_t size = 0;
-    if (Failed(charls_jpegls_decoder_get_destination_size(decoder.get(), 0, &size), "size")) return false;
-    const unsigned bytesPerSample = frame.bits_per_sample > 8 ? 2 : 1;
-    const unsigned planes = static_cast<unsigned>(frame.component_count);
-    if (!AllocateImage(image, frame.width, frame.height, planes, frame.bits_per_sample > 8 ? 16 : 8, kModule))
+    const auto bits = static_cast<unsigned>(frame.bits_per_sample);
+    if (!AllocateImage(image, frame.width, frame.height, static_cast<unsigned>(frame.component_count),
+                       bits > 8 ? 16 : 8, kModule))
         return false;
-    std::vector<std::uint8_t> decoded(size);
-    if (Failed(charls_jpegls_decoder_decode_to_buffer(decoder.get(), decoded.data(), decoded.size(), 0), "decode"))
-        return false;
-    if (bytesPerSample == 2) image.Buffer().SetSignificantBits(static_cast<unsigned>(frame.bits_per_sample));
-    const LVBuffer2D& out = image.Buffer();
-    for (unsigned c = 0; c < planes; ++c)
-        for (std::int32_t y = 0; y < out.Height(); ++y)
-            for (std::int32_t x = 0; x < out.Width(); ++x) {
-                const std::size_t at = SampleIndex(mode, frame, static_cast<std::size_t>(x),
-                                                   static_cast<std::size_t>(y), c) * bytesPerSample;
-                std::uint16_t v = decoded[at];
-                if (bytesPerSample == 2) std::memcpy(&v, &decoded[at], 2);
-                out.SetSample(c, x, y, v);
-            }
+    if (!DecodeIntoPlanes(decoder.get(), mode, frame, image.Buffer())) return false;
+    if (bits > 8) image.Buffer().SetSignificantBits(bits);
+    if (bits < 8) ScaleLowDepth(image.Buffer(), bits);
     return true;
 }
 

@@ -23,7 +23,10 @@ const LVImageSignature* LVImageCodec_OpenJpeg2000::Signatures() const {
 bool LVImageCodec_OpenJpeg2000::Decode(LVImage& image, const std::string& path, unsigned, unsigned,
                                        unsigned) const {
     std::vector<std::uint8_t> bytes;
-    return ReadImageFile(path, bytes, "Module JPEG2000") && DecodeJpeg2000(bytes, image);
+    if (!ReadImageFile(path, bytes, "Module JPEG2000") || !DecodeJpeg2000(bytes, image)) return false;
+    // The icon holds unsigned samples: signed components move up by half their range.
+    if (!image.Buffer().Type().isUnsigned) ShiftSignedIntoUnsignedRange(image.Buffer(), image.Buffer().Bits());
+    return true;
 }
 
 }  // namespace Lumivale::Imaging

@@ -68,7 +68,7 @@ bool CheckComponents(const opj_image_t& decoded) {
     for (OPJ_UINT32 c = 0; c < decoded.numcomps; ++c) {
         const opj_image_comp_t& comp = decoded.comps[c];
         if (comp.data == nullptr || comp.w != first.w || comp.h != first.h || comp.prec != first.prec ||
-            comp.prec < 1 || comp.prec > 16 || comp.sgnd) {
+            comp.prec < 1 || comp.prec > 16 || comp.sgnd != first.sgnd) {
             LV_TRACE(kModule, "Unsupported component %u: %u x %u, %u bits, signed %u", c, comp.w, comp.h, comp.prec,
                      comp.sgnd);
             return false;
@@ -81,14 +81,16 @@ bool StoreComponents(const opj_image_t& decoded, LVImageMemory& image) {
     const opj_image_comp_t& first = decoded.comps[0];
     const unsigned bits = first.prec <= 8 ? 8 : first.prec;
     if (!AllocateImage(image, first.w, first.h, decoded.numcomps, bits, kModule)) return false;
-    const LVBuffer2D& out = image.Buffer();
-    const std::int64_t maximum = out.Type().MaxValue();
+    LVBuffer2D& out = image.Buffer();
+    out.SetUnsigned(first.sgnd == 0);  // signed components keep their values; callers shift them
+    const std::int64_t minimum = first.sgnd ? -(std::int64_t{1} << (first.prec - 1)) : 0;
+    const std::int64_t maximum = first.sgnd ? (std::int64_t{1} << (first.prec - 1)) - 1 : out.Type().MaxValue();
     for (unsigned p = 0; p < decoded.numcomps; ++p) {
         const OPJ_INT32* data = decoded.comps[p].data;
         for (std::int32_t y = 0; y < out.Height(); ++y)
             for (std::int32_t x = 0; x < out.Width(); ++x) {
                 const std::int64_t v = data[static_cast<std::size_t>(y) * first.w + static_cast<std::size_t>(x)];
-                out.SetSample(p, x, y, std::clamp<std::int64_t>(v, 0, maximum));
+                out.SetSample(p, x, y, std::clamp<std::int64_t>(v, minimum, maximum));
             }
     }
     return true;

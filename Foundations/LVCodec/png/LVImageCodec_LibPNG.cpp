@@ -1,11 +1,14 @@
 #include "Foundations/LVCodec/png/LVImageCodec_LibPNG.h"
 
+#include "Foundations/LVBuffer2DTools/SampleInterleave.h"
 #include "Foundations/LVCodec/ImageFile.h"
 #include "Foundations/LVCodec/LVImage.h"
 #include "Portability/Misc/DebugTrace.h"
 
 #include <bit>
+#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include <png.h>
@@ -17,15 +20,21 @@ namespace {
 constexpr const char* kModule = "Module PNG";
 
 // Everything with a destructor lives here, outside the frame that libpng may longjmp back to.
+// The input is either bytes in memory or an open file read as libpng asks (never loaded whole).
 struct PngState {
     std::span<const std::uint8_t> input;
     std::size_t position = 0;
-    std::vector<std::uint8_t> pixels;
+    std::FILE* file = nullptr;
+    std::vector<std::uint8_t> pixels;  // one row, or the whole image when interlaced
     std::vector<png_bytep> rows;
 };
 
-void ReadFromMemory(png_structp png, png_bytep out, png_size_t length) {
+void ReadInput(png_structp png, png_bytep out, png_size_t length) {
     auto* state = static_cast<PngState*>(png_get_io_ptr(png));
+    if (state->file != nullptr) {
+        if (std::fread(out, 1, length, state->file) != length) png_error(png, "Read beyond the end of the PNG file");
+        return;
+    }
     if (length > state->input.size() - state->position) png_error(png, "Read beyond the end of the PNG data");
     std::memcpy(out, state->input.data() + state->position, length);
     state->position += length;
@@ -48,19 +57,24 @@ void SetTransformations(png_structp png, png_infop info) {
     png_read_update_info(png, info);
 }
 
-void Deinterleave(const PngState& state, unsigned channels, unsigned bytesPerSample, const LVBuffer2D& out) {
-    for (std::int32_t y = 0; y < out.Height(); ++y) {
-        const std::uint8_t* row = state.rows[static_cast<std::size_t>(y)];
-        for (unsigned p = 0; p < channels; ++p) {
-            std::uint8_t* target = out.Row(p, y);
-            for (std::int32_t x = 0; x < out.Width(); ++x)
-                std::memcpy(target + std::size_t{bytesPerSample} * x,
-                            row + (std::size_t{channels} * x + p) * bytesPerSample, bytesPerSample);
-        }
+// Spread one decoded row (samples of a pixel side by side) over row y of the planes.
+void DeinterleaveRow(const std::uint8_t* row, std::int32_t y, unsigned channels, unsigned bytesPerSample,
+                     const LVBuffer2D& out) {
+    const auto width = static_cast<std::size_t>(out.Width());
+    if (channels == 3 && bytesPerSample == 1) {
+        SplitIntoThreePlanes(row, out.Row(0, y), out.Row(1, y), out.Row(2, y), width);
+        return;
+    }
+    for (unsigned p = 0; p < channels; ++p) {
+        std::uint8_t* target = out.Row(p, y);
+        for (std::size_t x = 0; x < width; ++x)
+            std::memcpy(target + std::size_t{bytesPerSample} * x, row + (std::size_t{channels} * x + p) * bytesPerSample,
+                        bytesPerSample);
     }
 }
 
-bool DecodeWithLibpng(PngState& state, LVImageMemory& image) {
+// `skipped`: signature bytes the caller has already read and checked.
+bool DecodeWithLibpng(PngState& state, LVImageMemory& image, int skipped) {
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, TraceError, TraceWarning);
     if (!png) return false;
     png_infop info = png_create_info_struct(png);
@@ -68,7 +82,8 @@ bool DecodeWithLibpng(PngState& state, LVImageMemory& image) {
         png_destroy_read_struct(&png, &info, nullptr);
         return false;
     }
-    png_set_read_fn(png, &state, ReadFromMemory);
+    png_set_read_fn(png, &state, ReadInput);
+    png_set_sig_bytes(png, skipped);
     png_read_info(png, info);
     const png_uint_32 width = png_get_image_width(png, info);
     const png_uint_32 height = png_get_image_height(png, info);
@@ -79,12 +94,24 @@ bool DecodeWithLibpng(PngState& state, LVImageMemory& image) {
     const std::size_t rowBytes = png_get_rowbytes(png, info);
     if (channels < 1 || channels > 4 || (bits != 8 && bits != 16)) png_error(png, "Unsupported sample layout");
     if (!AllocateImage(image, width, height, channels, bits, kModule)) png_error(png, "Cannot allocate the image");
-    state.pixels.resize(rowBytes * height);
-    state.rows.resize(height);
-    for (png_uint_32 y = 0; y < height; ++y) state.rows[y] = state.pixels.data() + rowBytes * y;
-    png_read_image(png, state.rows.data());
+    const LVBuffer2D& out = image.Buffer();
+    if (png_get_interlace_type(png, info) == PNG_INTERLACE_NONE) {
+        // Row by row into the planes: the only full-size buffer is the image itself.
+        state.pixels.resize(rowBytes);
+        for (png_uint_32 y = 0; y < height; ++y) {
+            png_read_row(png, state.pixels.data(), nullptr);
+            DeinterleaveRow(state.pixels.data(), static_cast<std::int32_t>(y), channels, bits / 8, out);
+        }
+    } else {
+        // Interlaced passes refine the whole picture, so it is decoded whole first.
+        state.pixels.resize(rowBytes * height);
+        state.rows.resize(height);
+        for (png_uint_32 y = 0; y < height; ++y) state.rows[y] = state.pixels.data() + rowBytes * y;
+        png_read_image(png, state.rows.data());
+        for (png_uint_32 y = 0; y < height; ++y)
+            DeinterleaveRow(state.rows[y], static_cast<std::int32_t>(y), channels, bits / 8, out);
+    }
     png_read_end(png, nullptr);
-    Deinterleave(state, channels, bits / 8, image.Buffer());
     png_destroy_read_struct(&png, &info, nullptr);
     return true;
 }
@@ -98,7 +125,7 @@ bool DecodePng(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
     }
     PngState state;
     state.input = bytes;
-    return DecodeWithLibpng(state, image);
+    return DecodeWithLibpng(state, image, 0);
 }
 
 const char* const* LVImageCodec_LibPNG::Extensions() const {
@@ -113,8 +140,20 @@ const LVImageSignature* LVImageCodec_LibPNG::Signatures() const {
 }
 
 bool LVImageCodec_LibPNG::Decode(LVImage& image, const std::string& path, unsigned, unsigned, unsigned) const {
-    std::vector<std::uint8_t> bytes;
-    return ReadImageFile(path, bytes, kModule) && DecodePng(bytes, image);
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file) {
+        LV_TRACE(kModule, "Cannot open %s", path.c_str());
+        return false;
+    }
+    std::uint8_t signature[8] = {};
+    if (std::fread(signature, 1, sizeof signature, file.get()) != sizeof signature ||
+        png_sig_cmp(signature, 0, sizeof signature) != 0) {
+        LV_TRACE(kModule, "Not a PNG stream");
+        return false;
+    }
+    PngState state;
+    state.file = file.get();
+    return DecodeWithLibpng(state, image, sizeof signature);
 }
 
 }  // namespace Lumivale::Imaging

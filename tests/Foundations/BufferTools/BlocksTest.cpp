@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -28,7 +29,8 @@ public:
     void End() override { ++ended; }
     unsigned failIndex = ~0u;
     bool beginResult = true;
-    int processed = 0, begun = 0, ended = 0;
+    std::atomic<int> processed = 0;  // blocks run on several threads at once
+    int begun = 0, ended = 0;
 };
 
 class BlocksTest : public ::testing::Test {
@@ -144,19 +146,19 @@ TEST_F(BlocksTest, RunCallsBeginProcessEnd) {
     failing.failIndex = 2;
     ASSERT_TRUE(failing.Split(source, destination, 1, 8, 0, 0));
     EXPECT_FALSE(failing.Run(false));
-    EXPECT_EQ(failing.processed, 3) << "sequential run stops at the first failure";
+    EXPECT_EQ(failing.processed.load(), 3) << "sequential run stops at the first failure";
     EXPECT_EQ(failing.ended, 1);
 
     RecordingBlocks refused;
     refused.beginResult = false;
     EXPECT_FALSE(refused.SplitAndRun(source, destination, 1, 4, 0, 0, true));
-    EXPECT_EQ(refused.processed, 0);
+    EXPECT_EQ(refused.processed.load(), 0);
     EXPECT_EQ(refused.ended, 0);
 
     RecordingBlocks parallelFailing;
     parallelFailing.failIndex = 5;
     EXPECT_FALSE(parallelFailing.SplitAndRun(source, destination, 1, 8, 0, 0, true));
-    EXPECT_EQ(parallelFailing.processed, 8) << "the parallel run reduces every block's result";
+    EXPECT_EQ(parallelFailing.processed.load(), 8) << "the parallel run reduces every block's result";
     EXPECT_TRUE(IsSelfTestDone());
 }
 

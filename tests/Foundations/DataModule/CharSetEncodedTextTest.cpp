@@ -76,7 +76,7 @@ TEST(EncodedText, CharactersOutsideTheDeclaredSetsFail) {
         {"cjk-in-default", "", u"山田"},
         {"korean-in-japanese", "ISO 2022 IR 13\\ISO 2022 IR 87", u"홍"},
         {"escape-character", "\\ISO 2022 IR 87", u"a\x1B(Bb"},
-        {"unknown-term", "ISO_IR 6", u"abc"},
+        {"unknown-term", "ISO_IR 999", u"abc"},
         {"unpaired-surrogate", "ISO_IR 100", u"a\xD800"},
         {"unpaired-surrogate-utf8", "ISO_IR 192", u"a\xDC00"},
         {"undefined-in-hebrew", "ISO_IR 138", u"é"},
@@ -125,13 +125,40 @@ TEST(EncodedText, MalformedBytesFail) {
 
 TEST(EncodedText, UnknownTermsReadAsDefaultRepertoire) {
     std::u16string text;
-    EXPECT_TRUE(DecodeText("Doe^John", MultiCharSetDataType::FromText("ISO_IR 6"), TextValueKind::PersonName, text));
+    EXPECT_TRUE(DecodeText("Doe^John", MultiCharSetDataType::FromText("ISO_IR 999"), TextValueKind::PersonName, text));
     EXPECT_EQ(text, u"Doe^John");
     EXPECT_FALSE(DecodeText("J\xE9r", MultiCharSetDataType::FromText("LATIN1"), TextValueKind::PersonName, text));
     // An unusable later value is skipped; the declared ones still apply.
     EXPECT_TRUE(DecodeText("\x1B$B;3\x1B(B", MultiCharSetDataType::FromText("\\BOGUS\\ISO 2022 IR 87"),
                            TextValueKind::PersonName, text));
     EXPECT_EQ(text, u"山");
+}
+
+// What the strict reader refuses is still read, and the caller learns which fallback it took.
+TEST(EncodedText, LenientDecodingNeverDropsText) {
+    const struct {
+        const char* id;
+        const char* charset;
+        std::string_view bytes;
+        std::u16string_view text;
+        DecodeFallback fallback;
+    } cases[] = {
+        {"valid", "ISO_IR 100", "J\xE9r\xF4me", u"Jérôme", DecodeFallback::None},
+        {"undeclared-latin1", "", "J\xE9r\xF4me", u"Jérôme", DecodeFallback::UndeclaredAsLatin1},
+        {"unknown-term-latin1", "ISO_IR 999", "M\xFCller", u"Müller", DecodeFallback::UndeclaredAsLatin1},
+        {"bad-utf8", "ISO_IR 192", "a\xE7\x8E" "b\xC3\xA9", u"a\uFFFD\uFFFDbé", DecodeFallback::Replaced},
+        {"bad-gb18030", "GB18030", "\x81" "0", u"\uFFFD0", DecodeFallback::Replaced},
+        {"gbk-text", "GBK", "\xCD\xF5", u"王", DecodeFallback::None},
+        {"unassigned-hebrew", "ISO_IR 138", "a\xA1" "b", u"a\uFFFDb", DecodeFallback::Replaced},
+        {"unknown-escape", "\\ISO 2022 IR 87", "\x1B$A" "b", u"\uFFFD$Ab", DecodeFallback::Replaced},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        std::u16string text = u"stale";
+        EXPECT_EQ(DecodeTextLeniently(c.bytes, MultiCharSetDataType::FromText(c.charset), TextValueKind::PersonName, text),
+                  c.fallback);
+        EXPECT_EQ(text, c.text);
+    }
 }
 
 }  // namespace

@@ -26,7 +26,9 @@ TEST(CharSetTerms, ParseTrimsFoldsAndComparesExactly) {
         {"folded", "  iso_ir 100 \t\r\n", CharSet::ISO_IR_100},
         {"empty", "", CharSet::DefaultRepertoire},
         {"blank", " \t", CharSet::DefaultRepertoire},
-        {"ir6-single-valued", "ISO_IR 6", CharSet::Unknown},
+        {"ir6-is-the-default", "iso_ir 6", CharSet::DefaultRepertoire},
+        {"gbk-read-as-gb18030", "GBK", CharSet::GB18030},
+        {"unlisted", "ISO_IR 999", CharSet::Unknown},
         {"questions", "??", CharSet::Unknown},
         {"inner-blank", "ISO_IR  100", CharSet::Unknown},
         {"gb", "gb18030", CharSet::GB18030},
@@ -60,7 +62,7 @@ TEST(MultiCharSet, ParseCompletesTheFirstValue) {
         {"empty", "", {CharSet::DefaultRepertoire}, ""},
         {"latin-extension", "\\ISO 2022 IR 100", {CharSet::ISO_2022_IR_6, CharSet::ISO_2022_IR_100},
          "ISO 2022 IR 6\\ISO 2022 IR 100"},
-        {"unknown-is-set", "ISO_IR 6", {CharSet::Unknown}, ""},
+        {"unknown-is-set", "ISO_IR 999", {CharSet::Unknown}, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.id);

@@ -2,7 +2,7 @@
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Uid/OrganisationUidRoot.h"
-#include "Foundations/DataModule/Uid/TestMode.h"
+#include "Foundations/DataModule/Rows/TestMode.h"
 #include "Foundations/DataModule/Uid/UIDGenerator.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
 #include "TestEnvironment.h"

@@ -2,6 +2,7 @@
 // codec is chosen for a file.
 #include "Foundations/LVCodec/LVImage.h"
 #include "Foundations/LVCodec/LVImageCodecRegistry.h"
+#include "GoldenImage.h"
 
 #include <gtest/gtest.h>
 
@@ -15,25 +16,6 @@ namespace Lumivale::Imaging {
 namespace {
 
 const std::string kImages = DICAPSULE_GENERATED_IMAGES;
-
-struct Golden {
-    unsigned planes = 0, bytes = 0;
-    std::int32_t width = 0, height = 0;
-    std::vector<std::uint8_t> samples;
-    std::int64_t At(unsigned p, std::int32_t x, std::int32_t y) const {
-        const std::size_t i = ((std::size_t{p} * height + y) * width + x) * bytes;
-        return bytes == 2 ? samples[i] | samples[i + 1] << 8 : samples[i];
-    }
-};
-
-bool ReadGolden(const std::string& path, Golden& golden) {
-    std::ifstream in(path, std::ios::binary);
-    std::string header;
-    if (!std::getline(in, header)) return false;
-    std::istringstream(header) >> golden.planes >> golden.width >> golden.height >> golden.bytes;
-    golden.samples.assign(std::istreambuf_iterator<char>(in), {});
-    return golden.samples.size() == std::size_t{golden.planes} * golden.width * golden.height * golden.bytes;
-}
 
 TEST(CodecGoldenTest, DecodedPixelsMatchPil) {
     struct Case {
@@ -85,16 +67,7 @@ TEST(CodecGoldenTest, TruncatedFilesAreRefusedCleanly) {
                            "pnm_RGB.pam",   "pnm_P3.ppm",   "dicom_icon.dcm", "dicom_jpeg.dcm", "bmp_palette4.bmp"};
     for (const char* file : files) {
         SCOPED_TRACE(file);
-        std::ifstream in(kImages + "/" + file, std::ios::binary);
-        const std::string bytes{std::istreambuf_iterator<char>(in), {}};
-        const std::string name = std::string(file);
-        const std::string cut = kImages + "/cut_" + name;
-        for (const std::size_t keep : {bytes.size() / 2, bytes.size() / 5, std::size_t{20}}) {
-            std::ofstream(cut, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(keep));
-            LVImage image;
-            image.LoadFromFile(cut, 0);
-        }
-        std::remove(cut.c_str());
+        LoadCutCopies(kImages, file, [](const std::string& cut) { LVImage().LoadFromFile(cut, 0); });
     }
 }
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace Lumivale::Imaging {
 namespace {
 
@@ -65,6 +68,37 @@ TEST(IconImageBuilderTest, ReducingPathShrinksAndMapsToEightBits) {
     EXPECT_EQ(bytes[0], 0);
     EXPECT_EQ(bytes[99], 255);
     EXPECT_LT(bytes[40], bytes[60]);
+}
+
+// The consuming builder gives the source's rows back while it copies them: the icon must still hold
+// every row, across several release runs (about 512 KiB per plane each) and the last partial one.
+TEST(IconImageBuilderTest, ConsumingTheSourceGivesTheSameIcon) {
+    struct Case {
+        const char* id;
+        std::int32_t width, height;
+        unsigned planes, bits;
+    } cases[] = {{"grey 8, several release runs", 200, 30000, 1, 8},
+                 {"rgb + alpha 8", 96, 50000, 4, 8},
+                 {"grey 16", 33, 60001, 1, 16}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        LVImageMemory image;
+        ASSERT_TRUE(image.Allocate(c.width, c.height, c.planes, c.bits));
+        for (unsigned p = 0; p < c.planes; ++p)
+            for (std::int32_t y = 0; y < c.height; ++y)
+                for (std::int32_t x = 0; x < c.width; ++x) image.Buffer().SetSample(p, x, y, x * 3 + y * 7 + p * 101);
+        IconImageRecord copied, consumed;
+        copied.reduce = consumed.reduce = false;
+        ASSERT_TRUE(SetIconImage(copied, image, true));
+        ASSERT_TRUE(SetIconImage(consumed, std::move(image)));
+        EXPECT_FALSE(image.Buffer().IsValid());
+        const auto expected = copied.pixel_data.at(0).MemoryBytes();
+        const auto actual = consumed.pixel_data.at(0).MemoryBytes();
+        ASSERT_EQ(actual.size(), expected.size());
+        EXPECT_TRUE(std::equal(actual.begin(), actual.end(), expected.begin()));
+        EXPECT_EQ(consumed.samples_per_pixel, copied.samples_per_pixel);
+        EXPECT_EQ(consumed.pixel_description.bytes_per_line, copied.pixel_description.bytes_per_line);
+    }
 }
 
 }  // namespace

@@ -60,9 +60,15 @@ def golden(name, decoded):
             f.write(words(values) if wide else bytes(values))
 
 
-def save(name, im, **options):
+def golden_as_read(name, mode=None):
+    """The golden of a written file as PIL reads it, converted to mode (palette and 1-bit images)."""
+    decoded = Image.open(path(name))
+    golden(name, decoded.convert(mode) if mode else decoded)
+
+
+def save(name, im, mode=None, **options):
     im.save(path(name), **options)
-    golden(name, Image.open(path(name)))
+    golden_as_read(name, mode)
 
 
 def run(*command):
@@ -72,31 +78,27 @@ def run(*command):
 # PNG
 for mode in ("L", "LA", "RGB", "RGBA"):
     save(f"png_{mode}.png", image(mode))
-save("png_palette.png", image("RGB").convert("P", palette=Image.ADAPTIVE, colors=64))
-golden("png_palette.png", Image.open(path("png_palette.png")).convert("RGB"))
-save("png_1bit.png", image("L").convert("1"))
-golden("png_1bit.png", Image.open(path("png_1bit.png")).convert("L"))
+save("png_palette.png", image("RGB").convert("P", palette=Image.ADAPTIVE, colors=64), "RGB")
+save("png_1bit.png", image("L").convert("1"), "L")
 save("png_grey16.png", grey16())
 
 # JPEG
 save("jpeg_L.jpg", image("L"), quality=90)
 save("jpeg_RGB.jpg", image("RGB"), quality=90)
-image("RGB").convert("CMYK").save(path("jpeg_CMYK.jpg"), quality=95)
-golden("jpeg_CMYK.jpg", Image.open(path("jpeg_CMYK.jpg")).convert("RGB"))
+save("jpeg_CMYK.jpg", image("RGB").convert("CMYK"), "RGB", quality=95)
 image("L").save(path("source_L.pgm"))
 run("cjpeg", "-grayscale", "-outfile", path("cjpeg_grey.jpeg"), path("source_L.pgm"))
-golden("cjpeg_grey.jpeg", Image.open(path("cjpeg_grey.jpeg")))
+golden_as_read("cjpeg_grey.jpeg")
 
 # TIFF
 save("tiff_L.tif", image("L"))
 save("tiff_RGB.tif", image("RGB"), compression="tiff_lzw")
 save("tiff_grey16.tif", grey16())
-save("tiff_palette.tif", image("RGB").convert("P", palette=Image.ADAPTIVE, colors=16))
-golden("tiff_palette.tif", Image.open(path("tiff_palette.tif")).convert("RGB"))
+save("tiff_palette.tif", image("RGB").convert("P", palette=Image.ADAPTIVE, colors=16), "RGB")
 run("tiffcp", "-t", "-w", "16", "-l", "16", path("tiff_RGB.tif"), path("tiff_tiled.tif"))
-golden("tiff_tiled.tif", Image.open(path("tiff_tiled.tif")))
+golden_as_read("tiff_tiled.tif")
 run("tiffcp", "-p", "separate", path("tiff_RGB.tif"), path("tiff_separate.tif"))
-golden("tiff_separate.tif", Image.open(path("tiff_separate.tif")))
+golden_as_read("tiff_separate.tif")
 run("tiffcp", path("tiff_L.tif"), path("tiff_RGB.tif"), path("tiff_pages.tif"))
 page = Image.open(path("tiff_pages.tif"))
 page.seek(1)
@@ -112,26 +114,23 @@ for name in ("j2k_L.j2k", "j2k_RGB.jp2", "j2k_grey16.j2k"):
     golden(name, Image.open(path(name)))
 
 # BMP
-save("bmp_1bit.bmp", image("L").convert("1"))
-golden("bmp_1bit.bmp", Image.open(path("bmp_1bit.bmp")).convert("L"))
+save("bmp_1bit.bmp", image("L").convert("1"), "L")
 save("bmp_grey8.bmp", image("L"))
-save("bmp_palette8.bmp", image("RGB").convert("P", palette=Image.ADAPTIVE, colors=100))
-golden("bmp_palette8.bmp", Image.open(path("bmp_palette8.bmp")).convert("RGB"))
+save("bmp_palette8.bmp", image("RGB").convert("P", palette=Image.ADAPTIVE, colors=100), "RGB")
 save("bmp_RGB.bmp", image("RGB"))
 save("bmp_RGBA.bmp", image("RGBA"))
 if shutil.which("convert"):
     run("convert", path("source_RGB.ppm"), "-colors", "12", "BMP3:" + path("bmp_palette4.bmp"))
-    golden("bmp_palette4.bmp", Image.open(path("bmp_palette4.bmp")).convert("RGB"))
+    golden_as_read("bmp_palette4.bmp", "RGB")
     run("convert", path("source_RGB.ppm"), "-colors", "200", "-compress", "RLE", "BMP3:" + path("bmp_rle8.bmp"))
-    golden("bmp_rle8.bmp", Image.open(path("bmp_rle8.bmp")).convert("RGB"))
+    golden_as_read("bmp_rle8.bmp", "RGB")
 
 # Netpbm
-save("pnm_P4.pbm", image("L").convert("1"))
-golden("pnm_P4.pbm", Image.open(path("pnm_P4.pbm")).convert("L"))
+save("pnm_P4.pbm", image("L").convert("1"), "L")
 save("pnm_P5.pgm", image("L"))
 save("pnm_P6.ppm", image("RGB"))
 write_pgm16("pnm_P5_16.pgm")
-golden("pnm_P5_16.pgm", Image.open(path("pnm_P5_16.pgm")))
+golden_as_read("pnm_P5_16.pgm")
 for plain, binary in (("pnm_P1.pbm", "pnm_P4.pbm"), ("pnm_P2.pgm", "pnm_P5.pgm"), ("pnm_P3.ppm", "pnm_P6.ppm")):
     with open(path(plain), "wb") as f:
         subprocess.run(["pnmtoplainpnm", path(binary)], check=True, stdout=f, stderr=subprocess.DEVNULL)

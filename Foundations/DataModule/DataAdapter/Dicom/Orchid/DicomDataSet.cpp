@@ -38,6 +38,14 @@ const DicomDataSetElement* DicomDataSet::Find(std::uint32_t tag) const noexcept 
 
 bool DicomDataSet::Remove(std::uint32_t tag) { return elements_.erase(tag) != 0; }
 
+std::unique_ptr<DicomDataSetElement> DicomDataSet::Release(std::uint32_t tag) {
+    const auto it = elements_.find(tag);
+    if (it == elements_.end()) return nullptr;
+    std::unique_ptr<DicomDataSetElement> node = std::move(it->second);
+    elements_.erase(it);
+    return node;
+}
+
 std::uint64_t DicomDataSet::EncodedSize(StreamEncoding encoding) const {
     std::uint64_t size = 0;
     for (const auto& [tag, node] : elements_) size += node->EncodedSize(encoding);

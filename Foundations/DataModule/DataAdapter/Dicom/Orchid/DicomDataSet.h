@@ -28,6 +28,8 @@ public:
     const DicomDataSetElement* Find(Tag tag) const noexcept { return Find(TagNumber(tag)); }
     // Remove and destroy the node with this tag number; false when there was none.
     bool Remove(std::uint32_t tag);
+    // Remove the node with this tag number and hand it over; null when there was none.
+    std::unique_ptr<DicomDataSetElement> Release(std::uint32_t tag);
     // Number of nodes.
     std::size_t Count() const noexcept { return elements_.size(); }
     // The nodes in ascending tag order.

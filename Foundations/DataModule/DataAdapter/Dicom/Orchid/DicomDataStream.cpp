@@ -111,10 +111,7 @@ bool DicomDataStream::ReadLength(DicomDataSetElement& record) {
     }
     std::uint16_t shortLength = 0;
     if (!ReadU16(shortLength)) return false;
-    const ValueRepresentation vr = record.vr;
-    // UT written with a short length by some writers: a non-zero field is the length itself.
-    const bool reservedWord = HasLongLengthField(vr) && !(vr == ValueRepresentation::UT && shortLength != 0);
-    if (reservedWord) return ReadU32(record.valueLength);
+    if (ReadsLongLengthField(record.vr, shortLength)) return ReadU32(record.valueLength);
     record.valueLength = shortLength;
     return true;
 }
@@ -322,6 +319,7 @@ bool DicomDataStream::WriteHeader(std::uint16_t group, std::uint16_t element, Va
     const std::string_view code = VRCode(wire);
     if (!WriteU16(group) || !WriteU16(element) || !WriteRaw(code.data(), code.size())) return false;
     if (HasLongLengthField(wire)) return WriteU16(0) && WriteU32(length32);
+    // Only the short-form VRs come here: their values must fit the 16-bit field.
     if (length > 0xFFFF) {
         LV_TRACE(kModule, "Value of TAG(%s,%s) too long for a %s length field", Hex4(group).c_str(),
                  Hex4(element).c_str(), std::string(code).c_str());

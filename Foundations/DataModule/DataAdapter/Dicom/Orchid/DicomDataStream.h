@@ -12,13 +12,16 @@
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
+// Deepest nesting of sequences that a read accepts by default; writers of metadata refuse deeper input.
+inline constexpr unsigned kMaxSequenceDepth = 64;
+
 // How values are read.
 struct DicomReadOptions {
     // Values longer than this stay in the source file (when the source is a file) and are loaded
     // or copied only when wanted. Pixel data and overlay data always stay in the file.
     std::uint64_t keepInFileAbove = std::uint64_t{1} << 20;
     // Deepest nesting of sequences accepted; deeper input fails the read.
-    unsigned maxSequenceDepth = 64;
+    unsigned maxSequenceDepth = kMaxSequenceDepth;
 };
 
 // Reads and writes elements over an abstract byte source or sink.
@@ -57,6 +60,9 @@ public:
     virtual std::shared_ptr<const RegionSource> ValueSource() const { return nullptr; }
     // Append a file region's bytes, in the unit order of the current encoding.
     virtual bool WriteRegion(const FileRegion& region);
+    // Replace what remains to be read (raw deflate data) by its inflation and go to its first
+    // byte; false when it does not inflate or the stream cannot hold it.
+    virtual bool InflateRemainder() = 0;
 
     // Read elements until the end of the source; false on a malformed input or when the handler stops.
     bool ReadElements(CallbackHandler& handler);

@@ -33,17 +33,21 @@ constexpr ValueRepresentation WireVR(ValueRepresentation vr) noexcept {
     }
 }
 
-// True when an explicit-VR header of this (wire) VR has two reserved bytes and a 32-bit length.
-constexpr bool HasLongLengthField(ValueRepresentation wireVr) noexcept {
-    switch (wireVr) {
-        case ValueRepresentation::OB:
-        case ValueRepresentation::OF:
-        case ValueRepresentation::OW:
-        case ValueRepresentation::SQ:
-        case ValueRepresentation::UN:
-        case ValueRepresentation::UT: return true;
-        default: return false;
+// True when an explicit-VR header of this VR is written with two reserved bytes and a 32-bit length.
+inline bool HasLongLengthField(ValueRepresentation vr) noexcept {
+    return VRLengthForm(WireVR(vr)) != ExplicitLengthForm::Short;
+}
+
+// True when an explicit-VR header of this VR, read with the 16-bit field shortField, has two
+// reserved bytes and a 32-bit length: always for the long form, only for a zero field for the
+// tolerant one, never for the short one.
+inline bool ReadsLongLengthField(ValueRepresentation vr, std::uint16_t shortField) noexcept {
+    switch (VRLengthForm(vr)) {
+        case ExplicitLengthForm::Long: return true;
+        case ExplicitLengthForm::LongOrShort: return shortField == 0;
+        case ExplicitLengthForm::Short: break;
     }
+    return false;
 }
 
 // True for the explicit-VR encodings.
@@ -52,9 +56,9 @@ constexpr bool IsExplicit(StreamEncoding encoding) noexcept {
 }
 
 // Byte count of an element header (tag, VR, length field) written in this encoding.
-constexpr std::uint64_t ElementHeaderSize(ValueRepresentation vr, StreamEncoding encoding) noexcept {
+inline std::uint64_t ElementHeaderSize(ValueRepresentation vr, StreamEncoding encoding) noexcept {
     if (!IsExplicit(encoding)) return 8;
-    return HasLongLengthField(WireVR(vr)) ? 12 : 8;
+    return HasLongLengthField(vr) ? 12 : 8;
 }
 
 // A value length rounded up to even, as written.

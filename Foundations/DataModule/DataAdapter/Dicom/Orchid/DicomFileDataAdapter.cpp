@@ -10,6 +10,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/RowElements.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/DicomFileDataControllerFactory.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueAlignment.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Utf8Path.h"
@@ -94,10 +95,24 @@ bool InsertSopCommon(dcm::DicomDataSet& dataSet, const InstanceDataRow& instance
     return sopClass && dataSet.Insert(std::move(sopClass));
 }
 
-// The series Laterality is asked for when no Body Part Examined says the part is unpaired.
-void InsertLateralityWhenUnknown(dcm::DicomDataSet& dataSet, const RowChain& chain) {
+// True for the body parts that come in pairs, whose side the series must state.
+bool IsPairedBodyPart(BodyPart::Enum part) noexcept {
+    switch (part) {
+        case BodyPart::ANKLE: case BodyPart::ARM: case BodyPart::BREAST: case BodyPart::CLAVICLE:
+        case BodyPart::ELBOW: case BodyPart::EXTREMITY: case BodyPart::FOOT: case BodyPart::HAND:
+        case BodyPart::HIP: case BodyPart::KNEE: case BodyPart::LEG: case BodyPart::SHOULDER:
+        case BodyPart::TMJ: return true;
+        default: return false;
+    }
+}
+
+// Laterality (0020,0060) is Type 2C: required, empty when the side is unknown, for a paired body
+// part. A body part known to be unpaired needs none, and an empty one there would be wrong. With
+// no body part examined the side is unknown and validators require the attribute, so it stays.
+void InsertLateralityWhenRequired(dcm::DicomDataSet& dataSet, const RowChain& chain) {
     const bool bodyPartKnown = chain.series && chain.series->body_part_examined.IsSet();
-    if (!bodyPartKnown && !dataSet.Find(Tag::Laterality)) {
+    const bool required = !bodyPartKnown || IsPairedBodyPart(chain.series->body_part_examined.Value());
+    if (required && !dataSet.Find(Tag::Laterality)) {
         const std::uint32_t tag = TagNumber(Tag::Laterality);
         dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), VR::CS));
     }
@@ -158,7 +173,7 @@ bool BuildInstanceDataSet(const PatientDataSet& set, InstanceDataRow& instance, 
     const MultiCharSetDataType& charset = instance.specific_character_set;
     if (!InsertRows(dataSet, chain, instance, charset)) return false;
     InsertMissingRequiredAttributes(dataSet);
-    InsertLateralityWhenUnknown(dataSet, chain);
+    InsertLateralityWhenRequired(dataSet, chain);
     if (!InsertSopCommon(dataSet, instance, charset) || !InsertInstanceParts(dataSet, instance, charset)) return false;
     InsertPrivateCreatorWhenNeeded(dataSet);
     if (!InsertFileMetaInformation(dataSet, instance)) {
@@ -214,10 +229,14 @@ bool ReadDicomFileIntoRows(const std::filesystem::path& path, PatientDataSet& se
     return ReadInstanceDataSet(dataSet, set, options, instance);
 }
 
-bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path) {
+bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path,
+                                 Portability::ExistingTarget existing) {
     dcm::DicomDataSet dataSet;
     if (!BuildInstanceDataSet(set, instance, dataSet)) return false;
-    if (!dcm::WriteDicomFile(path, dataSet, dcm::StreamEncoding::ExplicitLittleEndian)) {
+    // A large payload starts on a block boundary so that it can be cloned rather than copied; a
+    // file where that fails is still complete and valid, only copied the ordinary way.
+    dcm::AlignLargeValue(dataSet, dcm::StreamEncoding::ExplicitLittleEndian, ImplementationClassUid());
+    if (!dcm::WriteDicomFile(path, dataSet, dcm::StreamEncoding::ExplicitLittleEndian, existing)) {
         LV_TRACE(kModule, "Writing %s failed", Portability::Utf8FromPath(path).c_str());
         return false;
     }

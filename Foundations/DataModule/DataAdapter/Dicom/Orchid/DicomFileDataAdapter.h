@@ -4,6 +4,7 @@
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
+#include "Portability/Misc/AtomicFileWriter.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -28,8 +29,10 @@ public:
     // Write the instance (which must be in set, linked to its series) to path, replacing path only
     // when the whole file was written. The SOP class controller completes the instance first. False
     // when the controller fails or finds a type 1 attribute missing, a text cannot be encoded in the
-    // instance's character set, a length would not fit a 32-bit DICOM length, or writing fails.
-    bool Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path);
+    // instance's character set, a length would not fit a 32-bit DICOM length, or writing fails
+    // (with ExistingTarget::refuse, also when a file appeared at path while writing).
+    bool Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path,
+               Portability::ExistingTarget existing = Portability::ExistingTarget::replace);
 
     // Read path into a new patient, study, series, equipment and instance chain of set; instance
     // points at the new instance row. False (instance null) when the file cannot be read as DICOM.

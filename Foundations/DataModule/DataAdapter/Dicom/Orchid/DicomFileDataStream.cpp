@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Inflate.h"
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Utf8Path.h"
 
@@ -34,9 +35,9 @@ bool DicomFileDataStream::OpenForReading(const std::filesystem::path& path) {
     return source_ != nullptr;
 }
 
-bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path) {
+bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path, Portability::ExistingTarget existing) {
     Close();
-    writer_.emplace(Portability::Utf8FromPath(path));
+    writer_.emplace(Portability::Utf8FromPath(path), existing);
     if (writer_->Open()) return true;
     LV_TRACE(kModule, "Cannot create a temporary file beside %s", Portability::Utf8FromPath(path).c_str());
     writer_.reset();
@@ -135,6 +136,33 @@ bool DicomFileDataStream::WriteRegion(const FileRegion& region) {
     return true;
 }
 
+bool DicomFileDataStream::InflateRemainder() {
+    if (!source_) return false;
+    std::shared_ptr<RegionSource> inflated = RegionSource::OpenTemporary();
+    if (!inflated) {
+        LV_TRACE(kModule, "%s", "No temporary file for the inflated data set");
+        return false;
+    }
+    std::uint64_t at = position_;
+    const auto input = [&](std::uint8_t* data, std::size_t size) -> std::size_t {
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, source_->Size() - at));
+        for (std::size_t done = 0; done < count;) {
+            const ssize_t got = ::pread(source_->Descriptor(), data + done, count - done, static_cast<off_t>(at + done));
+            if (got < 0 && errno == EINTR) continue;
+            if (got <= 0) return 0;
+            done += static_cast<std::size_t>(got);
+        }
+        at += count;
+        return count;
+    };
+    const auto output = [&](const std::uint8_t* data, std::size_t size) { return inflated->Append(data, size); };
+    if (!InflateRawDeflate(input, output)) return false;
+    source_ = std::move(inflated);
+    buffer_.clear();
+    bufferStart_ = position_ = 0;
+    return true;
+}
+
 bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options) {
     dataSet = DicomDataSet();
     DicomFileDataStream stream;
@@ -147,9 +175,10 @@ bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, con
     return false;
 }
 
-bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding) {
+bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,
+                    Portability::ExistingTarget existing) {
     DicomFileDataStream stream;
-    if (!stream.OpenForWriting(path)) return false;
+    if (!stream.OpenForWriting(path, existing)) return false;
     stream.SetEncoding(encoding);
     return WriteFileContent(stream, dataSet) && stream.Commit();
 }

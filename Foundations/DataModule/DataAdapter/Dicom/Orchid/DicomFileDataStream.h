@@ -21,8 +21,10 @@ public:
 
     // Open a file for reading; false when it cannot be opened.
     bool OpenForReading(const std::filesystem::path& path);
-    // Start writing path: bytes go to a temporary file in the same directory until Commit.
-    bool OpenForWriting(const std::filesystem::path& path);
+    // Start writing path: bytes go to a temporary file in the same directory until Commit, which
+    // replaces or refuses an existing file as told.
+    bool OpenForWriting(const std::filesystem::path& path,
+                        Portability::ExistingTarget existing = Portability::ExistingTarget::replace);
     // Finish writing: flush, close and rename the temporary file onto the target.
     bool Commit();
     // Stop: a write that was not committed is discarded and its temporary file removed.
@@ -42,6 +44,8 @@ public:
     std::uint64_t Size() const override;
     std::shared_ptr<const RegionSource> ValueSource() const override { return source_; }
     bool WriteRegion(const FileRegion& region) override;
+    // Inflates into an unnamed temporary file, which values left in the file then refer to.
+    bool InflateRemainder() override;
 
 private:
     bool Flush();
@@ -56,8 +60,10 @@ private:
 
 // Read a DICOM file into dataSet (which is cleared first); false when the file cannot be read.
 bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options = {});
-// Write dataSet as a DICOM file in the given data set encoding, replacing path only on success.
-bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding);
+// Write dataSet as a DICOM file in the given data set encoding, taking path only on success (and,
+// with ExistingTarget::refuse, only when nothing is there by then).
+bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,
+                    Portability::ExistingTarget existing = Portability::ExistingTarget::replace);
 // Write dataSet in the encoding its (0002,0010) names (explicit VR little endian without one).
 bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet);
 

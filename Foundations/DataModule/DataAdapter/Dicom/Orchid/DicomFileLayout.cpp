@@ -68,6 +68,11 @@ StreamEncoding EncodingOfTransferSyntax(std::string_view uid) noexcept {
     return StreamEncoding::ExplicitLittleEndian;
 }
 
+bool IsDeflatedTransferSyntax(std::string_view uid) noexcept {
+    while (!uid.empty() && (uid.back() == '\0' || uid.back() == ' ')) uid.remove_suffix(1);
+    return uid == "1.2.840.10008.1.2.1.99";
+}
+
 StreamEncoding EncodingOfDataSet(const DicomDataSet& dataSet) {
     const DicomDataSetElement* syntax = dataSet.Find(Tag::TransferSyntaxUID);
     std::vector<std::uint8_t> uid;
@@ -86,7 +91,9 @@ bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& h
         if (!stream.ReadMetaElements(handler, transferSyntax)) return false;
         const std::string_view uid(reinterpret_cast<const char*>(transferSyntax.data()), transferSyntax.size());
         stream.SetEncoding(transferSyntax.empty() ? StreamEncoding::ExplicitLittleEndian : EncodingOfTransferSyntax(uid));
-        return true;
+        if (!IsDeflatedTransferSyntax(uid)) return true;
+        // The data set is deflated explicit VR little endian: read on from its inflation.
+        return stream.InflateRemainder();
     }
     if (firstGroup != kMetaGroup && firstGroup != kFirstDataSetGroup) {
         LV_TRACE(kModule, "Not a DICOM file: no \"DICM\" prefix and first group %04X", firstGroup);
@@ -124,6 +131,15 @@ bool WriteFileHeader(DicomDataStream& stream, const DicomDataSet& dataSet) {
 }
 
 bool WriteFileContent(DicomDataStream& stream, const DicomDataSet& dataSet) {
+    // The writer does not deflate: a data set that names the deflated syntax (one read from such
+    // a file) would be written as a file that claims what it is not.
+    const DicomDataSetElement* syntax = dataSet.Find(Tag::TransferSyntaxUID);
+    std::vector<std::uint8_t> uid;
+    if (syntax && syntax->value.Load(uid) &&
+        IsDeflatedTransferSyntax(std::string_view(reinterpret_cast<const char*>(uid.data()), uid.size()))) {
+        LV_TRACE(kModule, "%s", "A data set of the deflated transfer syntax cannot be written");
+        return false;
+    }
     if (!WriteFileHeader(stream, dataSet)) return false;
     for (const auto& [tag, node] : dataSet) {
         if (!IsMetaNode(*node) && !stream.WriteNode(*node)) return false;

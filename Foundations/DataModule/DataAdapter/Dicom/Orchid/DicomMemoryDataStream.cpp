@@ -1,8 +1,30 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
 
+#include <algorithm>
 #include <cstring>
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Inflate.h"
+
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+
+bool DicomMemoryDataStream::InflateRemainder() {
+    std::vector<std::uint8_t> inflated;
+    std::uint64_t at = position_;
+    const auto input = [&](std::uint8_t* data, std::size_t size) {
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, bytes_.size() - at));
+        std::memcpy(data, bytes_.data() + at, count);
+        at += count;
+        return count;
+    };
+    const auto output = [&](const std::uint8_t* data, std::size_t size) {
+        inflated.insert(inflated.end(), data, data + size);
+        return true;
+    };
+    if (!InflateRawDeflate(input, output)) return false;
+    bytes_ = std::move(inflated);
+    position_ = 0;
+    return true;
+}
 
 void DicomMemoryDataStream::Close() {
     bytes_.clear();

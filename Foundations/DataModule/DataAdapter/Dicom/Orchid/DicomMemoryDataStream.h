@@ -22,6 +22,7 @@ public:
     const std::vector<std::uint8_t>& Bytes() const noexcept { return bytes_; }
 
     void Close() override;
+    bool InflateRemainder() override;
     bool SetPosition(std::uint64_t position) override;
     bool Skip(std::uint64_t count) override;
     bool WriteRaw(const void* data, std::uint64_t size) override;

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <string>
 
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Utf8Path.h"
@@ -43,6 +45,35 @@ RegionSource::RegionSource(std::filesystem::path path, int descriptor, std::uint
     : path_(std::move(path)), descriptor_(descriptor), size_(size) {}
 
 RegionSource::~RegionSource() { ::close(descriptor_); }
+
+std::shared_ptr<RegionSource> RegionSource::OpenTemporary() {
+    const char* directory = std::getenv("TMPDIR");
+    const std::filesystem::path folder = directory && *directory ? directory : "/tmp";
+    // O_TMPFILE makes a file with no name at all; where the file system lacks it, a named one is
+    // removed at once.
+    int descriptor = ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (descriptor < 0) {
+        std::string pattern = (folder / "dicapsule-inflated-XXXXXX").string();
+        descriptor = ::mkostemp(pattern.data(), O_CLOEXEC);
+        if (descriptor >= 0) ::unlink(pattern.c_str());
+    }
+    if (descriptor < 0) return nullptr;
+    // The file has no name; this process reaches it again through its descriptor.
+    const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+    return std::shared_ptr<RegionSource>(new RegionSource(path, descriptor, 0));
+}
+
+bool RegionSource::Append(const std::uint8_t* data, std::size_t size) {
+    while (size > 0) {
+        const ssize_t written = ::pwrite(descriptor_, data, size, static_cast<off_t>(size_));
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        data += written;
+        size -= static_cast<std::size_t>(written);
+        size_ += static_cast<std::uint64_t>(written);
+    }
+    return true;
+}
 
 std::shared_ptr<RegionSource> RegionSource::Open(const std::filesystem::path& path) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);

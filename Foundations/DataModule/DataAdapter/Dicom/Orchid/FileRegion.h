@@ -16,6 +16,10 @@ class RegionSource {
 public:
     // Open path for reading; null when it cannot be opened.
     static std::shared_ptr<RegionSource> Open(const std::filesystem::path& path);
+    // An empty unnamed file in the temporary directory, removed when closed; filled with Append
+    // before values refer to it. Its Path() reaches it through /proc/self/fd while it is open.
+    // Null when none can be made.
+    static std::shared_ptr<RegionSource> OpenTemporary();
     ~RegionSource();
     RegionSource(const RegionSource&) = delete;
     RegionSource& operator=(const RegionSource&) = delete;
@@ -24,8 +28,10 @@ public:
     const std::filesystem::path& Path() const noexcept { return path_; }
     // The POSIX descriptor, valid while this object lives.
     int Descriptor() const noexcept { return descriptor_; }
-    // The file's size in bytes when it was opened.
+    // The file's size in bytes when it was opened (or as appended to).
     std::uint64_t Size() const noexcept { return size_; }
+    // Append bytes to a file made by OpenTemporary; false when they cannot all be written.
+    bool Append(const std::uint8_t* data, std::size_t size);
 
 private:
     RegionSource(std::filesystem::path path, int descriptor, std::uint64_t size);

@@ -107,7 +107,17 @@ bool OrchidDataElementCodec::FetchText(std::u16string& text, const MultiCharSetD
                                : (element_->vr == VR::LT || element_->vr == VR::ST || element_->vr == VR::UT)
                                    ? TextValueKind::SingleValued
                                    : TextValueKind::MultiValued;
-    return DecodeText(bytes, charset, kind, text);
+    // Text is never dropped: what the declared sets cannot read is read the way other readers do,
+    // and the trace says which attribute needed it.
+    const DecodeFallback fallback = DecodeTextLeniently(bytes, charset, kind, text);
+    if (fallback != DecodeFallback::None) {
+        const DictionaryEntry& entry = EntryByTag(element_->TagNumber());
+        LV_TRACE(kModule, "TAG(%04X,%04X) %s: %s", element_->group, element_->element, std::string(entry.keyword).c_str(),
+                 fallback == DecodeFallback::UndeclaredAsLatin1
+                     ? "bytes above 0x7F without a declared character set, read as ISO_IR 100"
+                     : Portability::TraceFormat("bytes invalid in '%s', read as U+FFFD", charset.ToText().c_str()).c_str());
+    }
+    return true;
 }
 
 bool OrchidDataElementCodec::StoreTexts(const std::vector<std::string>& values) {

@@ -6,15 +6,24 @@
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
-// The 35 VRs known to the codec, by table index. XS, OX and SW are the dictionary's ambiguous VRs.
+// The VRs known to the codec, by table index. XS, OX and SW are the dictionary's ambiguous VRs;
+// the 64-bit VRs OV, SV and UV come last so that the older indices keep their meaning.
 enum class ValueRepresentation : std::uint8_t {
     Unknown, AE, AS, AT, CS, DA, DS, DT, FL, FD, IS, LO, LT, OB, OD, OF, OL, OW,
-    PN, SH, SL, SQ, SS, ST, TM, UC, UI, UL, UN, UR, US, UT, XS, OX, SW,
+    PN, SH, SL, SQ, SS, ST, TM, UC, UI, UL, UN, UR, US, UT, XS, OX, SW, OV, SV, UV,
 };
 using VR = ValueRepresentation;
 
 // Maximum length of a VR whose values have no length limit.
 inline constexpr std::uint32_t kUnlimitedLength = 0xFFFFFFFFu;
+
+// How an explicit-VR element header carries the value length.
+enum class ExplicitLengthForm : std::uint8_t {
+    Short,        // a 16-bit length
+    Long,         // two reserved bytes, then a 32-bit length
+    LongOrShort,  // written Long; read as Long when the 16-bit field is zero and as that field otherwise,
+                  // since some writers gave these VRs a 16-bit length
+};
 
 // One row of the VR table.
 struct ValueRepresentationRow {
@@ -28,10 +37,11 @@ struct ValueRepresentationRow {
     bool characterSetApplies;      // the text is encoded in the Specific Character Set
     bool numeric;                  // the value holds numbers (binary or decimal text)
     std::uint8_t unitSize;         // bytes per unit, for byte swapping and value counting
+    ExplicitLengthForm lengthForm; // header form in the explicit-VR encodings
 };
 
 // Number of rows in the VR table.
-inline constexpr int kValueRepresentationCount = 35;
+inline constexpr int kValueRepresentationCount = 38;
 
 // The row of a VR; an index outside the table yields the Unknown row.
 const ValueRepresentationRow& VRRow(ValueRepresentation vr) noexcept;
@@ -55,6 +65,8 @@ bool VRCharacterSetApplies(ValueRepresentation vr) noexcept;
 bool VRIsNumeric(ValueRepresentation vr) noexcept;
 // Bytes per unit (at least 1).
 unsigned VRUnitSize(ValueRepresentation vr) noexcept;
+// The header form of the VR in the explicit-VR encodings.
+ExplicitLengthForm VRLengthForm(ValueRepresentation vr) noexcept;
 // The delimiter between values of a multi-valued element: backslash for every VR.
 char VRValueDelimiter(ValueRepresentation vr) noexcept;
 // The VR with the given two-letter code, Unknown for any other text.

@@ -98,7 +98,7 @@ bool FindOurBlock(const dcm::DicomDataSet& dataSet, std::uint16_t& block) {
 bool ReadValue(const dcm::DicomDataSetElement& element, std::uint64_t length, bool wanted,
                const CustomDataReadRules& rules, ByteBuffer& out) {
     if (const dcm::FileRegion* region = element.value.Region(); region && (!wanted || length > rules.loadAtMost)) {
-        out = ByteBuffer::OfFileRegion(FileRegion{region->source->Path(), region->offset, length});
+        out = ByteBuffer::OfFileRegion(FileRegion{region->source->Path(), region->offset, length, region->source});
         return true;
     }
     std::vector<std::uint8_t> bytes;

@@ -50,6 +50,8 @@ bool EncodeNumbers(VR vr, std::string_view text, std::vector<std::uint8_t>& out)
             case VR::SL: parsed = AppendParsed<std::int32_t>(out, field); break;
             case VR::FL: parsed = AppendParsed<float>(out, field); break;
             case VR::FD: parsed = AppendParsed<double>(out, field); break;
+            case VR::SV: parsed = AppendParsed<std::int64_t>(out, field); break;
+            case VR::UV: parsed = AppendParsed<std::uint64_t>(out, field); break;
             default: break;
         }
         if (!parsed) return false;
@@ -78,6 +80,8 @@ bool DecodeNumbers(VR vr, const std::vector<std::uint8_t>& bytes, std::string& t
         case VR::SL: AppendDecoded<std::int32_t>(text, bytes); return true;
         case VR::FL: AppendDecoded<float>(text, bytes); return true;
         case VR::FD: AppendDecoded<double>(text, bytes); return true;
+        case VR::SV: AppendDecoded<std::int64_t>(text, bytes); return true;
+        case VR::UV: AppendDecoded<std::uint64_t>(text, bytes); return true;
         default: return false;
     }
 }
@@ -89,7 +93,8 @@ std::unique_ptr<dcm::DicomDataSetElement> NewElement(std::uint32_t tag, VR vr) {
 }  // namespace
 
 bool IsBinaryNumberVR(ValueRepresentation vr) noexcept {
-    return vr == VR::US || vr == VR::SS || vr == VR::UL || vr == VR::SL || vr == VR::FL || vr == VR::FD;
+    return vr == VR::US || vr == VR::SS || vr == VR::UL || vr == VR::SL || vr == VR::FL || vr == VR::FD || vr == VR::SV ||
+           vr == VR::UV;
 }
 
 std::unique_ptr<dcm::DicomDataSetElement> MakeTextElement(std::uint32_t tag, ValueRepresentation vr,

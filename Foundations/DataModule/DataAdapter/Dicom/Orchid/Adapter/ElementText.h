@@ -1,7 +1,7 @@
 #pragma once
 // Moving UTF-8 DICOM text (values separated by "\") into and out of data set elements: through
-// the Specific Character Set for the VRs it applies to, as binary numbers for US, SS, UL, SL, FL
-// and FD, as ASCII for the rest.
+// the Specific Character Set for the VRs it applies to, as binary numbers for US, SS, UL, SL, FL,
+// FD, SV and UV, as ASCII for the rest.
 
 #include "Foundations/DataModule/CharSet/MultiCharSetDataType.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"

@@ -1,6 +1,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/RowElements.h"
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ExtraSequence.h"
 #include "Portability/Misc/DebugTrace.h"
 
 #include <variant>
@@ -62,6 +63,8 @@ bool InsertExtraElements(dcm::DicomDataSet& dataSet, const ExtraElementList& ext
         std::unique_ptr<dcm::DicomDataSetElement> element;
         if (const auto* text = std::get_if<std::string>(&extra.value)) {
             element = MakeTextElement(tag, vr, *text, charset);
+        } else if (vr == VR::SQ) {
+            element = MakeExtraSequence(tag, std::get<std::vector<std::uint8_t>>(extra.value), charset);
         } else {
             const auto& bytes = std::get<std::vector<std::uint8_t>>(extra.value);
             element = std::make_unique<dcm::DicomDataSetElement>(elementTag.group, elementTag.element, vr, bytes);

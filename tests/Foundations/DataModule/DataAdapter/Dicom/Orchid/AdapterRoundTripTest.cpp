@@ -212,24 +212,11 @@ TEST_F(AdapterRoundTrip, IconImageAndItsTopLevelDuplicate) {
     dm::PatientDataSet set;
     dm::RawDataDataRow& raw = AdapterTesting::AddTypicalRawDataChain(set);
     // A 3 x 2 RGB icon of three 16-bit planes, each line padded with two bytes.
-    dm::IconImageRecord& icon = raw.icon_image;
-    icon.samples_per_pixel = 3;
-    icon.photometric_interpretation = dm::PhotometricInterpretation::RGB;
-    icon.rows = 2;
-    icon.columns = 3;
-    icon.bits_allocated = icon.bits_stored = 16;
-    icon.high_bit = 15;
-    icon.pixel_representation = 0;
-    icon.planar_configuration = 0;
-    icon.pixel_description = {2, 3, 8, 16, 16, 3, 0};
-    for (unsigned p = 0; p < 3; ++p) {
-        std::vector<std::uint8_t> plane(2 * 8, 0xEE);
+    std::vector<std::vector<std::uint8_t>> planes(3, std::vector<std::uint8_t>(2 * 8, 0xEE));
+    for (unsigned p = 0; p < 3; ++p)
         for (unsigned r = 0; r < 2; ++r)
-            for (unsigned i = 0; i < 6; ++i) plane[r * 8 + i] = static_cast<std::uint8_t>(p * 64 + r * 16 + i);
-        icon.pixel_data[p] = dm::ByteBuffer::Adopt(std::move(plane));
-    }
-    icon.is_set = true;
-    raw.duplicate_icon_as_image = true;
+            for (unsigned i = 0; i < 6; ++i) planes[p][r * 8 + i] = static_cast<std::uint8_t>(p * 64 + r * 16 + i);
+    AdapterTesting::AttachRgbIcon(raw, 3, 2, 16, 8, std::move(planes));
     dm::InstanceDataRow* read = WriteAndRead(set, raw);
     ASSERT_NE(read, nullptr);
     ASSERT_TRUE(read->icon_image.is_set);

@@ -81,4 +81,21 @@ dm::RawDataDataRow& AddTypicalRawDataChain(dm::PatientDataSet& set) {
     return raw;
 }
 
+void AttachRgbIcon(dm::InstanceDataRow& instance, std::uint16_t columns, std::uint16_t rows, std::uint16_t bits,
+                   std::uint32_t stride, std::vector<std::vector<std::uint8_t>> planes) {
+    dm::IconImageRecord& icon = instance.icon_image;
+    icon.samples_per_pixel = 3;
+    icon.photometric_interpretation = dm::PhotometricInterpretation::RGB;
+    icon.rows = rows;
+    icon.columns = columns;
+    icon.bits_allocated = icon.bits_stored = bits;
+    icon.high_bit = static_cast<std::uint16_t>(bits - 1);
+    icon.pixel_representation = 0;
+    icon.planar_configuration = 0;
+    icon.pixel_description = {rows, columns, stride, bits, bits, 3, 0};
+    for (unsigned p = 0; p < 3; ++p) icon.pixel_data[p] = dm::ByteBuffer::Adopt(std::move(planes[p]));
+    icon.is_set = true;
+    instance.duplicate_icon_as_image = true;
+}
+
 }  // namespace AdapterTesting

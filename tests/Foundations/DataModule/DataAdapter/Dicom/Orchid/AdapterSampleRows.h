@@ -5,7 +5,9 @@
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
 
+#include <cstdint>
 #include <string_view>
+#include <vector>
 
 namespace AdapterTesting {
 
@@ -22,5 +24,10 @@ Lumivale::DataModule::RawDataDataRow& AddTypicalRawDataChain(Lumivale::DataModul
 Lumivale::DataModule::DataRow* ChainRow(const Lumivale::DataModule::PatientDataSet& set,
                                         Lumivale::DataModule::InstanceDataRow& instance,
                                         Lumivale::DataModule::RowKind kind);
+
+// Give the instance an RGB icon of three planes, each a line stride of `stride` bytes, as the
+// thumbnail builder leaves them, and ask for its top-level duplicate.
+void AttachRgbIcon(Lumivale::DataModule::InstanceDataRow& instance, std::uint16_t columns, std::uint16_t rows, std::uint16_t bits,
+                   std::uint32_t stride, std::vector<std::vector<std::uint8_t>> planes);
 
 }  // namespace AdapterTesting

@@ -42,9 +42,13 @@ inline Bytes TagBytes(StreamEncoding enc, std::uint16_t group, std::uint16_t ele
     return Cat({Number(enc, group, 2), Number(enc, element, 2)});
 }
 
-// True for the VRs with reserved bytes and a 32-bit length in explicit encodings.
+// True for the VRs with reserved bytes and a 32-bit length in explicit encodings (PS3.5 Table
+// 7.1-1), spelled out here rather than taken from the codec so that the tests check its table.
 inline bool LongForm(std::string_view vr) {
-    return vr == "OB" || vr == "OW" || vr == "OF" || vr == "SQ" || vr == "UN" || vr == "UT";
+    for (std::string_view code : {"OB", "OD", "OF", "OL", "OV", "OW", "SQ", "SV", "UC", "UN", "UR", "UT", "UV"}) {
+        if (vr == code) return true;
+    }
+    return false;
 }
 
 // An element header with an explicit length (e.g. kUndefined); implicit encodings ignore vr.
@@ -52,6 +56,13 @@ inline Bytes Header(StreamEncoding enc, std::uint16_t group, std::uint16_t eleme
                     std::uint32_t length) {
     if (enc == StreamEncoding::ImplicitLittleEndian) return Cat({TagBytes(enc, group, element), Number(enc, length, 4)});
     if (LongForm(vr)) return Cat({TagBytes(enc, group, element), Text(vr), Bytes{0, 0}, Number(enc, length, 4)});
+    return Cat({TagBytes(enc, group, element), Text(vr), Number(enc, length, 2)});
+}
+
+// An explicit-VR header in the short form (16-bit length) whatever the VR, as some writers made
+// for the VRs that take the long form.
+inline Bytes ShortHeader(StreamEncoding enc, std::uint16_t group, std::uint16_t element, std::string_view vr,
+                         std::uint16_t length) {
     return Cat({TagBytes(enc, group, element), Text(vr), Number(enc, length, 2)});
 }
 

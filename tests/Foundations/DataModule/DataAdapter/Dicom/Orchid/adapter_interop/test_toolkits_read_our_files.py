@@ -17,7 +17,8 @@ ACCEPTED_DCIODVFY_WARNINGS = (
     "Unrecognized tag",
     # Type 2 attributes the rows leave unset are written empty, which the IOD allows.
     "needed to build DICOMDIR",
-    # Laterality is written empty when no Body Part Examined tells whether the part is paired.
+    # Laterality is written empty when no Body Part Examined tells whether the part is paired:
+    # the side is then unknown, and dciodvfy reports its absence as an error.
     "attribute <Laterality>",
 )
 # With an icon: the Icon Image Sequence and its top-level duplicate (which the user asks for)

@@ -1,5 +1,5 @@
 """Files built byte by byte for the cases toolkits do not write on request (odd lengths, a
-space-padded UID, a UT with a 16-bit length, implicit-VR content in a UN of undefined length)."""
+space-padded UID, implicit-VR content in a UN of undefined length)."""
 
 import struct
 
@@ -71,7 +71,6 @@ UN_SEQUENCE_TREE = """\
 0 (0029,1021) LO 6 616674657220"""
 
 BOTH = {"dcmtk", "pydicom"}
-NEITHER = set()
 
 # id, file bytes, the expected tree (meta group left out), the toolkits that read the original
 # (pydicom 2.3 reads a UN of undefined length in a big-endian file as big endian).
@@ -82,10 +81,6 @@ HAND_BUILT = [
     ("uid-padded-with-space",
      meta_file("1.2.840.10008.1.2.1", explicit(0x0008, 0x0018, b"UI", b"1.2.3 ") + explicit(0x0010, 0x0020, b"LO", b"AB")),
      "0 (0008,0018) UI 6 312e322e3300\n0 (0010,0020) LO 2 4142", BOTH),
-    ("ut-with-16-bit-length",
-     meta_file("1.2.840.10008.1.2.1", tag(0x0040, 0xA160) + b"UT" + struct.pack("<H", 6) + b"abcdef"
-               + explicit(0x0042, 0x0010, b"ST", b"ok")),
-     "0 (0040,A160) UT 6 616263646566\n0 (0042,0010) ST 2 6f6b", NEITHER),
     ("un-undefined-length-explicit-little", un_sequence_file(big=False), UN_SEQUENCE_TREE, BOTH),
     ("un-undefined-length-explicit-big", un_sequence_file(big=True), UN_SEQUENCE_TREE, {"dcmtk"}),
 ]

@@ -1,4 +1,4 @@
-#include "Foundations/DataModule/Uid/TestMode.h"
+#include "Foundations/DataModule/Rows/TestMode.h"
 
 #include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"

@@ -1,0 +1,83 @@
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ExtraSequence.h"
+
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
+#include "Portability/Misc/DebugTrace.h"
+
+#include <string>
+#include <vector>
+
+namespace Lumivale::DataModule::DataAdapterModule {
+namespace {
+
+constexpr const char* kModule = "Module DicomFileDataAdapter";
+
+using VR = dcm::ValueRepresentation;
+
+void PutU16(std::vector<std::uint8_t>& out, std::uint16_t value) {
+    out.push_back(static_cast<std::uint8_t>(value & 0xFF));
+    out.push_back(static_cast<std::uint8_t>(value >> 8));
+}
+
+// The stored UTF-8 text of an element, without the space that padded it to even length.
+std::string StoredText(const dcm::DicomDataSetElement& element) {
+    const auto bytes = element.value.Bytes();
+    std::string text(bytes.begin(), bytes.end());
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
+    return text;
+}
+
+// Re-encode the text of every item of the sequence, nested sequences included.
+bool EncodeItemText(dcm::DicomDataSetSequenceElement& sequence, const MultiCharSetDataType& charset) {
+    for (const auto& item : sequence.Items()) {
+        if (!item) continue;
+        std::vector<std::unique_ptr<dcm::DicomDataSetElement>> encoded;
+        for (const auto& [tag, node] : *item) {
+            if (auto* nested = dynamic_cast<dcm::DicomDataSetSequenceElement*>(node.get())) {
+                if (!EncodeItemText(*nested, charset)) return false;
+                continue;
+            }
+            if (!dcm::VRCharacterSetApplies(node->vr)) continue;
+            auto element = MakeTextElement(tag, node->vr, StoredText(*node), charset);
+            if (!element) {
+                LV_TRACE(kModule, "TAG(%04X,%04X) in a sequence item cannot be written in the character set \"%s\"",
+                         node->group, node->element, charset.ToText().c_str());
+                return false;
+            }
+            encoded.push_back(std::move(element));
+        }
+        for (auto& element : encoded) item->Insert(std::move(element));
+    }
+    return true;
+}
+
+}  // namespace
+
+std::unique_ptr<dcm::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag, std::span<const std::uint8_t> items,
+                                                            const MultiCharSetDataType& charset) {
+    // The items behind a sequence header of defined length, read as the file reader would.
+    std::vector<std::uint8_t> bytes;
+    PutU16(bytes, dcm::TagGroup(tag));
+    PutU16(bytes, dcm::TagElement(tag));
+    bytes.insert(bytes.end(), {'S', 'Q', 0, 0});
+    const auto length = static_cast<std::uint32_t>(items.size());
+    PutU16(bytes, static_cast<std::uint16_t>(length & 0xFFFF));
+    PutU16(bytes, static_cast<std::uint16_t>(length >> 16));
+    bytes.insert(bytes.end(), items.begin(), items.end());
+
+    dcm::DicomMemoryDataStream stream(bytes);
+    stream.SetEncoding(dcm::StreamEncoding::ExplicitLittleEndian);
+    dcm::DicomDataSet read;
+    dcm::DicomDataSetFillCallback fill(read);
+    if (items.size() >= dcm::kUndefinedLength || !stream.ReadElements(fill)) {
+        LV_TRACE(kModule, "The items of sequence TAG(%04X,%04X) do not read back", dcm::TagGroup(tag), dcm::TagElement(tag));
+        return nullptr;
+    }
+    std::unique_ptr<dcm::DicomDataSetElement> node = read.Release(tag);
+    auto* sequence = dynamic_cast<dcm::DicomDataSetSequenceElement*>(node.get());
+    if (!sequence || !EncodeItemText(*sequence, charset)) return nullptr;
+    return node;
+}
+
+}  // namespace Lumivale::DataModule::DataAdapterModule

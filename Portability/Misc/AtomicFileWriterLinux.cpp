@@ -1,0 +1,232 @@
+// The Linux side of AtomicFileWriter: an unnamed O_TMPFILE file linked into place on Commit, or,
+// on file systems without O_TMPFILE, a short hidden name that a signal handler removes when the
+// process is interrupted.
+
+#include "Portability/Misc/AtomicFileWriter.h"
+#include "Portability/Misc/InterruptCleanup.h"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+#include <vector>
+
+namespace Portability {
+
+struct AtomicFileWriter::Temporary {
+    int fd = -1;
+    std::string name;                 // empty while the file has no name
+    InterruptCleanup::Entry cleanup;  // removes name if the process is interrupted
+};
+
+namespace {
+
+constexpr int kNameAttempts = 64;
+
+std::string DirectoryOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// ".dcp" and six random characters: ten bytes, short enough for any directory the target fits in.
+std::string RandomSiblingName(const std::string& directory) {
+    static constexpr char kAlphabet[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    unsigned char random[6] = {};
+    if (::getrandom(random, sizeof random, 0) != static_cast<ssize_t>(sizeof random)) {
+        static unsigned counter = 0;
+        const unsigned seed = static_cast<unsigned>(::getpid()) * 2654435761u + ++counter;
+        for (std::size_t i = 0; i < sizeof random; ++i) random[i] = static_cast<unsigned char>(seed >> (i * 5));
+    }
+    std::string name = directory + "/.dcp";
+    for (unsigned char byte : random) name += kAlphabet[byte % (sizeof kAlphabet - 1)];
+    return name;
+}
+
+// Give a fresh name beside the target to what `make` creates there; the name is armed for removal
+// on interruption before it exists. `make` returns 0, or the errno of its failure.
+template <typename Make>
+bool ClaimSiblingName(const std::string& directory, WriteFailure& failure, std::string& name,
+                      InterruptCleanup::Entry& cleanup, Make make) {
+    for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
+        std::string candidate = RandomSiblingName(directory);
+        InterruptCleanup::Entry entry(candidate);
+        const int error = make(candidate);
+        if (error == 0) {
+            name = std::move(candidate);
+            cleanup = std::move(entry);
+            return true;
+        }
+        if (error != EEXIST) break;
+    }
+    failure = WriteFailure::io;
+    return false;
+}
+
+bool CopyBuffered(int source_fd, std::uint64_t offset, std::uint64_t length, int target_fd) {
+    constexpr std::size_t kChunk = 1 << 20;
+    std::vector<char> buffer(static_cast<std::size_t>(std::min<std::uint64_t>(kChunk, length)));
+    while (length > 0) {
+        const std::size_t want = static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), length));
+        const ssize_t got = ::pread(source_fd, buffer.data(), want, static_cast<off_t>(offset));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;
+        for (ssize_t done = 0; done < got;) {
+            const ssize_t put = ::write(target_fd, buffer.data() + done, static_cast<std::size_t>(got - done));
+            if (put < 0 && errno == EINTR) continue;
+            if (put <= 0) return false;
+            done += put;
+        }
+        offset += static_cast<std::uint64_t>(got);
+        length -= static_cast<std::uint64_t>(got);
+    }
+    return true;
+}
+
+// A regular file about to be replaced lends its permission bits, and to root its owner and group,
+// so that -f never makes a private file public. Symbolic links and other objects lend nothing.
+bool TakeOverAttributes(int fd, const std::string& target) {
+    struct stat existing {};
+    if (::lstat(target.c_str(), &existing) != 0 || !S_ISREG(existing.st_mode)) return true;
+    if (::geteuid() == 0 && ::fchown(fd, existing.st_uid, existing.st_gid) != 0) return false;
+    return ::fchmod(fd, existing.st_mode & 0777) == 0;
+}
+
+// Link an unnamed file to `name`; errno tells why not.
+bool LinkUnnamed(int fd, const std::string& name) {
+    const std::string self = "/proc/self/fd/" + std::to_string(fd);
+    if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) return true;
+    if (errno != ENOENT || ::access("/proc/self/fd", F_OK) == 0) return false;
+    return ::linkat(fd, "", AT_FDCWD, name.c_str(), AT_EMPTY_PATH) == 0;  // without /proc
+}
+
+// Move a named file onto target without replacing anything there; errno tells why not.
+bool RenameNoReplace(const std::string& from, const std::string& target) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    // The file system cannot rename without replacing: a hard link refuses an existing name too.
+    if (::link(from.c_str(), target.c_str()) != 0) return false;
+    ::unlink(from.c_str());
+    return true;
+}
+
+}  // namespace
+
+AtomicFileWriter::AtomicFileWriter(std::string target, ExistingTarget existing)
+    : target_(std::move(target)), existing_(existing) {}
+
+AtomicFileWriter::~AtomicFileWriter() { Discard(); }
+
+bool AtomicFileWriter::Fail(WriteFailure failure) {
+    failure_ = failure;
+    return false;
+}
+
+bool AtomicFileWriter::Open() {
+    Discard();
+    failure_ = WriteFailure::none;
+    size_ = 0;
+    auto temporary = std::make_unique<Temporary>();
+    const std::string directory = DirectoryOf(target_);
+    // The mode is the one a plain creat() would give: umask applies to both ways of creating.
+    temporary->fd = ::open(directory.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+    if (temporary->fd < 0) {
+        int& fd = temporary->fd;
+        const bool created = ClaimSiblingName(directory, failure_, temporary->name, temporary->cleanup,
+                                              [&fd](const std::string& name) {
+                                                  fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+                                                  return fd < 0 ? errno : 0;
+                                              });
+        if (!created) return false;
+    }
+    temporary_ = std::move(temporary);
+    return true;
+}
+
+bool AtomicFileWriter::Write(const void* data, std::size_t size) {
+    if (!temporary_) return Fail(WriteFailure::io);
+    const char* bytes = static_cast<const char*>(data);
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t put = ::write(temporary_->fd, bytes + done, size - done);
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return Fail(WriteFailure::io);
+        done += static_cast<std::size_t>(put);
+    }
+    size_ += size;
+    return true;
+}
+
+bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length) {
+    if (!temporary_) return Fail(WriteFailure::io);
+    std::uint64_t remaining = length;
+    loff_t source_offset = static_cast<loff_t>(offset);
+    while (remaining > 0) {
+        const std::size_t chunk = static_cast<std::size_t>(std::min<std::uint64_t>(remaining, 1u << 30));
+        const ssize_t copied = ::copy_file_range(source_fd, &source_offset, temporary_->fd, nullptr, chunk, 0);
+        if (copied < 0 && errno == EINTR) continue;
+        if (copied <= 0) {
+            // Not supported between these files (or a short source): copy the rest through a buffer.
+            if (!CopyBuffered(source_fd, static_cast<std::uint64_t>(source_offset), remaining, temporary_->fd)) {
+                return Fail(WriteFailure::io);
+            }
+            break;
+        }
+        remaining -= static_cast<std::uint64_t>(copied);
+    }
+    size_ += length;
+    return true;
+}
+
+bool AtomicFileWriter::Commit() {
+    if (!temporary_) return Fail(WriteFailure::io);
+    Temporary& file = *temporary_;
+    if (existing_ == ExistingTarget::replace && !TakeOverAttributes(file.fd, target_)) {
+        Discard();
+        return Fail(WriteFailure::io);
+    }
+    if (file.name.empty() && existing_ == ExistingTarget::refuse) {
+        // Linking refuses an existing name, so the unnamed file goes straight to the target.
+        const bool linked = LinkUnnamed(file.fd, target_);
+        const int error = errno;
+        const bool closed = ::close(std::exchange(file.fd, -1)) == 0;
+        Discard();
+        if (!linked) return Fail(error == EEXIST ? WriteFailure::target_exists : WriteFailure::io);
+        if (closed) return true;
+        ::unlink(target_.c_str());  // a deferred write error: the file we just linked is damaged
+        return Fail(WriteFailure::io);
+    }
+    // Only a rename takes an existing name: an unnamed file gets a short sibling name first.
+    const int fd = file.fd;
+    if (file.name.empty() &&
+        !ClaimSiblingName(DirectoryOf(target_), failure_, file.name, file.cleanup,
+                          [fd](const std::string& name) { return LinkUnnamed(fd, name) ? 0 : errno; })) {
+        Discard();
+        return false;
+    }
+    // Closing first reports a deferred write error while the target is still untouched.
+    if (::close(std::exchange(file.fd, -1)) != 0) {
+        Discard();
+        return Fail(WriteFailure::io);
+    }
+    const bool renamed = existing_ == ExistingTarget::refuse ? RenameNoReplace(file.name, target_)
+                                                             : ::rename(file.name.c_str(), target_.c_str()) == 0;
+    const int error = errno;
+    if (renamed) file.name.clear();
+    Discard();
+    if (!renamed) return Fail(error == EEXIST ? WriteFailure::target_exists : WriteFailure::io);
+    return true;
+}
+
+void AtomicFileWriter::Discard() noexcept {
+    if (!temporary_) return;
+    if (temporary_->fd >= 0) ::close(temporary_->fd);
+    if (!temporary_->name.empty()) ::unlink(temporary_->name.c_str());
+    temporary_.reset();  // disarms the interruption cleanup
+}
+
+}  // namespace Portability

@@ -1,0 +1,96 @@
+// Large values kept in their file land on a 4096-byte boundary of the written file, through padding
+// in the meta group; small values get no padding. (The meta group length and the peers' view of
+// padded files are checked end to end in tests/cli/test_payload_alignment.py.)
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "DicomBytes.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueAlignment.h"
+
+namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+namespace {
+
+using namespace DicomTestBytes;
+namespace fs = std::filesystem;
+using VR = ValueRepresentation;
+
+std::unique_ptr<DicomDataSetElement> Node(Tag tag, std::string_view text) {
+    const std::uint32_t number = TagNumber(tag);
+    return std::make_unique<DicomDataSetElement>(TagGroup(number), TagElement(number), TagVR(tag), Text(text));
+}
+
+// Bytes that do not repeat within a few megabytes, so that their first occurrence is the value.
+Bytes Distinct(std::size_t size) {
+    Bytes out(size);
+    std::uint32_t state = 0x9E3779B9u;
+    for (auto& byte : out) {
+        state = state * 1664525u + 1013904223u;
+        byte = static_cast<std::uint8_t>(state >> 24);
+    }
+    return out;
+}
+
+// A meta group, a text of `filler` bytes, then a private value of `payload` bytes left in a file.
+DicomDataSet Sample(std::shared_ptr<RegionSource> source, std::size_t filler) {
+    DicomDataSet set;
+    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0000, VR::UL, Bytes{0, 0, 0, 0}));
+    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0001, VR::OB, Bytes{0, 1}));
+    set.Insert(Node(Tag::TransferSyntaxUID, std::string_view("1.2.840.10008.1.2.1\0", 20)));
+    set.Insert(Node(Tag::PatientName, std::string(filler, 'A')));
+    auto value = std::make_unique<DicomDataSetElement>(0x0009, 0x11A3, VR::UN);
+    const std::uint64_t size = source->Size();
+    value->valueLength = static_cast<std::uint32_t>(size);
+    value->value.SetRegion(FileRegion{std::move(source), 0, size, false, 1});
+    set.Insert(std::move(value));
+    return set;
+}
+
+Bytes ReadAll(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
+    const fs::path dir = fs::temp_directory_path() / ("value-alignment-" + std::to_string(::getpid()));
+    fs::create_directories(dir);
+    const std::size_t payloads[] = {1000, 65534, 65536, 65537, 65536 + 4096, 300001};
+    const std::size_t fillers[] = {0, 2, 4000, 4080, 4094, 9000};
+    for (const std::size_t payload : payloads) {
+        const Bytes content = Distinct(payload);
+        auto source = RegionSource::OpenTemporary();
+        ASSERT_TRUE(source && source->Append(content.data(), content.size()));
+        for (const std::size_t filler : fillers) {
+            SCOPED_TRACE("payload " + std::to_string(payload) + ", filler " + std::to_string(filler));
+            DicomDataSet set = Sample(source, filler);
+            ASSERT_TRUE(AlignLargeValue(set, StreamEncoding::ExplicitLittleEndian, "1.2.3.4"));
+            const fs::path path = dir / "aligned.dcm";
+            ASSERT_TRUE(WriteDicomFile(path, set));
+            const Bytes file = ReadAll(path);
+            const auto found = std::search(file.begin(), file.end(), content.begin(), content.begin() + 64);
+            ASSERT_NE(found, file.end());
+            const auto offset = static_cast<std::uint64_t>(found - file.begin());
+            ASSERT_GE(static_cast<std::size_t>(file.end() - found), content.size());
+            EXPECT_TRUE(std::equal(content.begin(), content.end(), found));
+
+            const bool large = payload >= kAlignedValueMinimum;
+            EXPECT_TRUE(!large || offset % kValueBlockSize == 0);
+            EXPECT_TRUE(large || set.Find(Tag::PrivateInformation) == nullptr);
+            EXPECT_EQ(LargeValueFileOffset(set, StreamEncoding::ExplicitLittleEndian), large ? std::optional(offset) : std::nullopt);
+
+            // Aligning again (a data set padded before) lands on the same place.
+            ASSERT_TRUE(AlignLargeValue(set, StreamEncoding::ExplicitLittleEndian, "1.2.3.4"));
+            EXPECT_EQ(LargeValueFileOffset(set, StreamEncoding::ExplicitLittleEndian, 1), offset);
+        }
+    }
+    fs::remove_all(dir);
+}
+
+}  // namespace
+}  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

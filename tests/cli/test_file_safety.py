@@ -1,0 +1,258 @@
+"""Outputs, inputs and stored texts under hostile or unlucky conditions: races, signals, long names,
+permissions, pipes, long and malformed stored texts."""
+import os
+import shutil
+import signal
+import stat
+import subprocess
+import tempfile
+import time
+import xml.etree.ElementTree as ElementTree
+
+import pytest
+
+from conftest import METADATA, dcmftest_accepts
+
+ALREADY = '"{}" already exists. Use the --force option to overwrite it.'
+
+
+def listing(directory):
+    return sorted(os.listdir(directory))
+
+
+def pack_args(name="a.pdf", output="a.dcm", *extra):
+    return ["pack", "-i", name, "-m", METADATA, "-o", output, *extra]
+
+
+def test_parallel_packs_without_force_exactly_one_wins(tool, tmp_path):
+    (tmp_path / "a.pdf").write_bytes(os.urandom(300_000))
+    runs = [subprocess.Popen([tool, *pack_args()], cwd=tmp_path, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            for _ in range(8)]
+    results = [(run.wait(60), run.stdout.read(), run.stderr.read().decode()) for run in runs]
+    winners = [result for result in results if result[0] == 0]
+    assert len(winners) == 1, results
+    for status, out, err in results:
+        assert status == 0 or (out, err) == (b"", "Error: " + ALREADY.format("a.dcm") + "\n")
+    assert dcmftest_accepts(tmp_path / "a.dcm")
+    assert listing(tmp_path) == ["a.dcm", "a.pdf"]
+
+
+@pytest.mark.parametrize("operation", ["pack", "unpack"])
+def test_a_dangling_symbolic_link_is_never_followed_without_force(run, tmp_path, operation):
+    (tmp_path / "a.pdf").write_bytes(b"payload")
+    assert run(*pack_args()).status == 0
+    (tmp_path / "link").symlink_to("nowhere")
+    args = pack_args("a.pdf", "link") if operation == "pack" else ["unpack", "-i", "a.dcm", "-o", "link"]
+    result = run(*args)
+    assert (result.status, result.err) == (1, "Error: " + ALREADY.format("link") + "\n")
+    assert not (tmp_path / "nowhere").exists()
+
+
+def temporary_output_is_open(pid, directory):
+    """True once the process holds a file of `directory` that has no name (the output being written)."""
+    try:
+        links = [os.readlink(f"/proc/{pid}/fd/{fd}") for fd in os.listdir(f"/proc/{pid}/fd")]
+    except (FileNotFoundError, ProcessLookupError):
+        return False
+    return any(os.path.dirname(link) == str(directory) and link.endswith("(deleted)") for link in links)
+
+
+@pytest.mark.parametrize("operation", ["pack", "unpack"])
+@pytest.mark.parametrize("signal_number", [signal.SIGKILL, signal.SIGTERM, signal.SIGINT, signal.SIGHUP],
+                         ids=["KILL", "TERM", "INT", "HUP"])
+def test_a_run_killed_mid_write_leaves_nothing(run, tool, tmp_path, operation, signal_number):
+    with open(tmp_path / "big.bin", "wb") as big:
+        big.truncate(512 << 20)  # sparse: costs no disk until copied
+    if operation == "pack":
+        args = pack_args("big.bin", "out/big.dcm")
+    else:
+        assert run(*pack_args("big.bin", "big.dcm")).status == 0
+        (tmp_path / "big.bin").unlink()
+        args = ["unpack", "-i", "big.dcm", "-O", "out"]
+    (tmp_path / "out").mkdir()
+    process = subprocess.Popen([tool, *args], cwd=tmp_path, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    deadline = time.monotonic() + 60
+    while not temporary_output_is_open(process.pid, tmp_path / "out"):
+        assert process.poll() is None, "the run ended before it was caught writing"
+        assert time.monotonic() < deadline
+        time.sleep(0.002)
+    process.send_signal(signal_number)
+    assert process.wait(60) == -signal_number
+    assert listing(tmp_path / "out") == []
+
+
+@pytest.mark.parametrize("length", [248, 255])
+def test_names_up_to_the_file_system_limit(run, tmp_path, length):
+    name = "n" * (length - 4) + ".pdf"
+    packed = "p" * (length - 4) + ".dcm"
+    (tmp_path / name).write_bytes(b"long name payload")
+    for args in (pack_args(name, packed), ["unpack", "-i", packed, "-O", "out", "-u"],
+                 ["unpack", "-i", packed, "-o", "o" * length]):
+        os.makedirs(tmp_path / "out", exist_ok=True)
+        result = run(*args)
+        assert (result.status, result.err) == (0, ""), args
+    assert (tmp_path / "out" / name).read_bytes() == b"long name payload"
+    assert (tmp_path / ("o" * length)).read_bytes() == b"long name payload"
+
+
+FORCED = [("pack-0600", "pack", 0o600), ("unpack-0751", "unpack", 0o751)]
+
+
+@pytest.mark.parametrize("operation,mode", [c[1:] for c in FORCED], ids=[c[0] for c in FORCED])
+def test_force_keeps_the_replaced_files_mode_and_owner(run, tmp_path, operation, mode):
+    (tmp_path / "a.pdf").write_bytes(b"payload")
+    assert run(*pack_args()).status == 0
+    target = tmp_path / ("a.dcm" if operation == "pack" else "x.pdf")
+    target.write_bytes(b"old")
+    os.chmod(target, mode)
+    os.chown(target, 1234, 5678)
+    args = pack_args("a.pdf", "a.dcm", "-f") if operation == "pack" else ["unpack", "-i", "a.dcm", "-o", "x.pdf", "-f"]
+    assert run(*args).status == 0
+    info = os.stat(target)
+    assert (stat.S_IMODE(info.st_mode), info.st_uid, info.st_gid) == (mode, 1234, 5678)
+    assert target.read_bytes() != b"old"
+
+
+@pytest.fixture
+def shared_directory():
+    """A directory that an unprivileged user can work in (pytest's own is private to root)."""
+    directory = tempfile.mkdtemp(prefix="dicapsule-shared-")
+    os.chmod(directory, 0o777)
+    yield directory
+    shutil.rmtree(directory)
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="switching to an unprivileged user needs root")
+@pytest.mark.parametrize("metadata", ["metadata.xml", "missing.xml"])
+def test_unreadable_input_is_reported_before_the_metadata(tool, shared_directory, metadata):
+    shutil.copy(METADATA, os.path.join(shared_directory, "metadata.xml"))
+    secret = os.path.join(shared_directory, "secret.pdf")
+    with open(secret, "wb") as data:
+        data.write(b"private")
+    os.chmod(secret, 0o200)
+    command = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups", tool,
+               "pack", "-i", "secret.pdf", "-m", metadata, "-o", "out.dcm"]
+    result = subprocess.run(command, cwd=shared_directory, capture_output=True, text=True)
+    assert (result.returncode, result.stdout, result.stderr) == (1, "", 'Error: Could not read "secret.pdf".\n')
+    assert sorted(os.listdir(shared_directory)) == ["metadata.xml", "secret.pdf"]
+
+
+@pytest.mark.parametrize("script", ['cat payload.bin | "$0" pack -i /dev/stdin -m "$1" -o piped.dcm',
+                                    '"$0" pack -i <(cat payload.bin) -m "$1" -o piped.dcm'],
+                         ids=["pipe-on-stdin", "process-substitution"])
+def test_inputs_that_are_not_regular_files_are_read_whole(tool, run, tmp_path, script):
+    payload = os.urandom(3 * 1024 * 1024 + 17)
+    (tmp_path / "payload.bin").write_bytes(payload)
+    result = subprocess.run(["bash", "-c", script, tool, METADATA], cwd=tmp_path, capture_output=True, text=True)
+    assert (result.returncode, result.stderr) == (0, "")
+    assert run("unpack", "-i", "piped.dcm", "-o", "back.bin").status == 0
+    assert (tmp_path / "back.bin").read_bytes() == payload
+
+
+def test_unpack_without_original_name_uses_only_the_stored_extension(run, tmp_path):
+    (tmp_path / "a\\b.pdf").write_bytes(b"backslash")
+    assert run(*pack_args("a\\b.pdf", "x.dcm")).status == 0
+    (tmp_path / "out").mkdir()
+    assert run("unpack", "-i", "x.dcm", "-O", "out").status == 0
+    assert listing(tmp_path / "out") == ["x.pdf"]
+    refused = run("unpack", "-i", "x.dcm", "-O", "out", "-u")
+    assert refused.status == 1 and "is not a plain file name" in refused.err
+
+
+@pytest.mark.parametrize("args,message", [
+    (["-m", b"meta\xffdata.xml"], "Cannot decode UTF-8 string."),
+    (["-m", METADATA, "-r", "1.2.3:1.2.3.4:1.2.x"], '"1.2.x" is not a valid UID.'),
+    (["-m", METADATA, "-r", "1.2.3:1.2.3.4:1.2.3.4.5:1.2.840..1"], '"1.2.840..1" is not a valid UID.'),
+    (["-m", METADATA, "-r", "1.2.3:1.2.3.4:1.2.3.4.5", "-r", "01.2:1.3:1.4"], '"01.2" is not a valid UID.'),
+], ids=["metadata-not-utf8", "reference-sop-instance", "reference-sop-class", "second-reference"])
+def test_values_are_checked_with_their_messages(run, tmp_path, args, message):
+    (tmp_path / "a.pdf").write_bytes(b"payload")
+    result = run("pack", "-i", "a.pdf", "-o", "a.dcm", *args)
+    assert (result.status, result.out, result.err) == (1, "", "Error: " + message + "\n")
+    assert listing(tmp_path) == ["a.pdf"]
+
+
+def long_uid(prefix, index):
+    return (f"{prefix}.{index}.").ljust(64, "7")
+
+
+def test_info_prints_hundreds_of_references_and_the_whole_command_line(run, tmp_path):
+    (tmp_path / "a.pdf").write_bytes(b"payload")
+    references = [(long_uid("1.2.840.1", 0), long_uid("1.2.840.2", 0), long_uid("1.2.840.3", i)) for i in range(340)]
+    options = [word for reference in references for word in ("-r", ":".join(reference))]
+    assert run(*pack_args(), *options).status == 0
+    result = run("info", "-i", "a.dcm")
+    assert (result.status, result.err) == (0, "")
+    document = ElementTree.fromstring(result.out.encode())
+    assert document.find("parameters").get("commandline") == " ".join(pack_args() + options)
+    printed = [(r.get("studyinstanceuid"), r.get("seriesinstanceuid"), r.get("sopinstanceuid"))
+               for r in document.iter("reference")]
+    assert printed == references
+
+    # A malformed entry far beyond the first 64 KiB of the text is still found.
+    data = bytearray((tmp_path / "a.dcm").read_bytes())
+    last = data.rfind(references[-1][2].encode())
+    data[last - 1:last] = b"x"
+    (tmp_path / "bad.dcm").write_bytes(bytes(data))
+    bad = run("info", "-i", "bad.dcm")
+    assert (bad.status, bad.out) == (1, "")
+    assert bad.err == 'Error: Could not parse one of the reference strings of the input file "bad.dcm".\n'
+
+
+STORED_NAMES = [
+    ("control-characters", "c\x01\x1f\x7f.bin", "c\ufffd\ufffd\x7f.bin"),
+    ("invalid-utf8", b"\xff\xc3(\xed\xa0\x80.bin", "\ufffd\ufffd(\ufffd\ufffd\ufffd.bin"),
+    ("markup", 'a<b>&"c\'.bin', 'a<b>&"c\'.bin'),
+]
+
+
+@pytest.mark.parametrize("stored,shown", [c[1:] for c in STORED_NAMES], ids=[c[0] for c in STORED_NAMES])
+def test_info_writes_well_formed_xml_for_any_stored_name(run, tmp_path, stored, shown):
+    stored = stored if isinstance(stored, bytes) else stored.encode()
+    marker = b"M" * len(stored)
+    (tmp_path / marker.decode()).write_bytes(b"payload")
+    assert run(*pack_args(marker.decode(), "a.dcm")).status == 0
+    # The name is given on the command line as UTF-8, so other bytes are put into the file directly.
+    data = (tmp_path / "a.dcm").read_bytes()
+    (tmp_path / "a.dcm").write_bytes(data[:data.rfind(marker)] + stored + data[data.rfind(marker) + len(marker):])
+    result = run("info", "-i", "a.dcm")
+    assert (result.status, result.err) == (0, "")
+    assert ElementTree.fromstring(result.out.encode()).find("parameters").get("originalname") == shown
+
+
+def sanitized(tool):
+    return b"libasan" in subprocess.run(["ldd", tool], capture_output=True).stdout
+
+
+def nested(depth, open_tag, close_tag, inner=""):
+    return open_tag * depth + inner + close_tag * depth
+
+
+DOCUMENT = '<orchid type="ConvertixToFp"><operations>{}</operations></orchid>'
+EDITION = '<operation type="edition"><Study>{}</Study></operation>'
+SEQUENCE = ('<Sequence Name="RequestAttributesSequence"><Item>', "</Item></Sequence>")
+HOSTILE = [
+    ("16000-sequences", DOCUMENT.format(EDITION.format(nested(16000, *SEQUENCE))), 1),
+    ("100000-plain-levels", DOCUMENT.format(EDITION.format(
+        '<String Name="StudyID" Value="1">' + nested(100000, "<x>", "</x>") + "</String>")), 0),
+    ("text-and-elements-at-the-cap", DOCUMENT.format("<a/>x" * ((2 << 20) // 5 - 20)).ljust(2 << 20), 0),
+    ("one-byte-beyond-the-cap", DOCUMENT.format("").ljust((2 << 20) + 1), 1),
+]
+
+
+@pytest.mark.parametrize("document,status", [c[1:] for c in HOSTILE], ids=[c[0] for c in HOSTILE])
+def test_hostile_metadata_is_refused_or_read_quickly_in_little_memory(tool, tmp_path, document, status):
+    (tmp_path / "meta.xml").write_text(document)
+    (tmp_path / "a.pdf").write_bytes(b"payload")
+    start = time.monotonic()
+    process = subprocess.Popen([tool, "pack", "-i", "a.pdf", "-m", "meta.xml", "-o", "a.dcm"],
+                               cwd=tmp_path, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    _, wait_status, usage = os.wait4(process.pid, 0)
+    seconds = time.monotonic() - start
+    error = process.stderr.read().decode()
+    assert os.waitstatus_to_exitcode(wait_status) == status, error
+    if status:
+        assert error == "Error: The metadata file \"meta.xml\" either doesn't exist or is ill-formed.\n"
+    if not sanitized(tool):
+        assert seconds < 2.0
+        assert usage.ru_maxrss < 100 * 1024  # KiB

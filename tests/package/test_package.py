@@ -1,0 +1,153 @@
+"""The Debian package built by scripts/package from this build tree: its control data, its files,
+the packaged tool at work in a private root, its manual page, and lintian's verdict."""
+import filecmp
+import os
+import pathlib
+import re
+import subprocess
+
+import pytest
+
+from conftest import OPERATIONS, SOURCE, env, render, run
+
+ARCH = subprocess.run(["dpkg", "--print-architecture"], capture_output=True, text=True).stdout.strip()
+DOC = "usr/share/doc/dicapsule"
+FILES = {
+    "usr/bin/dicapsule",
+    "usr/share/man/man1/dicapsule.1.gz",
+    f"{DOC}/copyright",
+    f"{DOC}/changelog.gz",
+    f"{DOC}/metadata-format.md",
+    f"{DOC}/metadata.xsd",
+    f"{DOC}/examples/metadata.xml",
+    f"{DOC}/examples/report.pdf",
+    f"{DOC}/examples/thumbnail.png",
+}
+
+
+@pytest.fixture(scope="session")
+def deb(tmp_path_factory):
+    dist = tmp_path_factory.mktemp("dist")
+    done = subprocess.run([SOURCE / "scripts/package", "--build-dir", env("DICAPSULE_BUILD"),
+                           "--dist", dist], capture_output=True, text=True, timeout=600)
+    assert done.returncode == 0, done.stderr
+    deb = dist / f"dicapsule_{env('DICAPSULE_VERSION')}_{ARCH}.deb"
+    assert done.stdout.strip().endswith(deb.name) and deb.is_file()
+    return deb
+
+
+@pytest.fixture(scope="session")
+def root(deb, tmp_path_factory):
+    """The package unpacked into an empty directory, as dpkg would lay it out."""
+    root = tmp_path_factory.mktemp("root")
+    subprocess.run(["dpkg-deb", "-x", deb, root], check=True)
+    return root
+
+
+def control(deb):
+    text = subprocess.run(["dpkg-deb", "-f", deb], capture_output=True, text=True, check=True).stdout
+    return dict(re.findall(r"^(\S+): (.*)$", text, re.M))
+
+
+@pytest.mark.parametrize("field,pattern", [
+    ("Package", r"dicapsule"),
+    ("Version", None),
+    ("Architecture", None),
+    ("Section", r"science"),
+    ("Priority", r"optional"),
+    ("Maintainer", r".+ <[^@ ]+@[^@ ]+>"),
+    ("Installed-Size", r"[1-9][0-9]*"),
+    ("Description", r"wrap any file into a DICOM .+"),
+])
+def test_control_fields(deb, field, pattern):
+    pattern = pattern or {"Version": re.escape(env("DICAPSULE_VERSION")), "Architecture": ARCH}[field]
+    fields = control(deb)
+    assert re.fullmatch(pattern, fields.get(field, "")), fields
+
+
+def modules():
+    """The modules this build made, as the package installs them."""
+    return {f"usr/lib/dicapsule/{path.name}" for path in pathlib.Path(env("DICAPSULE_BUILD")).glob("dicapsule_*.so")}
+
+
+def test_depends_names_exactly_the_packages_of_the_loaded_libraries(deb, root):
+    needed = set()
+    for binary in ["usr/bin/dicapsule", *modules()]:
+        dynamic = subprocess.run(["readelf", "-d", root / binary], capture_output=True,
+                                 text=True, check=True).stdout
+        needed.update(re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic))
+    depends = {entry.split()[0] for entry in control(deb)["Depends"].split(", ")}
+    shipped_by = {}
+    for soname in needed:
+        owners = subprocess.run(["dpkg", "-S", f"*/{soname}"], capture_output=True, text=True).stdout
+        shipped_by[soname] = {line.split(":", 1)[0] for line in owners.splitlines()} & depends
+    assert needed and all(shipped_by.values()), shipped_by
+    assert set().union(*shipped_by.values()) == depends
+
+
+def test_package_holds_exactly_the_installed_files(deb):
+    listing = subprocess.run(["dpkg-deb", "-c", deb], capture_output=True, text=True, check=True).stdout
+    files = {line.split()[-1].removeprefix("./") for line in listing.splitlines() if line.startswith("-")}
+    assert files == FILES | modules()
+
+
+@pytest.mark.parametrize("args", [["--help"], *[[op, "--help"] for op in OPERATIONS]], ids=" ".join)
+def test_packaged_tool_prints_the_usage_of_the_built_one(root, args):
+    packaged, built = run(root / "usr/bin/dicapsule", *args), run(env("DICAPSULE"), *args)
+    assert (packaged.returncode, packaged.stdout) == (0, built.stdout)
+
+
+def test_packaged_tool_round_trips_the_packaged_example(root, tmp_path):
+    tool, examples = root / "usr/bin/dicapsule", root / DOC / "examples"
+    packed, restored = tmp_path / "report.dcm", tmp_path / "restored.pdf"
+    steps = [
+        ["pack", "-i", examples / "report.pdf", "-m", examples / "metadata.xml",
+         "-t", examples / "thumbnail.png", "-o", packed],
+        ["info", "-i", packed],
+        ["unpack", "-i", packed, "-o", restored],
+    ]
+    for step in steps:
+        done = run(tool, *map(str, step), cwd=tmp_path)
+        assert done.returncode == 0, (step, done.stderr)
+    assert "report.pdf" in run(tool, "info", "-i", str(packed)).stdout
+    assert filecmp.cmp(examples / "report.pdf", restored, shallow=False)
+
+
+def test_packaged_tool_loads_its_module_from_the_package(root, tmp_path):
+    """A 12-bit JPEG thumbnail needs the extended JPEG module: the packaged tool finds the packaged one."""
+    module = root / "usr/lib/dicapsule/dicapsule_jpegext.so"
+    if not module.is_file():
+        pytest.skip("this build has no extended JPEG module")
+    pydicom = pytest.importorskip("pydicom")
+    from pydicom.dataset import FileMetaDataset
+    source = pydicom.Dataset()
+    source.file_meta = FileMetaDataset()
+    source.file_meta.TransferSyntaxUID = pydicom.uid.ExplicitVRLittleEndian
+    source.file_meta.MediaStorageSOPClassUID = source.SOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
+    source.file_meta.MediaStorageSOPInstanceUID = source.SOPInstanceUID = "1.2.3.4"
+    source.update(dict(Rows=8, Columns=8, SamplesPerPixel=1, PhotometricInterpretation="MONOCHROME2",
+                       BitsAllocated=16, BitsStored=12, HighBit=11, PixelRepresentation=0))
+    source.PixelData = bytes(v % 256 for v in range(128))
+    source.is_little_endian, source.is_implicit_VR = True, False
+    source.save_as(tmp_path / "grey12.dcm", write_like_original=False)
+    subprocess.run(["dcmcjpeg", "+ee", tmp_path / "grey12.dcm", tmp_path / "thumb.dcm"], check=True)
+    examples = root / DOC / "examples"
+    done = run(root / "usr/bin/dicapsule", "pack", "-i", str(examples / "report.pdf"), "-m",
+               str(examples / "metadata.xml"), "-t", "thumb.dcm", "-o", "out.dcm", cwd=tmp_path,
+               env={**os.environ, "LD_DEBUG": "files"})
+    assert done.returncode == 0, done.stderr
+    loaded = re.findall(r"file=(\S*dicapsule_jpegext\.so) \[0\];\s+dynamically loaded", done.stderr)
+    assert [os.path.realpath(path) for path in loaded] == [str(module.resolve())]
+
+
+def test_packaged_manual_page_renders_without_warnings(root):
+    text, warnings = render(root / "usr/share/man/man1/dicapsule.1.gz")
+    assert warnings == ""
+    assert f"dicapsule {env('DICAPSULE_VERSION')}" in text
+
+
+def test_lintian_reports_no_error(deb):
+    done = subprocess.run(["lintian", "--fail-on", "error", deb], capture_output=True, text=True,
+                          timeout=600)
+    assert done.returncode == 0, done.stdout + done.stderr
+    assert not re.search(r"^E: ", done.stdout, re.M), done.stdout
