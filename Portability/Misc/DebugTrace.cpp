@@ -30,7 +30,9 @@ std::string FormatTraceLine(const TraceLine& line) {
 bool InstallTraceSinkFromEnvironment() {
     const char* wanted = std::getenv("DICAPSULE_TRACE");
     if (wanted == nullptr || *wanted == '\0') return false;
-    SetTraceSink([](const TraceLine& line) {
+    TraceSink previous = CurrentSink();
+    SetTraceSink([previous = std::move(previous)](const TraceLine& line) {
+        if (previous) previous(line);
         const std::string text = FormatTraceLine(line) + "\n";
         std::fwrite(text.data(), 1, text.size(), stderr);
     });

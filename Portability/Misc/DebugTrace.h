@@ -26,7 +26,8 @@ TraceSink SetTraceSink(TraceSink sink);
 std::string FormatTraceLine(const TraceLine& line);
 
 // When the environment variable DICAPSULE_TRACE is set and not empty, install a sink that writes
-// every line, formatted, to standard error, and return true; otherwise change nothing.
+// every line, formatted, to standard error after handing it to the sink installed before (the
+// debugger output on Windows), and return true; otherwise change nothing.
 bool InstallTraceSinkFromEnvironment();
 
 // Hand one line to the sink. Never throws.

@@ -1,10 +1,13 @@
 // The Windows side of the atomic writer: the temporary file is made beside the target with
-// CreateFileW, then takes the target's place with ReplaceFileW (an existing target keeps its
-// security descriptor and attributes) or MoveFileExW (a new target), both writing through.
+// CreateFileW under a short hidden name (removed if the console is interrupted), then takes the
+// target's place: with ExistingTarget::refuse by MoveFileExW without replacing, which fails if
+// the target appeared meanwhile; with replace by ReplaceFileW (an existing target keeps its
+// security descriptor and attributes) or a replacing MoveFileExW, both writing through.
 
 #include "Portability/Misc/AtomicFileWriter.h"
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/InterruptCleanup.h"
 #include "Portability/Misc/win32/WideText.h"
 
 #include <fcntl.h>
@@ -17,6 +20,12 @@
 #include <vector>
 
 namespace Portability {
+
+struct AtomicFileWriter::Temporary {
+    int fd = -1;
+    std::wstring name;
+    InterruptCleanup::Entry cleanup;  // removes name if the console is interrupted
+};
 
 namespace {
 
@@ -37,10 +46,6 @@ std::wstring DirectoryPrefixOf(const std::wstring& path) {
     return L"";
 }
 
-std::wstring FileNameOf(const std::wstring& path) {
-    return path.substr(DirectoryPrefixOf(path).size());
-}
-
 // The absolute form of a path (ReplaceFileW refuses relative names on some systems).
 std::wstring FullPathOf(const std::wstring& path) {
     const DWORD needed = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
@@ -55,7 +60,7 @@ std::wstring FullPathOf(const std::wstring& path) {
 // Put the finished temporary file in the target's place. An existing target is replaced with
 // ReplaceFileW, which keeps its security descriptor and attributes; where that call fails, a
 // replacing move still gives the new content.
-bool PutInPlace(const std::wstring& temporary, const std::wstring& target) {
+bool ReplaceTarget(const std::wstring& temporary, const std::wstring& target) {
     const DWORD attributes = ::GetFileAttributesW(target.c_str());
     const bool replacing = attributes != INVALID_FILE_ATTRIBUTES && !(attributes & FILE_ATTRIBUTE_DIRECTORY);
     if (replacing && ::ReplaceFileW(target.c_str(), temporary.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS,
@@ -79,51 +84,61 @@ bool WriteAll(HANDLE handle, const char* bytes, std::uint64_t size) {
 
 }  // namespace
 
-AtomicFileWriter::AtomicFileWriter(std::string target) : target_(std::move(target)) {}
+AtomicFileWriter::AtomicFileWriter(std::string target, ExistingTarget existing)
+    : target_(std::move(target)), existing_(existing) {}
 
 AtomicFileWriter::~AtomicFileWriter() { Discard(); }
 
+bool AtomicFileWriter::Fail(WriteFailure failure) {
+    failure_ = failure;
+    return false;
+}
+
 bool AtomicFileWriter::Open() {
     Discard();
+    failure_ = WriteFailure::none;
+    size_ = 0;
     std::wstring wideTarget;
-    if (!WideFromUtf8(target_, wideTarget) || wideTarget.empty()) return false;
-    const std::wstring prefix = DirectoryPrefixOf(wideTarget) + L"." + FileNameOf(wideTarget) + L".";
-    // A fresh name from the tick count and the process id; CREATE_NEW never takes an existing file.
+    if (!WideFromUtf8(target_, wideTarget) || wideTarget.empty()) return Fail(WriteFailure::io);
+    // ".dcp" and six digits: no longer than any name the target's directory already holds.
+    const std::wstring prefix = DirectoryPrefixOf(wideTarget) + L".dcp";
     const ULONGLONG seed = ::GetTickCount64() ^ (static_cast<ULONGLONG>(::GetCurrentProcessId()) << 20);
     for (unsigned attempt = 0; attempt < 100; ++attempt) {
-        const std::wstring candidate = prefix + std::to_wstring((seed + attempt * 7919u) % 1000000u);
-        const HANDLE handle = ::CreateFileW(candidate.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                            CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+        auto temporary = std::make_unique<Temporary>();
+        temporary->name = prefix + std::to_wstring(100000 + (seed + attempt * 7919u) % 900000u);
+        temporary->cleanup = InterruptCleanup::Entry(Utf8FromWide(temporary->name));
+        // CREATE_NEW never takes an existing file.
+        const HANDLE handle = ::CreateFileW(temporary->name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                            CREATE_NEW, FILE_ATTRIBUTE_HIDDEN, nullptr);
         if (handle == INVALID_HANDLE_VALUE) {
             if (::GetLastError() == ERROR_FILE_EXISTS) continue;
             LV_TRACE(kModule, "Cannot create a temporary file beside %s (error %lu)", target_.c_str(),
                      static_cast<unsigned long>(::GetLastError()));
-            return false;
+            return Fail(WriteFailure::io);
         }
-        fd_ = ::_open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
-        if (fd_ < 0) {
+        temporary->fd = ::_open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
+        if (temporary->fd < 0) {
             ::CloseHandle(handle);
-            ::DeleteFileW(candidate.c_str());
-            return false;
+            ::DeleteFileW(temporary->name.c_str());
+            return Fail(WriteFailure::io);
         }
-        temporary_ = Utf8FromWide(candidate);
-        size_ = 0;
+        temporary_ = std::move(temporary);
         return true;
     }
-    return false;
+    return Fail(WriteFailure::io);
 }
 
 bool AtomicFileWriter::Write(const void* data, std::size_t size) {
-    if (fd_ < 0) return false;
-    if (!WriteAll(HandleOf(fd_), static_cast<const char*>(data), size)) return false;
+    if (!temporary_) return Fail(WriteFailure::io);
+    if (!WriteAll(HandleOf(temporary_->fd), static_cast<const char*>(data), size)) return Fail(WriteFailure::io);
     size_ += size;
     return true;
 }
 
 bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length) {
-    if (fd_ < 0) return false;
+    if (!temporary_) return Fail(WriteFailure::io);
     const HANDLE source = HandleOf(source_fd);
-    if (source == INVALID_HANDLE_VALUE) return false;
+    if (source == INVALID_HANDLE_VALUE) return Fail(WriteFailure::io);
     std::vector<char> buffer(static_cast<std::size_t>(std::min(kCopyChunk, length)));
     for (std::uint64_t done = 0; done < length;) {
         OVERLAPPED at{};
@@ -132,8 +147,8 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
         at.OffsetHigh = static_cast<DWORD>(position >> 32);
         const DWORD want = static_cast<DWORD>(std::min<std::uint64_t>(buffer.size(), length - done));
         DWORD got = 0;
-        if (!::ReadFile(source, buffer.data(), want, &got, &at) || got == 0) return false;
-        if (!WriteAll(HandleOf(fd_), buffer.data(), got)) return false;
+        if (!::ReadFile(source, buffer.data(), want, &got, &at) || got == 0) return Fail(WriteFailure::io);
+        if (!WriteAll(HandleOf(temporary_->fd), buffer.data(), got)) return Fail(WriteFailure::io);
         done += got;
     }
     size_ += length;
@@ -141,33 +156,32 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
 }
 
 bool AtomicFileWriter::Commit() {
-    if (fd_ < 0) return false;
-    const HANDLE handle = HandleOf(fd_);
-    const bool flushed = ::FlushFileBuffers(handle) != 0;
-    const bool closed = ::_close(std::exchange(fd_, -1)) == 0;
-    std::wstring wideTemporary;
+    if (!temporary_) return Fail(WriteFailure::io);
+    const bool flushed = ::FlushFileBuffers(HandleOf(temporary_->fd)) != 0;
+    const bool closed = ::_close(std::exchange(temporary_->fd, -1)) == 0;
     std::wstring wideTarget;
-    WideFromUtf8(temporary_, wideTemporary);
-    bool placed = flushed && closed && !wideTemporary.empty() && WideFromUtf8(target_, wideTarget);
-    if (placed) {
-        placed = PutInPlace(FullPathOf(wideTemporary), FullPathOf(wideTarget));
-        if (!placed) {
-            LV_TRACE(kModule, "Cannot put the new file in place of %s (error %lu)", target_.c_str(),
-                     static_cast<unsigned long>(::GetLastError()));
-        }
+    if (!flushed || !closed || !WideFromUtf8(target_, wideTarget)) {
+        Discard();
+        return Fail(WriteFailure::io);
     }
-    if (!placed && !wideTemporary.empty()) ::DeleteFileW(wideTemporary.c_str());
-    temporary_.clear();
-    return placed;
+    const std::wstring from = FullPathOf(temporary_->name);
+    const std::wstring to = FullPathOf(wideTarget);
+    const bool placed = existing_ == ExistingTarget::refuse ? ::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH) != 0
+                                                            : ReplaceTarget(from, to);
+    const DWORD error = ::GetLastError();
+    if (placed) temporary_->name.clear();
+    Discard();
+    if (placed) return true;
+    LV_TRACE(kModule, "Cannot put the new file in place of %s (error %lu)", target_.c_str(), static_cast<unsigned long>(error));
+    const bool exists = error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS;
+    return Fail(exists && existing_ == ExistingTarget::refuse ? WriteFailure::target_exists : WriteFailure::io);
 }
 
 void AtomicFileWriter::Discard() noexcept {
-    if (fd_ >= 0) ::_close(std::exchange(fd_, -1));
-    if (!temporary_.empty()) {
-        std::wstring wideTemporary;
-        if (WideFromUtf8(temporary_, wideTemporary)) ::DeleteFileW(wideTemporary.c_str());
-    }
-    temporary_.clear();
+    if (!temporary_) return;
+    if (temporary_->fd >= 0) ::_close(temporary_->fd);
+    if (!temporary_->name.empty()) ::DeleteFileW(temporary_->name.c_str());
+    temporary_.reset();  // disarms the interruption cleanup
 }
 
 }  // namespace Portability

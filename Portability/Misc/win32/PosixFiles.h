@@ -21,8 +21,12 @@
 #endif
 
 // Open a file named by a wide path (std::filesystem::path::c_str() on Windows), always binary;
-// mode gives the permissions of a file that O_CREAT makes.
+// mode gives the permissions of a file that O_CREAT makes. A file opened for reading only shares
+// deletion, so that temporary files marked for deletion on close can be opened again.
 int open(const wchar_t* path, int flags, int mode = _S_IREAD | _S_IWRITE);
 
 // Read up to size bytes at offset; the count read, 0 at the end of the file, -1 on failure.
 ssize_t pread(int descriptor, void* data, std::size_t size, std::int64_t offset);
+
+// Write up to size bytes at offset; the count written, -1 on failure.
+ssize_t pwrite(int descriptor, const void* data, std::size_t size, std::int64_t offset);

@@ -31,22 +31,27 @@ TEST(AtomicFileWriterTargets, EveryFormOfTargetNameIsReplacedInPlace) {
         std::string target;  // UTF-8, as the operations hand it over
         fs::path file;       // where it lands, relative to the directory
         bool existing;
+        Portability::ExistingTarget policy;
     } cases[] = {
-        {"bare name", "bare.dcm", "bare.dcm", true},
-        {"dot slash", "./dot.dcm", "dot.dcm", true},
-        {"sub folder", "sub/in.dcm", "sub/in.dcm", true},
-        {"absolute", absolute, "absolute.dcm", true},
-        {"non-ASCII", "r\xC3\xA9sum\xC3\xA9 \xE5\xB1\xB1.dcm", Portability::PathFromUtf8("r\xC3\xA9sum\xC3\xA9 \xE5\xB1\xB1.dcm"), true},
-        {"new file", "new.dcm", "new.dcm", false},
+        {"bare name", "bare.dcm", "bare.dcm", true, Portability::ExistingTarget::replace},
+        {"dot slash", "./dot.dcm", "dot.dcm", true, Portability::ExistingTarget::replace},
+        {"sub folder", "sub/in.dcm", "sub/in.dcm", true, Portability::ExistingTarget::replace},
+        {"absolute", absolute, "absolute.dcm", true, Portability::ExistingTarget::replace},
+        {"non-ASCII", "r\xC3\xA9sum\xC3\xA9 \xE5\xB1\xB1.dcm", Portability::PathFromUtf8("r\xC3\xA9sum\xC3\xA9 \xE5\xB1\xB1.dcm"), true,
+         Portability::ExistingTarget::replace},
+        {"new file", "new.dcm", "new.dcm", false, Portability::ExistingTarget::refuse},
+        {"existing file refused", "kept.dcm", "kept.dcm", true, Portability::ExistingTarget::refuse},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.id);
         if (c.existing) std::ofstream(directory / c.file, std::ios::binary) << "old content";
-        Portability::AtomicFileWriter writer(c.target);
+        Portability::AtomicFileWriter writer(c.target, c.policy);
         ASSERT_TRUE(writer.Open());
         ASSERT_TRUE(writer.Write("new", 3));
-        ASSERT_TRUE(writer.Commit());
-        EXPECT_EQ(Read(directory / c.file), "new");
+        const bool refused = c.existing && c.policy == Portability::ExistingTarget::refuse;
+        EXPECT_EQ(writer.Commit(), !refused);
+        EXPECT_EQ(writer.failure(), refused ? Portability::WriteFailure::target_exists : Portability::WriteFailure::none);
+        EXPECT_EQ(Read(directory / c.file), refused ? "old content" : "new");
     }
     std::size_t files = 0;
     for (const auto& entry : fs::recursive_directory_iterator(directory)) files += entry.is_regular_file();

@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#ifdef _WIN32
-#include "Portability/Misc/win32/PosixFiles.h"  // open() by wide path
-#endif
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>

@@ -10,10 +10,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/TemporaryFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -47,20 +47,10 @@ RegionSource::RegionSource(std::filesystem::path path, int descriptor, std::uint
 RegionSource::~RegionSource() { ::close(descriptor_); }
 
 std::shared_ptr<RegionSource> RegionSource::OpenTemporary() {
-    const char* directory = std::getenv("TMPDIR");
-    const std::filesystem::path folder = directory && *directory ? directory : "/tmp";
-    // O_TMPFILE makes a file with no name at all; where the file system lacks it, a named one is
-    // removed at once.
-    int descriptor = ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-    if (descriptor < 0) {
-        std::string pattern = (folder / "dicapsule-inflated-XXXXXX").string();
-        descriptor = ::mkostemp(pattern.data(), O_CLOEXEC);
-        if (descriptor >= 0) ::unlink(pattern.c_str());
-    }
+    std::string path;
+    const int descriptor = Portability::CreateTemporaryFile(path);
     if (descriptor < 0) return nullptr;
-    // The file has no name; this process reaches it again through its descriptor.
-    const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-    return std::shared_ptr<RegionSource>(new RegionSource(path, descriptor, 0));
+    return std::shared_ptr<RegionSource>(new RegionSource(Portability::PathFromUtf8(path), descriptor, 0));
 }
 
 bool RegionSource::Append(const std::uint8_t* data, std::size_t size) {

@@ -17,7 +17,7 @@ public:
     // Open path for reading; null when it cannot be opened.
     static std::shared_ptr<RegionSource> Open(const std::filesystem::path& path);
     // An empty unnamed file in the temporary directory, removed when closed; filled with Append
-    // before values refer to it. Its Path() reaches it through /proc/self/fd while it is open.
+    // before values refer to it. Its Path() opens it again while it is open.
     // Null when none can be made.
     static std::shared_ptr<RegionSource> OpenTemporary();
     ~RegionSource();

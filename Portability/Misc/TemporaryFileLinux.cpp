@@ -1,0 +1,27 @@
+// The Linux side of TemporaryFile: an O_TMPFILE file of $TMPDIR (or /tmp), reached again through
+// /proc/self/fd; where the file system lacks O_TMPFILE, a named file unnamed at once.
+
+#include "Portability/Misc/TemporaryFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace Portability {
+
+int CreateTemporaryFile(std::string& reopenPath) {
+    const char* variable = std::getenv("TMPDIR");
+    const std::string directory = variable != nullptr && *variable != '\0' ? variable : "/tmp";
+    int fd = ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        std::string name = directory + "/.dcpXXXXXX";
+        fd = ::mkostemp(name.data(), O_CLOEXEC);
+        if (fd < 0) return -1;
+        ::unlink(name.c_str());  // the descriptor keeps the file alive
+    }
+    reopenPath = "/proc/self/fd/" + std::to_string(fd);
+    return fd;
+}
+
+}  // namespace Portability
