@@ -18,9 +18,9 @@ public:
     virtual ~LVImageMemory() = default;
 
     // Load from a file; the in-memory base knows no codec and fails.
-    virtual bool LoadFromFile(const std::string& path, unsigned flags);
+    virtual bool LoadFromFile(const std::string& path, unsigned loadFlags);
     // Save to a file; the in-memory base knows no codec and fails.
-    virtual bool SaveToFile(const std::string& path, unsigned option1, unsigned option2, unsigned flags);
+    virtual bool SaveToFile(const std::string& path, unsigned frame, unsigned codecOption, unsigned saveFlags);
 
     // Allocate an unsigned image of the given geometry (default alignment) and reset the file facts.
     bool Allocate(std::int32_t width, std::int32_t height, unsigned planes, unsigned bits);

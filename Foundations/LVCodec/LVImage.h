@@ -11,9 +11,9 @@ namespace Lumivale::Imaging {
 class LVImage : public LVImageMemory {
 public:
     // Load with both option words 0.
-    bool LoadFromFile(const std::string& path, unsigned flags) override;
-    // Load: flags kLoadBySignature picks the codec by content, kLoadThumbnail asks for the embedded thumbnail.
-    virtual bool LoadFromFile(const std::string& path, unsigned option1, unsigned option2, unsigned flags);
+    bool LoadFromFile(const std::string& path, unsigned loadFlags) override;
+    // Load: loadFlags kLoadBySignature picks the codec by content, kLoadThumbnail asks for the embedded thumbnail.
+    virtual bool LoadFromFile(const std::string& path, unsigned frame, unsigned codecOption, unsigned loadFlags);
 };
 
 }  // namespace Lumivale::Imaging

@@ -42,12 +42,13 @@ public:
     virtual unsigned Capabilities() const { return kCodecAllCapabilities; }
     // Null-terminated list of lower-case extensions without the dot.
     virtual const char* const* Extensions() const = 0;
-    // Decode the file at path into image; option1 selects the frame where a format has several.
-    virtual bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                        unsigned flags) const = 0;
+    // Decode the file at path into image: frame picks the frame (or page) where a format has several,
+    // codecOption is a second option word no codec of this program reads, loadFlags are kLoad* bits.
+    virtual bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                        unsigned loadFlags) const = 0;
     // Encode image to path; no codec of this program encodes through this entry.
-    virtual bool Encode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                        unsigned flags) const;
+    virtual bool Encode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                        unsigned saveFlags) const;
     // Save image to path with one format word; not supported by these codecs.
     virtual bool Save(LVImage& image, const std::string& path, unsigned word) const;
     // True for codecs whose files carry a DICOM data set beside the pixels (the DICOM codec only).

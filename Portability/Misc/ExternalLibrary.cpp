@@ -10,7 +10,7 @@
 #include <dlfcn.h>
 #endif
 
-namespace Lumivale::Portability {
+namespace Portability {
 
 ExternalLibrary::~ExternalLibrary() {
     if (handle_ == nullptr) return;
@@ -75,4 +75,4 @@ std::string ExecutableDirectory() {
     return std::string(text.begin(), text.end()) + static_cast<char>(std::filesystem::path::preferred_separator);
 }
 
-}  // namespace Lumivale::Portability
+}  // namespace Portability

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace Lumivale::Portability {
+namespace Portability {
 
 // Owns one loaded library; unloads it when destroyed.
 class ExternalLibrary {
@@ -32,4 +32,4 @@ private:
 // Directory (with a trailing separator) of the running executable; empty when unknown.
 std::string ExecutableDirectory();
 
-}  // namespace Lumivale::Portability
+}  // namespace Portability

@@ -6,7 +6,7 @@
 #include <sys/mman.h>
 #endif
 
-namespace Lumivale::Portability {
+namespace Portability {
 
 void AdviseHugePages(void* start, std::size_t length) noexcept {
 #if defined(MADV_HUGEPAGE)
@@ -34,4 +34,4 @@ void ReleasePages(void* start, std::size_t length) noexcept {
 #endif
 }
 
-}  // namespace Lumivale::Portability
+}  // namespace Portability

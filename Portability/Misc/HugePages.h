@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace Lumivale::Portability {
+namespace Portability {
 
 // Ask the kernel to back the whole 2 MiB pages inside [start, start + length) with huge pages.
 // Only advice: nothing happens on systems or ranges where it does not apply. Call it before the
@@ -16,4 +16,4 @@ void AdviseHugePages(void* start, std::size_t length) noexcept;
 // memory the caller owns and no longer needs; nothing happens where the system cannot do it.
 void ReleasePages(void* start, std::size_t length) noexcept;
 
-}  // namespace Lumivale::Portability
+}  // namespace Portability

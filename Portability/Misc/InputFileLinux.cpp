@@ -1,14 +1,15 @@
 // The Linux side of InputFile: a regular file stays open where it is; other inputs are copied into
-// an O_TMPFILE file of the temporary directory. Both are reached again through /proc/self/fd.
+// a temporary file. Both are reached again through /proc/self/fd.
 
 #include "Portability/Misc/InputFile.h"
+
+#include "Portability/Misc/TemporaryFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <vector>
 
 namespace Portability {
@@ -21,11 +22,6 @@ struct InputFile::Handle {
 };
 
 namespace {
-
-std::string TemporaryDirectory() {
-    const char* directory = std::getenv("TMPDIR");
-    return directory != nullptr && *directory != '\0' ? directory : "/tmp";
-}
 
 // Copy everything readable from source into target, at most max_size + 1 bytes.
 InputFile::Status CopyStream(int source, int target, std::uint64_t max_size, std::uint64_t& copied) {
@@ -74,17 +70,12 @@ InputFile::Status InputFile::Open(const std::string& path, std::uint64_t max_siz
         return Status::opened;
     }
     auto copy = std::make_unique<Handle>();
-    copy->fd = ::open(TemporaryDirectory().c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-    if (copy->fd < 0) {
-        // Without O_TMPFILE: a named file, unnamed again at once (the descriptor keeps it alive).
-        std::string name = TemporaryDirectory() + "/.dcpXXXXXX";
-        copy->fd = ::mkostemp(name.data(), O_CLOEXEC);
-        if (copy->fd < 0) return Status::unreadable;
-        ::unlink(name.c_str());
-    }
+    std::string copy_path;
+    copy->fd = CreateTemporaryFile(copy_path);
+    if (copy->fd < 0) return Status::unreadable;
     const Status status = CopyStream(source->fd, copy->fd, max_size, size_);
     if (status != Status::opened) return status;
-    readable_path_ = "/proc/self/fd/" + std::to_string(copy->fd);
+    readable_path_ = std::move(copy_path);
     handle_ = std::move(copy);
     return Status::opened;
 }

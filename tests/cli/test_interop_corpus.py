@@ -13,7 +13,7 @@ from pydicom.dataset import FileDataset, FileMetaDataset
 from pydicom.uid import DeflatedExplicitVRLittleEndian, ExplicitVRBigEndian, ExplicitVRLittleEndian, \
     ImplicitVRLittleEndian
 
-from conftest import edition
+from conftest import WINDOWS, edition
 
 PATIENT = {"PatientName": "Doe^John", "PatientID": "PID-42", "PatientBirthDate": "19700101", "PatientSex": "M"}
 STUDY = {"StudyInstanceUID": "1.2.826.0.1.3680043.9.7.42", "StudyDate": "20240131", "StudyTime": "101530",
@@ -51,7 +51,8 @@ CHARSETS = [
     ("ISO 2022 IR 148", "Şahin^Ömer"), ("ISO 2022 IR 166", "สมชาย^ใจดี"),
     (["ISO 2022 IR 13", "ISO 2022 IR 87"], "ﾔﾏﾀﾞ^ﾀﾛｳ=山田^太郎"),
     (["", "ISO 2022 IR 149"], "Hong^Gildong=洪^吉洞=홍^길동"),
-    (["", "ISO 2022 IR 87", "ISO 2022 IR 159"], "Yamada^Taro=山田^丂"),
+    pytest.param(["", "ISO 2022 IR 87", "ISO 2022 IR 159"], "Yamada^Taro=山田^丂",
+                 marks=pytest.mark.skipif(WINDOWS, reason="wine's EUC-JP code page lacks JIS X 0212")),
 ]
 
 
@@ -148,7 +149,7 @@ def test_file_of_each_vr_is_accepted_as_metadata(run, tmp_path, vr, tag, value, 
     assert_unpacks_and_describes(run, tmp_path, packed)
 
 
-@pytest.mark.parametrize("charset, name", CHARSETS, ids=[str(c[0]) for c in CHARSETS])
+@pytest.mark.parametrize("charset, name", CHARSETS, ids=[str(c.values[0] if hasattr(c, "values") else c[0]) for c in CHARSETS])
 def test_each_character_set_term_is_accepted(run, tmp_path, charset, name):
     source = save(new_source(SpecificCharacterSet=charset, PatientName=name), tmp_path / "source.dcm")
     assert str(pydicom.dcmread(source).PatientName) == name  # the peer wrote what we meant
@@ -289,6 +290,7 @@ def peak_rss_mib(command, tmp_path):
     return int(report.read_text().split()[-1]) / 1024
 
 
+@pytest.mark.skipif(WINDOWS, reason="measures the peak memory of a native process")
 def test_deflated_unpack_streams_the_payload(run, tool, tmp_path):
     if not shutil.which("dcmconv"):
         pytest.skip("dcmconv is not installed")

@@ -272,8 +272,8 @@ const LVImageSignature* LVImageCodec_BMP::Signatures() const {
     return kSignatures;
 }
 
-bool LVImageCodec_BMP::Decode(LVImage& image, const std::string& path, unsigned, unsigned, unsigned flags) const {
-    if (flags & kLoadThumbnail) return DecodeThumbnail(image, path);
+bool LVImageCodec_BMP::Decode(LVImage& image, const std::string& path, unsigned, unsigned, unsigned loadFlags) const {
+    if (loadFlags & kLoadThumbnail) return DecodeThumbnail(image, path);
     std::vector<std::uint8_t> bytes;
     return ReadImageFile(path, bytes, kModule) && DecodeBmp(bytes, image);
 }

@@ -23,8 +23,8 @@ public:
     // bmp.
     const char* const* Extensions() const override;
     // Decode the file (or, with kLoadThumbnail, its thumbnail).
-    bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                unsigned flags) const override;
+    bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                unsigned loadFlags) const override;
     // A BMP holds no separate thumbnail: the picture itself serves as one.
     bool DecodeThumbnail(LVImage& image, const std::string& path) const override;
     // 0:424D.

@@ -81,8 +81,8 @@ public:
                 return Fail(pos, header.tag, "value length beyond the end of the file");
             if (target) Store(header, *target);
             if (header.tag == kPixelData && target) {
-                target->hasPixelData = header.length > 0;
-                target->pixelData = {in_.At(header.valueOffset), header.length};
+                target->has_pixel_data = header.length > 0;
+                target->pixel_data = {in_.At(header.valueOffset), header.length};
             }
             pos = header.valueOffset + header.length;
         }
@@ -139,7 +139,7 @@ private:
             }
             if (item.tag != kItem) return Fail(pos, item.tag, "expected an item");
             DicomPixelAttributes* target = firstItem ? firstItemTarget : nullptr;
-            if (target) file.hasIcon = true;
+            if (target) file.has_icon = true;
             firstItem = false;
             pos = item.valueOffset;
             if (item.length == kUndefinedLength) {
@@ -168,7 +168,7 @@ private:
         }
         if (target) {
             target->encapsulated = true;
-            target->hasPixelData = target->fragments.size() > 1;
+            target->has_pixel_data = target->fragments.size() > 1;
         }
         return true;
     }
@@ -177,17 +177,17 @@ private:
         const std::uint64_t at = header.valueOffset;
         const std::uint16_t us = header.length >= 2 ? in_.Le16(at) : 0;
         switch (header.tag) {
-            case kSamplesPerPixel: target.samplesPerPixel = us; break;
-            case kPlanarConfiguration: target.planarConfiguration = us; break;
+            case kSamplesPerPixel: target.samples_per_pixel = us; break;
+            case kPlanarConfiguration: target.planar_configuration = us; break;
             case kRows: target.rows = us; break;
             case kColumns: target.columns = us; break;
-            case kBitsAllocated: target.bitsAllocated = us; break;
-            case kBitsStored: target.bitsStored = us; break;
-            case kPixelRepresentation: target.pixelRepresentation = us; break;
-            case kPhotometricInterpretation: target.photometricInterpretation = Text(header); break;
+            case kBitsAllocated: target.bits_allocated = us; break;
+            case kBitsStored: target.bits_stored = us; break;
+            case kPixelRepresentation: target.pixel_representation = us; break;
+            case kPhotometricInterpretation: target.photometric_interpretation = Text(header); break;
             case kNumberOfFrames: {
                 const long frames = std::strtol(Text(header).c_str(), nullptr, 10);
-                target.numberOfFrames = frames > 0 ? static_cast<std::uint64_t>(frames) : 1;
+                target.number_of_frames = frames > 0 ? static_cast<std::uint64_t>(frames) : 1;
                 break;
             }
             default: break;
@@ -219,10 +219,10 @@ bool ReadMetaGroup(const ByteReader& in, std::uint64_t& pos, DicomImageFile& fil
             return false;
         }
         if (tag == kTransferSyntaxUid) {
-            file.transferSyntax.assign(reinterpret_cast<const char*>(in.At(value)), length);
-            while (!file.transferSyntax.empty() &&
-                   (file.transferSyntax.back() == '\0' || file.transferSyntax.back() == ' '))
-                file.transferSyntax.pop_back();
+            file.transfer_syntax.assign(reinterpret_cast<const char*>(in.At(value)), length);
+            while (!file.transfer_syntax.empty() &&
+                   (file.transfer_syntax.back() == '\0' || file.transfer_syntax.back() == ' '))
+                file.transfer_syntax.pop_back();
         }
         pos = value + length;
     }
@@ -239,11 +239,11 @@ bool ReadDicomImageFile(std::span<const std::uint8_t> bytes, DicomImageFile& fil
     }
     std::uint64_t pos = kPreambleSize + 4;
     if (!ReadMetaGroup(in, pos, file)) return false;
-    if (file.transferSyntax == "1.2.840.10008.1.2.2" || file.transferSyntax == "1.2.840.10008.1.2.1.99") {
-        LV_TRACE(kModule, "Unsupported transfer syntax %s", file.transferSyntax.c_str());
+    if (file.transfer_syntax == "1.2.840.10008.1.2.2" || file.transfer_syntax == "1.2.840.10008.1.2.1.99") {
+        LV_TRACE(kModule, "Unsupported transfer syntax %s", file.transfer_syntax.c_str());
         return false;
     }
-    DataSetParser parser(in, file.transferSyntax != "1.2.840.10008.1.2");
+    DataSetParser parser(in, file.transfer_syntax != "1.2.840.10008.1.2");
     return parser.ParseDataSet(pos, in.Size(), 0, &file.main, file);
 }
 

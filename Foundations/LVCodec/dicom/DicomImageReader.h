@@ -15,25 +15,25 @@ namespace Lumivale::Imaging {
 struct DicomPixelAttributes {
     std::uint64_t rows = 0;
     std::uint64_t columns = 0;
-    std::uint64_t bitsAllocated = 0;
-    std::uint64_t bitsStored = 0;
-    std::uint64_t samplesPerPixel = 0;
-    std::uint64_t pixelRepresentation = 0;
-    std::uint64_t planarConfiguration = 0;
-    std::uint64_t numberOfFrames = 1;
-    std::string photometricInterpretation;
-    bool hasPixelData = false;
+    std::uint64_t bits_allocated = 0;
+    std::uint64_t bits_stored = 0;
+    std::uint64_t samples_per_pixel = 0;
+    std::uint64_t pixel_representation = 0;
+    std::uint64_t planar_configuration = 0;
+    std::uint64_t number_of_frames = 1;
+    std::string photometric_interpretation;
+    bool has_pixel_data = false;
     bool encapsulated = false;                            // pixel data held as fragments
-    std::span<const std::uint8_t> pixelData;              // native pixel data
+    std::span<const std::uint8_t> pixel_data;              // native pixel data
     std::vector<std::span<const std::uint8_t>> fragments; // encapsulated items, offset table first
 };
 
 // What the reader found in a file.
 struct DicomImageFile {
-    std::string transferSyntax;  // (0002,0010), without padding
+    std::string transfer_syntax;  // (0002,0010), without padding
     DicomPixelAttributes main;   // top-level attributes
     DicomPixelAttributes icon;   // first item of (0088,0200)
-    bool hasIcon = false;        // the sequence and an item were present
+    bool has_icon = false;        // the sequence and an item were present
 };
 
 // Parse a Part 10 file (128-byte preamble, "DICM", explicit little-endian meta group, then implicit or

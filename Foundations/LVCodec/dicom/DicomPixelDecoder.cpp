@@ -58,7 +58,7 @@ std::vector<std::uint8_t> FrameFragments(const DicomPixelAttributes& a, unsigned
     std::vector<std::uint8_t> bytes;
     const auto& fragments = a.fragments;
     if (fragments.size() < 2) return bytes;
-    if (a.numberOfFrames <= 1) {
+    if (a.number_of_frames <= 1) {
         for (std::size_t i = 1; i < fragments.size(); ++i) bytes.insert(bytes.end(), fragments[i].begin(), fragments[i].end());
         return bytes;
     }
@@ -67,32 +67,32 @@ std::vector<std::uint8_t> FrameFragments(const DicomPixelAttributes& a, unsigned
 }
 
 bool DecodeNative(const DicomPixelAttributes& a, unsigned frame, LVImageMemory& image) {
-    const std::uint64_t bytesPerSample = a.bitsAllocated / 8;
-    const std::uint64_t frameBytes = a.rows * a.columns * a.samplesPerPixel * bytesPerSample;
-    if ((a.bitsAllocated != 8 && a.bitsAllocated != 16) || a.bitsStored == 0 || a.bitsStored > a.bitsAllocated ||
-        (a.samplesPerPixel != 1 && a.samplesPerPixel != 3)) {
+    const std::uint64_t bytesPerSample = a.bits_allocated / 8;
+    const std::uint64_t frameBytes = a.rows * a.columns * a.samples_per_pixel * bytesPerSample;
+    if ((a.bits_allocated != 8 && a.bits_allocated != 16) || a.bits_stored == 0 || a.bits_stored > a.bits_allocated ||
+        (a.samples_per_pixel != 1 && a.samples_per_pixel != 3)) {
         LV_TRACE(kModule, "Unsupported native layout: %llu samples, %llu/%llu bits",
-                 static_cast<unsigned long long>(a.samplesPerPixel), static_cast<unsigned long long>(a.bitsStored),
-                 static_cast<unsigned long long>(a.bitsAllocated));
+                 static_cast<unsigned long long>(a.samples_per_pixel), static_cast<unsigned long long>(a.bits_stored),
+                 static_cast<unsigned long long>(a.bits_allocated));
         return false;
     }
-    if (frame >= a.numberOfFrames || a.pixelData.size() < frameBytes * (frame + 1u)) {
+    if (frame >= a.number_of_frames || a.pixel_data.size() < frameBytes * (frame + 1u)) {
         LV_TRACE(kModule, "Pixel data holds no frame %u", frame);
         return false;
     }
-    const unsigned planes = static_cast<unsigned>(a.samplesPerPixel);
-    if (!AllocateImage(image, a.columns, a.rows, planes, static_cast<unsigned>(a.bitsStored), kModule)) return false;
+    const unsigned planes = static_cast<unsigned>(a.samples_per_pixel);
+    if (!AllocateImage(image, a.columns, a.rows, planes, static_cast<unsigned>(a.bits_stored), kModule)) return false;
     LVBuffer2D& out = image.Buffer();
-    const bool isSigned = a.pixelRepresentation == 1;
-    const ByteReader in(a.pixelData.subspan(frameBytes * frame, frameBytes));
-    const std::uint64_t mask = (std::uint64_t{1} << a.bitsStored) - 1;
-    const std::uint64_t signBit = std::uint64_t{1} << (a.bitsStored - 1);
-    const bool invert = a.photometricInterpretation == "MONOCHROME1";
+    const bool isSigned = a.pixel_representation == 1;
+    const ByteReader in(a.pixel_data.subspan(frameBytes * frame, frameBytes));
+    const std::uint64_t mask = (std::uint64_t{1} << a.bits_stored) - 1;
+    const std::uint64_t signBit = std::uint64_t{1} << (a.bits_stored - 1);
+    const bool invert = a.photometric_interpretation == "MONOCHROME1";
     for (unsigned p = 0; p < planes; ++p)
         for (std::int32_t y = 0; y < out.Height(); ++y)
             for (std::int32_t x = 0; x < out.Width(); ++x) {
                 const std::uint64_t pixel = static_cast<std::uint64_t>(y) * a.columns + static_cast<std::uint64_t>(x);
-                const std::uint64_t index = a.planarConfiguration == 1 ? p * a.rows * a.columns + pixel
+                const std::uint64_t index = a.planar_configuration == 1 ? p * a.rows * a.columns + pixel
                                                                        : pixel * planes + p;
                 std::uint64_t raw = 0;
                 in.Le(index * bytesPerSample, static_cast<unsigned>(bytesPerSample), raw);
@@ -106,19 +106,19 @@ bool DecodeNative(const DicomPixelAttributes& a, unsigned frame, LVImageMemory& 
 }
 
 bool DecodeRle(const DicomPixelAttributes& a, std::span<const std::uint8_t> bytes, LVImageMemory& image) {
-    if ((a.bitsAllocated != 8 && a.bitsAllocated != 16) || a.bitsStored == 0 || a.bitsStored > a.bitsAllocated ||
-        (a.samplesPerPixel != 1 && a.samplesPerPixel != 3) || a.photometricInterpretation.starts_with("YBR")) {
+    if ((a.bits_allocated != 8 && a.bits_allocated != 16) || a.bits_stored == 0 || a.bits_stored > a.bits_allocated ||
+        (a.samples_per_pixel != 1 && a.samples_per_pixel != 3) || a.photometric_interpretation.starts_with("YBR")) {
         LV_TRACE(kModule, "Unsupported RLE layout: %llu samples of %llu/%llu bits, %s",
-                 static_cast<unsigned long long>(a.samplesPerPixel), static_cast<unsigned long long>(a.bitsStored),
-                 static_cast<unsigned long long>(a.bitsAllocated), a.photometricInterpretation.c_str());
+                 static_cast<unsigned long long>(a.samples_per_pixel), static_cast<unsigned long long>(a.bits_stored),
+                 static_cast<unsigned long long>(a.bits_allocated), a.photometric_interpretation.c_str());
         return false;
     }
-    if (!AllocateImage(image, a.columns, a.rows, static_cast<unsigned>(a.samplesPerPixel),
-                       static_cast<unsigned>(a.bitsStored), kModule))
+    if (!AllocateImage(image, a.columns, a.rows, static_cast<unsigned>(a.samples_per_pixel),
+                       static_cast<unsigned>(a.bits_stored), kModule))
         return false;
     if (!DecodeDicomRle(bytes, image.Buffer())) return false;
-    if (a.bitsStored < a.bitsAllocated) {  // bits above Bits Stored carry no value
-        const std::int64_t mask = (std::int64_t{1} << a.bitsStored) - 1;
+    if (a.bits_stored < a.bits_allocated) {  // bits above Bits Stored carry no value
+        const std::int64_t mask = (std::int64_t{1} << a.bits_stored) - 1;
         LVBuffer2D& out = image.Buffer();
         for (unsigned p = 0; p < out.Planes(); ++p)
             for (std::int32_t y = 0; y < out.Height(); ++y)
@@ -132,7 +132,7 @@ bool DecodeEncapsulated(const DicomPixelAttributes& a, const std::string& syntax
     const std::vector<std::uint8_t> bytes = FrameFragments(a, frame);
     bool decoded = false;
     if (IsJpegSyntax(syntax)) {
-        decoded = DecodeJpeg(bytes, image, {ColourOf(a.photometricInterpretation), false});
+        decoded = DecodeJpeg(bytes, image, {ColourOf(a.photometric_interpretation), false});
         if (!decoded) {
             LV_TRACE(kModule, "Cannot decode : jpg pixels %s", source.c_str());
             return false;
@@ -148,9 +148,9 @@ bool DecodeEncapsulated(const DicomPixelAttributes& a, const std::string& syntax
         return false;
     }
     if (!decoded) return false;
-    if (a.pixelRepresentation == 1 && a.bitsStored >= 2 && a.bitsStored <= 16)
-        ShiftSignedIntoUnsignedRange(image.Buffer(), static_cast<unsigned>(a.bitsStored));
-    NarrowToBitsStored(image.Buffer(), a.bitsStored);
+    if (a.pixel_representation == 1 && a.bits_stored >= 2 && a.bits_stored <= 16)
+        ShiftSignedIntoUnsignedRange(image.Buffer(), static_cast<unsigned>(a.bits_stored));
+    NarrowToBitsStored(image.Buffer(), a.bits_stored);
     return true;
 }
 
@@ -158,13 +158,13 @@ bool DecodeEncapsulated(const DicomPixelAttributes& a, const std::string& syntax
 
 bool DecodeDicomPixels(const DicomPixelAttributes& attributes, const std::string& transferSyntax, unsigned frame,
                        const std::string& source, LVImageMemory& image) {
-    const std::string& pi = attributes.photometricInterpretation;
+    const std::string& pi = attributes.photometric_interpretation;
     if (pi == "PALETTE COLOR" || (!pi.empty() && pi != "MONOCHROME1" && pi != "MONOCHROME2" && pi != "RGB" &&
                                   !(attributes.encapsulated && pi.starts_with("YBR")))) {
         LV_TRACE(kModule, "Cannot decode : photometric_interpretation %s", pi.c_str());
         return false;
     }
-    if (!attributes.hasPixelData) {
+    if (!attributes.has_pixel_data) {
         LV_TRACE(kModule, "%s has no pixel data", source.c_str());
         return false;
     }
@@ -177,14 +177,14 @@ bool DecodeDicom(std::span<const std::uint8_t> bytes, bool thumbnail, unsigned f
                  LVImageMemory& image) {
     DicomImageFile file;
     if (!ReadDicomImageFile(bytes, file)) return false;
-    if (!thumbnail) return DecodeDicomPixels(file.main, file.transferSyntax, frame, source, image);
+    if (!thumbnail) return DecodeDicomPixels(file.main, file.transfer_syntax, frame, source, image);
     const DicomPixelAttributes& icon = file.icon;
-    if (!file.hasIcon || icon.rows == 0 || icon.columns == 0 || icon.bitsAllocated == 0 || icon.bitsStored == 0 ||
-        icon.samplesPerPixel == 0 || !icon.hasPixelData) {
+    if (!file.has_icon || icon.rows == 0 || icon.columns == 0 || icon.bits_allocated == 0 || icon.bits_stored == 0 ||
+        icon.samples_per_pixel == 0 || !icon.has_pixel_data) {
         LV_TRACE(kModule, "%s does not embed a thumbnail", source.c_str());
         return false;
     }
-    return DecodeDicomPixels(icon, file.transferSyntax, 0, source, image);
+    return DecodeDicomPixels(icon, file.transfer_syntax, 0, source, image);
 }
 
 }  // namespace Lumivale::Imaging

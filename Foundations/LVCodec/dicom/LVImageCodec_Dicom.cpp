@@ -24,11 +24,11 @@ const LVImageSignature* LVImageCodec_Dicom::Signatures() const {
     return kSignatures;
 }
 
-bool LVImageCodec_Dicom::Decode(LVImage& image, const std::string& path, unsigned option1, unsigned,
-                                unsigned flags) const {
-    if (flags & kLoadThumbnail) return DecodeThumbnail(image, path);
+bool LVImageCodec_Dicom::Decode(LVImage& image, const std::string& path, unsigned frame, unsigned,
+                                unsigned loadFlags) const {
+    if (loadFlags & kLoadThumbnail) return DecodeThumbnail(image, path);
     std::vector<std::uint8_t> bytes;
-    return ReadImageFile(path, bytes, kModule) && DecodeDicom(bytes, false, option1, path, image);
+    return ReadImageFile(path, bytes, kModule) && DecodeDicom(bytes, false, frame, path, image);
 }
 
 bool LVImageCodec_Dicom::DecodeThumbnail(LVImage& image, const std::string& path) const {

@@ -14,9 +14,9 @@ public:
     unsigned FormatId() const override { return static_cast<unsigned>(LVImageFormat::Dicom); }
     // The twelve DICOM extensions.
     const char* const* Extensions() const override;
-    // Decode frame option1 of the main image, or the icon when flags has kLoadThumbnail.
-    bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                unsigned flags) const override;
+    // Decode the given frame of the main image, or the icon when loadFlags has kLoadThumbnail.
+    bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                unsigned loadFlags) const override;
     // True: a DICOM file carries a data set beside its pixels.
     bool CarriesDataSet() const override { return true; }
     // Decode the Icon Image Sequence item.

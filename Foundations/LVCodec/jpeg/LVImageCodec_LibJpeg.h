@@ -15,8 +15,8 @@ public:
     // jpg, jpeg, jpe.
     const char* const* Extensions() const override;
     // Decode the file.
-    bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                unsigned flags) const override;
+    bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                unsigned loadFlags) const override;
     // 0:FFD8.
     const LVImageSignature* Signatures() const override;
 };

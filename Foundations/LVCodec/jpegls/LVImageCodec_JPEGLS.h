@@ -22,8 +22,8 @@ public:
     // jls.
     const char* const* Extensions() const override;
     // Decode the file.
-    bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                unsigned flags) const override;
+    bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                unsigned loadFlags) const override;
     // 0:FFD8FFF7.
     const LVImageSignature* Signatures() const override;
 };

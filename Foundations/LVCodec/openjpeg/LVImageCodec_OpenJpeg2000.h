@@ -15,8 +15,8 @@ public:
     // j2k, jp2.
     const char* const* Extensions() const override;
     // Decode the file.
-    bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                unsigned flags) const override;
+    bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                unsigned loadFlags) const override;
     // 0:FF4FFF51; 0:0000000C6A007835 (kept as registered, not the standard JP2 signature box).
     const LVImageSignature* Signatures() const override;
 };

@@ -23,8 +23,8 @@ public:
     // png.
     const char* const* Extensions() const override;
     // Decode the file.
-    bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                unsigned flags) const override;
+    bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                unsigned loadFlags) const override;
     // 0:89504E470D0A1A0A.
     const LVImageSignature* Signatures() const override;
 };

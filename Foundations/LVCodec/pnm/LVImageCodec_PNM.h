@@ -15,8 +15,8 @@ public:
     // pnm, ppm, pgm, pbm, pam.
     const char* const* Extensions() const override;
     // Decode the file.
-    bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                unsigned flags) const override;
+    bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                unsigned loadFlags) const override;
     // Seven records, "P1" to "P7" at offset 0.
     const LVImageSignature* Signatures() const override;
 };

@@ -17,9 +17,9 @@ const LVImageSignature* LVImageCodec_LibTiff::Signatures() const {
     return kSignatures;
 }
 
-bool LVImageCodec_LibTiff::Decode(LVImage& image, const std::string& path, unsigned option1, unsigned,
+bool LVImageCodec_LibTiff::Decode(LVImage& image, const std::string& path, unsigned frame, unsigned,
                                   unsigned) const {
-    return DecodeTiffFile(path, option1, image);
+    return DecodeTiffFile(path, frame, image);
 }
 
 }  // namespace Lumivale::Imaging

@@ -14,9 +14,9 @@ public:
     unsigned FormatId() const override { return static_cast<unsigned>(LVImageFormat::Tiff); }
     // tif, tiff.
     const char* const* Extensions() const override;
-    // Decode page option1 of the file.
-    bool Decode(LVImage& image, const std::string& path, unsigned option1, unsigned option2,
-                unsigned flags) const override;
+    // Decode page frame of the file.
+    bool Decode(LVImage& image, const std::string& path, unsigned frame, unsigned codecOption,
+                unsigned loadFlags) const override;
     // 0:49492A00; 0:4D4D002A.
     const LVImageSignature* Signatures() const override;
 };

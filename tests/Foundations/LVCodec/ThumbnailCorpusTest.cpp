@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Lumivale::Imaging {
@@ -67,6 +68,9 @@ TEST(ThumbnailCorpusTest, IconEqualsAnIndependentDecoder) {
     for (const Case& c : Cases()) {
         SCOPED_TRACE(c.file);
         if (c.extendedJpeg && !HasExtendedJpeg()) continue;
+#ifdef DICAPSULE_WITHOUT_JPEGLS
+        if (std::string_view(c.file).starts_with("jls_")) continue;  // a build without CharLS refuses these
+#endif
         const std::string path = kCorpus + "/" + c.file;
         Golden golden;
         ASSERT_TRUE(ReadGolden(path + ".golden", golden));

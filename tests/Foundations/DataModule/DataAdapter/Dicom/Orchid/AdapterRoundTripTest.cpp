@@ -31,7 +31,10 @@ protected:
                      ("adapter-" + std::to_string(::getpid()) + "-" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
         std::filesystem::create_directories(directory_);
     }
-    void TearDown() override { std::filesystem::remove_all(directory_); }
+    void TearDown() override {
+        read_set = dm::PatientDataSet();  // its values may hold the packed file open, which Windows cannot remove
+        std::filesystem::remove_all(directory_);
+    }
 
     std::filesystem::path Path(const char* name) const { return directory_ / name; }
 
