@@ -67,7 +67,6 @@ void WriteSample(std::uint8_t* at, unsigned bytes, std::int64_t value) {
 
 void SetBufferAlignmentEnabled(bool enabled) { g_alignmentEnabled = enabled; }
 
-bool IsBufferAlignmentEnabled() { return g_alignmentEnabled; }
 
 LVBuffer2D::LVBuffer2D(std::int32_t width, std::int32_t height, unsigned planes, unsigned bits,
                        std::int64_t lineStride, bool isUnsigned)

@@ -21,8 +21,6 @@ struct LVBuffer2DInfo {
 
 // Turn the process-wide default alignment (32 bytes when on, 1 when off) on or off.
 void SetBufferAlignmentEnabled(bool enabled);
-// True when allocations with alignment 0 align to 32 bytes (the initial setting).
-bool IsBufferAlignmentEnabled();
 
 // A planar pixel buffer, owning or view.
 class LVBuffer2D {
@@ -63,8 +61,6 @@ public:
                       std::int32_t height) const;
     // Point plane `plane` at caller-managed memory (the caller keeps it alive).
     void SetPlaneAddress(std::uint8_t* address, unsigned plane);
-    // Set the line stride in bytes (for buffers described over caller-managed memory).
-    void SetLineStride(std::int64_t lineStride) { lineStride_ = lineStride; }
     // Mark the samples signed or unsigned without touching memory.
     void SetUnsigned(bool isUnsigned) { info_.type.isUnsigned = isUnsigned; }
     // Set the significant bits per sample without touching memory (the bytes per sample must stay the same).

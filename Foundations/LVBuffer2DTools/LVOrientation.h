@@ -44,9 +44,6 @@ public:
     void WriteRow(unsigned p, std::int32_t y, const std::uint8_t* samples) const;
     // Write stored sample (x, y) of plane p.
     void WriteSample(unsigned p, std::int32_t x, std::int32_t y, std::int64_t value) const;
-    // Stored width and height (the upright ones swapped for orientations 5 to 8).
-    std::int32_t StoredWidth() const { return storedWidth_; }
-    std::int32_t StoredHeight() const { return storedHeight_; }
 
 private:
     const LVBuffer2D& out_;

@@ -20,8 +20,4 @@ OutputEncoding::Enum OutputEncodingFromWord(std::string_view word) {
     return OutputEncoding::unknown;
 }
 
-std::string_view OutputEncodingWord(OutputEncoding::Enum encoding) {
-    return encoding < kWords.size() ? kWords[encoding] : kWords[0];
-}
-
 }  // namespace Lumivale::DataModule

@@ -22,7 +22,4 @@ struct OutputEncoding {
 // Trim " \t\r\n", lower-case, and compare with the encoding words; any other word gives unknown.
 OutputEncoding::Enum OutputEncodingFromWord(std::string_view word);
 
-// The lower-case word of an encoding ("unknown" for values outside the enumeration).
-std::string_view OutputEncodingWord(OutputEncoding::Enum encoding);
-
 }  // namespace Lumivale::DataModule

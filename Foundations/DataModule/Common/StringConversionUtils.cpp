@@ -73,7 +73,7 @@ void AppendUtf8(std::string& out, char32_t c) {
 
 }  // namespace
 
-std::string ToUtf8(std::u16string_view wide) {
+std::optional<std::string> TryToUtf8(std::u16string_view wide) {
     std::string out;
     out.reserve(wide.size());
     for (std::size_t i = 0; i < wide.size(); ++i) {
@@ -82,19 +82,19 @@ std::string ToUtf8(std::u16string_view wide) {
             c = 0x10000 + ((c - 0xD800) << 10) + (wide[i + 1] - 0xDC00);
             ++i;
         } else if (IsSurrogate(c)) {
-            throw std::runtime_error("Cannot encode to UTF-8 string.");
+            return std::nullopt;
         }
         AppendUtf8(out, c);
     }
     return out;
 }
 
-WString FromUtf8(std::string_view utf8) {
+std::optional<WString> TryFromUtf8(std::string_view utf8) {
     WString out;
     out.reserve(utf8.size());
     for (std::size_t pos = 0; pos < utf8.size();) {
         const std::optional<char32_t> c = DecodeOne(utf8, pos);
-        if (!c || *c > kMaxCodePoint) throw std::runtime_error("Cannot decode UTF-8 string.");
+        if (!c || *c > kMaxCodePoint) return std::nullopt;
         if (*c < 0x10000) {
             out += static_cast<char16_t>(*c);
         } else {
@@ -103,6 +103,18 @@ WString FromUtf8(std::string_view utf8) {
         }
     }
     return out;
+}
+
+std::string ToUtf8(std::u16string_view wide) {
+    std::optional<std::string> utf8 = TryToUtf8(wide);
+    if (!utf8) throw std::runtime_error("Cannot encode to UTF-8 string.");
+    return std::move(*utf8);
+}
+
+WString FromUtf8(std::string_view utf8) {
+    std::optional<WString> wide = TryFromUtf8(utf8);
+    if (!wide) throw std::runtime_error("Cannot decode UTF-8 string.");
+    return std::move(*wide);
 }
 
 bool IsValidUtf8(std::string_view utf8) noexcept {

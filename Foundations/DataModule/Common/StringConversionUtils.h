@@ -2,6 +2,7 @@
 // The program's only conversions between wide text (UTF-16, how text attributes are held) and
 // narrow text (always UTF-8: paths, option values, payload texts, trace strings).
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,11 @@ std::string ToUtf8(std::u16string_view wide);
 // ill-formed input: stray or missing continuation bytes, overlong forms, surrogates, values
 // above U+10FFFF. Nothing is ever substituted.
 WString FromUtf8(std::string_view utf8);
+
+// The same conversions for layers that report failure by their result rather than by throwing:
+// nullopt where ToUtf8 and FromUtf8 throw.
+std::optional<std::string> TryToUtf8(std::u16string_view wide);
+std::optional<WString> TryFromUtf8(std::string_view utf8);
 
 // True when the text is well-formed UTF-8 (the test FromUtf8 applies, without building the result).
 bool IsValidUtf8(std::string_view utf8) noexcept;

@@ -56,7 +56,6 @@ public:
     std::vector<SeriesDataRow*> SeriesOf(const StudyDataRow& study) const { return study_series_.ChildrenOf(study); }
     SeriesDataRow* FirstSeriesOf(const StudyDataRow& study) const { return study_series_.FirstChildOf(study); }
     StudyDataRow* StudyOf(const SeriesDataRow& series) const { return study_series_.ParentOf(series); }
-    std::vector<InstanceDataRow*> InstancesOf(const SeriesDataRow& series) const { return series_instances_.ChildrenOf(series); }
     InstanceDataRow* FirstInstanceOf(const SeriesDataRow& series) const { return series_instances_.FirstChildOf(series); }
     SeriesDataRow* SeriesOf(const InstanceDataRow& instance) const { return series_instances_.ParentOf(instance); }
     EquipmentDataRow* EquipmentOf(const SeriesDataRow& series) const { return series_equipment_.RightOf(series); }
@@ -67,7 +66,6 @@ public:
     StudyDataRow* FirstStudy() const { return studies_.Size() ? &studies_.At(0) : nullptr; }
     SeriesDataRow* FirstSeries() const { return series_.Size() ? &series_.At(0) : nullptr; }
     EquipmentDataRow* FirstEquipment() const { return equipments_.Size() ? &equipments_.At(0) : nullptr; }
-    InstanceDataRow* FirstInstance() const { return instances_.Size() ? &instances_.At(0) : nullptr; }
 
 private:
     DataTable<PatientDataRow> patients_{"Patients"};

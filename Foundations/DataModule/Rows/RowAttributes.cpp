@@ -71,15 +71,6 @@ bool IsAsciiDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool AllDigits(std::string_view text) { return !text.empty() && std::all_of(text.begin(), text.end(), IsAsciiDigit); }
 
-// Narrow text of a wide value; ToUtf8 throws on an unpaired surrogate, which reads as "no value".
-std::optional<std::string> Utf8OrNothing(std::u16string_view wide) {
-    try {
-        return ToUtf8(wide);
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
-}
-
 // ---------------------------------------------------------------------------------------------
 // Value codecs: each knows one value class, its VR, and how it reads and writes DICOM text.
 
@@ -88,7 +79,7 @@ template <const TextRule& Rule>
 struct TextCodec {
     static constexpr std::string_view kVr = Rule.vr;
     static bool IsSet(const WStringDataType& value) { return value.IsSet(); }
-    static std::optional<std::string> Get(const WStringDataType& value) { return Utf8OrNothing(value.Value()); }
+    static std::optional<std::string> Get(const WStringDataType& value) { return TryToUtf8(value.Value()); }
     static bool Set(WStringDataType& value, std::string_view text) {
         text = TrimForRule(text, Rule);
         if (text.empty()) {
@@ -105,15 +96,16 @@ struct MultiTextCodec {
     using Value = MultiCodedWStringDataType<unsigned int>;
     static constexpr std::string_view kVr = Rule.vr;
     static bool IsSet(const Value& value) { return !value.IsEmpty(); }
-    static std::optional<std::string> Get(const Value& value) { return Utf8OrNothing(value.Text()); }
+    static std::optional<std::string> Get(const Value& value) { return TryToUtf8(value.Text()); }
     static bool Set(Value& value, std::string_view text) {
         Value parsed;
         const std::vector<std::string> fields = SplitKeepingEmpty(TrimBlanks(text), '\\');
         for (std::size_t i = 0; i < fields.size(); ++i) {
             const std::string_view field = TrimForRule(fields[i], Rule);
             if (field.empty()) continue;
-            if (!IsValidTextValue(field, Rule)) return false;
-            parsed.Set(static_cast<unsigned int>(i), FromUtf8(field));
+            std::optional<WString> wide = IsValidTextValue(field, Rule) ? TryFromUtf8(field) : std::nullopt;
+            if (!wide) return false;
+            parsed.Set(static_cast<unsigned int>(i), std::move(*wide));
         }
         value = std::move(parsed);
         return true;
@@ -124,7 +116,7 @@ struct MultiTextCodec {
 struct AgeCodec {
     static constexpr std::string_view kVr = "AS";
     static bool IsSet(const WStringDataType& value) { return value.IsSet(); }
-    static std::optional<std::string> Get(const WStringDataType& value) { return Utf8OrNothing(value.Value()); }
+    static std::optional<std::string> Get(const WStringDataType& value) { return TryToUtf8(value.Value()); }
     static bool Set(WStringDataType& value, std::string_view text) {
         text = TrimBlanks(text);
         if (text.empty()) {
@@ -144,7 +136,7 @@ struct PersonNameCodec {
     static constexpr std::string_view kVr = "PN";
     static constexpr TextRule kGroupRule{"PN", 64, false};
     static bool IsSet(const PersonNameDataType& value) { return value.IsSet(); }
-    static std::optional<std::string> Get(const PersonNameDataType& value) { return Utf8OrNothing(value.Text()); }
+    static std::optional<std::string> Get(const PersonNameDataType& value) { return TryToUtf8(value.Text()); }
     static bool Set(PersonNameDataType& value, std::string_view text) {
         text = TrimTrailingSpaces(text);
         const std::vector<std::string> groups = SplitKeepingEmpty(text, '=');
@@ -155,7 +147,9 @@ struct PersonNameCodec {
                 return false;
             }
         }
-        value.SetFromText(FromUtf8(text));
+        std::optional<WString> wide = TryFromUtf8(text);
+        if (!wide) return false;
+        value.SetFromText(*wide);
         return true;
     }
 };
@@ -353,12 +347,7 @@ struct MemberAccess {
     }
     static bool Set(DataRow& row, std::string_view text) {
         Row* typed = dynamic_cast<Row*>(&row);
-        if (typed == nullptr) return false;
-        try {
-            return Codec::Set(typed->*Member, text);
-        } catch (const std::exception&) {
-            return false;  // allocation failure: this layer reports, it does not throw
-        }
+        return typed != nullptr && Codec::Set(typed->*Member, text);
     }
 };
 

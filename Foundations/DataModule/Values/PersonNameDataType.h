@@ -35,11 +35,6 @@ public:
                                      PersonNameRepresentation::Enum group = PersonNameRepresentation::Alphabetic) const {
         return groups_.at(group).Get(component);
     }
-    // Set one component.
-    void SetComponent(PersonNameComponent::Enum component, WString text,
-                      PersonNameRepresentation::Enum group = PersonNameRepresentation::Alphabetic) {
-        groups_.at(group).Set(component, std::move(text));
-    }
     // True when no component of any group is set.
     bool IsEmpty() const noexcept;
     // True when some component is set.

@@ -3,12 +3,12 @@
 namespace Lumivale::DataModule {
 
 bool WStringDataType::SetFromUtf8(std::string_view utf8) {
-    // Checked first so that this layer never throws on hostile text.
-    if (!IsValidUtf8(utf8)) return false;
-    Set(FromUtf8(utf8));
+    std::optional<WString> wide = TryFromUtf8(utf8);
+    if (!wide) return false;
+    Set(std::move(*wide));
     return true;
 }
 
-std::string WStringDataType::Utf8() const { return ToUtf8(value_); }
+std::optional<std::string> WStringDataType::Utf8() const { return TryToUtf8(value_); }
 
 }  // namespace Lumivale::DataModule

@@ -5,6 +5,7 @@
 #include "Foundations/DataModule/Values/CoreDataType.h"
 #include "Foundations/DataModule/Values/MultiDataType.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,8 +18,8 @@ public:
 
     // Set from UTF-8 text; false (value unchanged) when the text is not well-formed UTF-8.
     bool SetFromUtf8(std::string_view utf8);
-    // The value as UTF-8 ("" while empty). Throws like ToUtf8 on an unpaired surrogate.
-    std::string Utf8() const;
+    // The value as UTF-8 ("" while empty); nullopt when it holds an unpaired surrogate.
+    std::optional<std::string> Utf8() const;
 };
 
 // Multi-valued wide text indexed by I, with a separator-joined text form.

@@ -61,7 +61,6 @@ bool Matches(const SourceSignature& row, std::span<const std::uint8_t> head) {
 
 }  // namespace
 
-std::span<const SourceSignature> SourceSignatures() noexcept { return kSignatures; }
 
 std::size_t SourceSignatureReadLength() noexcept { return ComputeReadLength(); }
 

@@ -32,9 +32,6 @@ struct SourceSignature {
     SourceKind::Enum kind;      // the kind a match gives
 };
 
-// The signature table, in the order the rows are tried.
-std::span<const SourceSignature> SourceSignatures() noexcept;
-
 // Bytes a caller must read to test every row (the largest offset + length): 256.
 std::size_t SourceSignatureReadLength() noexcept;
 

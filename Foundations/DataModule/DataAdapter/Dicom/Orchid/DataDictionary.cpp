@@ -85,9 +85,6 @@ const DictionaryEntry& EntryByKeyword(std::string_view keyword) noexcept {
 }
 
 std::uint32_t TagNumber(Tag value) noexcept { return EntryByValue(value).tag; }
-std::string_view TagName(Tag value) noexcept { return EntryByValue(value).name; }
-std::string_view TagKeyword(Tag value) noexcept { return EntryByValue(value).keyword; }
 ValueRepresentation TagVR(Tag value) noexcept { return EntryByValue(value).vr; }
-ValueMultiplicity TagVM(Tag value) noexcept { return EntryByValue(value).vm; }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

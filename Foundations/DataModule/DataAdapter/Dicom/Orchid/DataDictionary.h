@@ -43,14 +43,8 @@ const DictionaryEntry& EntryByKeyword(std::string_view keyword) noexcept;
 
 // The tag number (gggg,eeee) of an enumeration value.
 std::uint32_t TagNumber(Tag value) noexcept;
-// The display name of an enumeration value.
-std::string_view TagName(Tag value) noexcept;
-// The keyword of an enumeration value.
-std::string_view TagKeyword(Tag value) noexcept;
 // The dictionary VR of an enumeration value.
 ValueRepresentation TagVR(Tag value) noexcept;
-// The dictionary VM of an enumeration value.
-ValueMultiplicity TagVM(Tag value) noexcept;
 
 // The tag number made of a group and an element number.
 constexpr std::uint32_t MakeTagNumber(std::uint16_t group, std::uint16_t element) noexcept {

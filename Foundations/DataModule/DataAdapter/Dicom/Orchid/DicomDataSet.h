@@ -38,14 +38,9 @@ public:
     ElementMap::const_iterator end() const noexcept { return elements_.end(); }
     // Sum of the encoded sizes of the nodes (the length of an item holding this set).
     std::uint64_t EncodedSize(StreamEncoding encoding) const;
-    // Stream offset of the item header this set was read from (0 for the root).
-    std::uint64_t ItemHeaderPosition() const noexcept { return itemHeaderPosition_; }
-    // Record the stream offset of the item header this set was read from.
-    void SetItemHeaderPosition(std::uint64_t position) noexcept { itemHeaderPosition_ = position; }
 
 private:
     ElementMap elements_;
-    std::uint64_t itemHeaderPosition_ = 0;
 };
 
 // A sequence element: an ordered list of items, each an owned data set or an empty slot.

@@ -57,9 +57,7 @@ bool DicomDataSetFillCallback::OpenItem(DicomDataSetElement& record) {
         return true;
     }
     if (sequences_.empty() || !InBareSequence()) return false;  // an item belongs straight in a sequence
-    DicomDataSet& item = sequences_.back()->AppendItem();
-    item.SetItemHeaderPosition(record.headerPosition);
-    items_.push_back(&item);
+    items_.push_back(&sequences_.back()->AppendItem());
     openItems_.push_back(true);
     return true;
 }

@@ -56,6 +56,18 @@ void DicomDataStream::ResetReadState() noexcept {
     pendingEnds_.clear();
     openNesting_ = 0;
     implicitScopes_.clear();
+    result_ = {};
+}
+
+bool DicomDataStream::Fail(std::string description, std::uint64_t offset, std::uint16_t group, std::uint16_t element) {
+    if (result_) result_ = {std::move(description), offset, group, element};
+    return false;
+}
+
+std::string DicomReadResult::Text() const {
+    std::string text = description + " at offset " + std::to_string(offset);
+    if (group != 0 || element != 0) text += " in TAG(" + Hex4(group) + "," + Hex4(element) + ")";
+    return text;
 }
 
 // ---------------------------------------------------------------- reading
@@ -118,19 +130,16 @@ bool DicomDataStream::ReadLength(DicomDataSetElement& record) {
 
 bool DicomDataStream::OpenNested(DicomDataSetElement& record) {
     if (++openNesting_ > 2 * options_.maxSequenceDepth) {
-        LV_TRACE(kModule, "Nesting deeper than %u sequences at offset %llu", options_.maxSequenceDepth,
-                 static_cast<unsigned long long>(record.headerPosition));
-        return false;
+        return Fail("Nesting deeper than " + std::to_string(options_.maxSequenceDepth) + " sequences",
+                    record.headerPosition, record.group, record.element);
     }
     if (record.valueLength == kUndefinedLength || !IsNesting(record.kind)) return true;
     const std::uint64_t rawEnd = Position() + record.valueLength;
     const std::uint64_t end = EvenLength(rawEnd);
     const std::uint64_t limit = pendingEnds_.empty() ? EvenLength(Size()) : pendingEnds_.back().offset;
     if (end > limit) {
-        LV_TRACE(kModule, "Length %u of TAG(%s,%s) at offset %llu runs past its container", record.valueLength,
-                 Hex4(record.group).c_str(), Hex4(record.element).c_str(),
-                 static_cast<unsigned long long>(record.headerPosition));
-        return false;
+        return Fail("Length " + std::to_string(record.valueLength) + " runs past its container", record.headerPosition,
+                    record.group, record.element);
     }
     const std::size_t depth = pendingEnds_.size();
     pendingEnds_.push_back({end, rawEnd, record.kind == DicomElementKind::Sequence ? DicomElementKind::SequenceDelimitation
@@ -140,7 +149,9 @@ bool DicomDataStream::OpenNested(DicomDataSetElement& record) {
 
 bool DicomDataStream::KeepInFile(DicomDataSetElement& record) {
     const std::uint64_t length = record.valueLength;
-    if (length > Size() - Position()) return false;
+    if (length > Size() - Position()) {
+        return Fail("Value runs past the end of the data", record.headerPosition, record.group, record.element);
+    }
     if (auto source = ValueSource()) {
         record.value.SetRegion(FileRegion{std::move(source), Position(), length,
                                           encoding_ == StreamEncoding::ExplicitBigEndian, VRUnitSize(record.vr)});
@@ -164,11 +175,9 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
         return KeepInFile(record);
     }
     if (record.valueLength > Size() - Position()) {
-        LV_TRACE(kModule, "Value length %u of TAG(%s,%s) at offset %llu exceeds the %llu bytes left",
-                 record.valueLength, Hex4(record.group).c_str(), Hex4(record.element).c_str(),
-                 static_cast<unsigned long long>(record.headerPosition),
-                 static_cast<unsigned long long>(Size() - Position()));
-        return false;
+        return Fail("Value length " + std::to_string(record.valueLength) + " exceeds the " +
+                        std::to_string(Size() - Position()) + " bytes left",
+                    record.headerPosition, record.group, record.element);
     }
     if (IsBulkPixelTag(record.group, record.element) ||
         (record.valueLength > options_.keepInFileAbove && ValueSource())) {
@@ -178,7 +187,9 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
     const unsigned unit = VRUnitSize(record.vr);
     // Whole units are put in host order; a trailing partial unit of a malformed value stays as read.
     const std::uint64_t whole = bytes.size() - bytes.size() % unit;
-    if (!ReadUnits(bytes.data(), whole, unit) || !ReadRaw(bytes.data() + whole, bytes.size() - whole)) return false;
+    if (!ReadUnits(bytes.data(), whole, unit) || !ReadRaw(bytes.data() + whole, bytes.size() - whole)) {
+        return Fail("Value cannot be read", record.headerPosition, record.group, record.element);
+    }
     if (record.vr == ValueRepresentation::UI && bytes.back() == ' ') bytes.back() = 0;
     record.value.SetBytes(std::move(bytes));
     return true;
@@ -187,8 +198,7 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
 bool DicomDataStream::ReadElement(DicomDataSetElement& record) {
     record.Clear();
     if (!ReadHeader(record) || !ReadLength(record)) {
-        LV_TRACE(kModule, "Truncated element header at offset %llu",
-                 static_cast<unsigned long long>(record.headerPosition));
+        Fail("Truncated element header", record.headerPosition);
         record.Clear();
         return false;
     }
@@ -242,9 +252,7 @@ bool DicomDataStream::EmitPendingEnds(CallbackHandler& handler, DicomDataSetElem
         // An odd length closes at the next even offset: step over the pad byte when it is there.
         if (Position() < pendingEnds_.back().offset && !AtEnd() && !Skip(1)) return false;
         if (Position() > pendingEnds_.back().offset) {
-            LV_TRACE(kModule, "Element at offset %llu crosses the end of its item or sequence",
-                     static_cast<unsigned long long>(Position()));
-            return false;
+            return Fail("Element crosses the end of its item or sequence", Position());
         }
         record.Clear();
         record.kind = pendingEnds_.back().kind;
@@ -254,7 +262,7 @@ bool DicomDataStream::EmitPendingEnds(CallbackHandler& handler, DicomDataSetElem
         record.headerPosition = record.valuePosition = Position();
         pendingEnds_.pop_back();
         TrackDelimitation(record);
-        if (!handler.ElementRead(record)) return false;
+        if (!handler.ElementRead(record)) return Fail("Delimitation not accepted", record.headerPosition);
     }
     return true;
 }
@@ -266,9 +274,7 @@ bool DicomDataStream::ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std
         if (AtEnd()) {
             // A sequence or item still open means the file was cut short, not a complete data set.
             if (openNesting_ == 0) return true;
-            LV_TRACE(kModule, "Stream ends at offset %llu inside %u open sequences or items",
-                     static_cast<unsigned long long>(Position()), openNesting_);
-            return false;
+            return Fail("Data ends inside " + std::to_string(openNesting_) + " open sequences or items", Position());
         }
         if (metaGroupOnly && pendingEnds_.empty()) {
             std::uint16_t group = 0;
@@ -276,7 +282,9 @@ bool DicomDataStream::ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std
         }
         if (!ReadElement(record)) return false;
         if (transferSyntax && record.TagNumber() == kTransferSyntaxTag) record.value.Load(*transferSyntax);
-        if (!handler.ElementRead(record)) return false;
+        if (!handler.ElementRead(record)) {
+            return Fail("Element not accepted by the data set", record.headerPosition, record.group, record.element);
+        }
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"
@@ -22,6 +23,18 @@ struct DicomReadOptions {
     std::uint64_t keepInFileAbove = std::uint64_t{1} << 20;
     // Deepest nesting of sequences accepted; deeper input fails the read.
     unsigned maxSequenceDepth = kMaxSequenceDepth;
+};
+
+// How a read ended: on failure, why and where, for the layer that reports it (as an XML parser's
+// result carries its status and offset). Only the first failure of a read is kept.
+struct DicomReadResult {
+    std::string description;               // empty when the read succeeded
+    std::uint64_t offset = 0;              // stream offset of the element (or position) concerned
+    std::uint16_t group = 0, element = 0;  // the element's tag; both 0 when none was concerned
+
+    explicit operator bool() const noexcept { return description.empty(); }
+    // "description at offset N" and, when a tag is known, " in TAG(gggg,eeee)".
+    std::string Text() const;
 };
 
 // Reads and writes elements over an abstract byte source or sink.
@@ -83,8 +96,12 @@ public:
     StreamEncoding Encoding() const noexcept { return encoding_; }
     // Change the reading options.
     void SetReadOptions(const DicomReadOptions& options) noexcept { options_ = options; }
-    // Forget the nesting state of a previous read.
+    // Forget the nesting state and the failure of a previous read.
     void ResetReadState() noexcept;
+    // How the reads so far went: the first failure, or success.
+    const DicomReadResult& ReadResult() const noexcept { return result_; }
+    // Record a failure of reading (the first one wins) and return false.
+    bool Fail(std::string description, std::uint64_t offset, std::uint16_t group = 0, std::uint16_t element = 0);
 
 private:
     struct PendingEnd {
@@ -129,6 +146,7 @@ private:
     std::vector<PendingEnd> pendingEnds_;
     std::vector<ImplicitScope> implicitScopes_;  // open UN elements of undefined length
     unsigned openNesting_ = 0;
+    DicomReadResult result_;
 };
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -222,8 +222,8 @@ bool ReadDicomFileIntoRows(const std::filesystem::path& path, PatientDataSet& se
     // With unwanted keys every value is left in the file and only the wanted ones are loaded, so
     // that an unwanted value is never read, however short.
     readOptions.keepInFileAbove = options.unwantedCustomDataKeys.empty() ? options.keepInFileAbove : 0;
-    if (!dcm::ReadDicomFile(path, dataSet, readOptions)) {
-        LV_TRACE(kModule, "%s cannot be read as a DICOM file", Portability::Utf8FromPath(path).c_str());
+    if (const dcm::DicomReadResult read = dcm::ReadDicomFile(path, dataSet, readOptions); !read) {
+        LV_TRACE(kModule, "%s cannot be read as a DICOM file: %s", Portability::Utf8FromPath(path).c_str(), read.Text().c_str());
         return false;
     }
     return ReadInstanceDataSet(dataSet, set, options, instance);

@@ -163,16 +163,16 @@ bool DicomFileDataStream::InflateRemainder() {
     return true;
 }
 
-bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options) {
+DicomReadResult ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options) {
     dataSet = DicomDataSet();
     DicomFileDataStream stream;
     stream.SetReadOptions(options);
     DicomDataSetFillCallback fill(dataSet);
-    if (!stream.OpenForReading(path)) return false;
-    if (ReadFileContent(stream, fill)) return true;
-    LV_TRACE(kModule, "Reading %s stopped at offset %llu", Portability::Utf8FromPath(path).c_str(),
-             static_cast<unsigned long long>(stream.Position()));
-    return false;
+    if (!stream.OpenForReading(path)) return {"The file cannot be opened"};
+    if (ReadFileContent(stream, fill)) return {};
+    DicomReadResult result = stream.ReadResult();
+    if (result) result = {"Reading stopped", stream.Position()};  // a source failure with no reason of its own
+    return result;
 }
 
 bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,

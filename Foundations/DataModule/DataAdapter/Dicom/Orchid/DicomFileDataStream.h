@@ -58,8 +58,8 @@ private:
     std::optional<Portability::AtomicFileWriter> writer_;  // writing
 };
 
-// Read a DICOM file into dataSet (which is cleared first); false when the file cannot be read.
-bool ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options = {});
+// Read a DICOM file into dataSet (which is cleared first); on failure, says why and where.
+DicomReadResult ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options = {});
 // Write dataSet as a DICOM file in the given data set encoding, taking path only on success (and,
 // with ExistingTarget::refuse, only when nothing is there by then).
 bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,

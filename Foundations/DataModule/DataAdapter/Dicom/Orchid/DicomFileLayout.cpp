@@ -96,8 +96,7 @@ bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& h
         return stream.InflateRemainder();
     }
     if (firstGroup != kMetaGroup && firstGroup != kFirstDataSetGroup) {
-        LV_TRACE(kModule, "Not a DICOM file: no \"DICM\" prefix and first group %04X", firstGroup);
-        return false;
+        return stream.Fail("Not a DICOM file: no \"DICM\" prefix and first group " + Portability::TraceFormat("%04X", firstGroup), 0);
     }
     const bool isExplicit = firstGroup == kMetaGroup || StartsWithExplicitVR(stream);
     stream.SetEncoding(isExplicit ? StreamEncoding::ExplicitLittleEndian : StreamEncoding::ImplicitLittleEndian);

@@ -31,8 +31,6 @@ public:
     bool IsInMemory() const noexcept {
         return std::holds_alternative<std::vector<std::uint8_t>>(holder_) || std::holds_alternative<ByteBuffer>(holder_);
     }
-    // True when the bytes are in a file region.
-    bool IsInFile() const noexcept { return std::holds_alternative<FileRegion>(holder_); }
     // Byte count of the value (0 when absent).
     std::uint64_t Size() const noexcept;
     // The bytes in memory, or an empty span for other holders.

@@ -35,10 +35,7 @@ const ValueMultiplicityRow& VMRow(ValueMultiplicity vm) noexcept {
     return index < kRows.size() ? kRows[index] : kRows[0];
 }
 
-int VMMinimum(ValueMultiplicity vm) noexcept { return VMRow(vm).minimum; }
 int VMMaximum(ValueMultiplicity vm) noexcept { return VMRow(vm).maximum; }
-std::string_view VMName(ValueMultiplicity vm) noexcept { return VMRow(vm).name; }
-std::string_view VMText(ValueMultiplicity vm) noexcept { return VMRow(vm).text; }
 bool VMIsMultiValued(ValueMultiplicity vm) noexcept { return VMRow(vm).maximum != 1; }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

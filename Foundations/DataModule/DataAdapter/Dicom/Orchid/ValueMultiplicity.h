@@ -31,14 +31,8 @@ inline constexpr int kValueMultiplicityCount = 19;
 
 // The row of a VM; an index outside the table yields the row of _1.
 const ValueMultiplicityRow& VMRow(ValueMultiplicity vm) noexcept;
-// Smallest number of values.
-int VMMinimum(ValueMultiplicity vm) noexcept;
 // Largest number of values, or a negative kVMUnbounded* code.
 int VMMaximum(ValueMultiplicity vm) noexcept;
-// Enumerator name, e.g. "_2_2n".
-std::string_view VMName(ValueMultiplicity vm) noexcept;
-// Display text, e.g. "2-2n".
-std::string_view VMText(ValueMultiplicity vm) noexcept;
 // True when the VM allows more than one value (its maximum is not 1).
 bool VMIsMultiValued(ValueMultiplicity vm) noexcept;
 

@@ -69,7 +69,6 @@ const ValueRepresentationRow& VRRow(ValueRepresentation vr) noexcept {
 std::string_view VRCode(ValueRepresentation vr) noexcept { return VRRow(vr).code; }
 std::string_view VRDisplayName(ValueRepresentation vr) noexcept { return VRRow(vr).displayName; }
 std::uint32_t VRMaxLength(ValueRepresentation vr) noexcept { return VRRow(vr).maxLength; }
-bool VRIsFixedLength(ValueRepresentation vr) noexcept { return VRRow(vr).fixedLength; }
 bool VRPadsToEven(ValueRepresentation vr) noexcept { return VRRow(vr).padToEven; }
 std::uint8_t VRPadByte(ValueRepresentation vr) noexcept { return VRRow(vr).padByte; }
 bool VRIsCharacterData(ValueRepresentation vr) noexcept { return VRRow(vr).characterData; }

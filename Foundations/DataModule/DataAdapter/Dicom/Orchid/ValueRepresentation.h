@@ -51,8 +51,6 @@ std::string_view VRCode(ValueRepresentation vr) noexcept;
 std::string_view VRDisplayName(ValueRepresentation vr) noexcept;
 // Maximum value length in bytes (kUnlimitedLength when unbounded).
 std::uint32_t VRMaxLength(ValueRepresentation vr) noexcept;
-// True when values have a fixed length.
-bool VRIsFixedLength(ValueRepresentation vr) noexcept;
 // True when odd-length values are padded to even length.
 bool VRPadsToEven(ValueRepresentation vr) noexcept;
 // The pad byte.

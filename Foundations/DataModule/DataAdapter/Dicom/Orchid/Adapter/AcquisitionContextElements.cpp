@@ -19,11 +19,8 @@ bool InsertText(dcm::DicomDataSet& item, Tag tag, VR vr, std::string_view utf8, 
 
 bool InsertWide(dcm::DicomDataSet& item, Tag tag, VR vr, const WStringDataType& wide, const MultiCharSetDataType& charset) {
     if (wide.IsEmpty()) return true;
-    try {
-        return InsertText(item, tag, vr, ToUtf8(wide.Value()), charset);
-    } catch (const std::exception&) {
-        return false;
-    }
+    const std::optional<std::string> utf8 = TryToUtf8(wide.Value());
+    return utf8 && InsertText(item, tag, vr, *utf8, charset);
 }
 
 bool InsertConcept(dcm::DicomDataSet& item, Tag sequenceTag, const CodedConcept& coded,

@@ -147,11 +147,9 @@ bool FetchElementText(const dcm::DicomDataSetElement& element, const MultiCharSe
     if (!dcm::VRCharacterSetApplies(element.vr)) return codec.FetchCharacters(utf8);
     std::u16string wide;
     if (!codec.FetchText(wide, charset)) return false;
-    try {
-        utf8 = ToUtf8(wide);
-    } catch (const std::exception&) {
-        return false;
-    }
+    std::optional<std::string> text = TryToUtf8(wide);
+    if (!text) return false;
+    utf8 = std::move(*text);
     return true;
 }
 

@@ -71,7 +71,8 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag, s
     dcm::DicomDataSet read;
     dcm::DicomDataSetFillCallback fill(read);
     if (items.size() >= dcm::kUndefinedLength || !stream.ReadElements(fill)) {
-        LV_TRACE(kModule, "The items of sequence TAG(%04X,%04X) do not read back", dcm::TagGroup(tag), dcm::TagElement(tag));
+        LV_TRACE(kModule, "The items of sequence TAG(%04X,%04X) do not read back: %s", dcm::TagGroup(tag),
+                 dcm::TagElement(tag), stream.ReadResult().Text().c_str());
         return nullptr;
     }
     std::unique_ptr<dcm::DicomDataSetElement> node = read.Release(tag);

@@ -23,11 +23,9 @@ public:
         ok_ = ok_ && element && dataSet_.Insert(std::move(element));
     }
     void Wide(Tag tag, VR vr, const std::u16string& wide) {
-        try {
-            Text(tag, vr, ToUtf8(wide));
-        } catch (const std::exception&) {
-            ok_ = false;
-        }
+        const std::optional<std::string> utf8 = TryToUtf8(wide);
+        if (utf8) Text(tag, vr, *utf8);
+        ok_ = ok_ && utf8;
     }
     bool Ok() const { return ok_; }
 

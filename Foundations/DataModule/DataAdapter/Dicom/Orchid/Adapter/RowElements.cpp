@@ -37,7 +37,6 @@ std::string TagText(std::uint32_t tag) {
 
 }  // namespace
 
-std::span<const RequiredAttribute> RequiredAttributes() noexcept { return kRequired; }
 
 bool InsertRowAttributes(dcm::DicomDataSet& dataSet, RowKind kind, const DataRow& row,
                          const MultiCharSetDataType& charset) {

@@ -16,10 +16,6 @@ struct RequiredAttribute {
     DicomCodecModule::ValueRepresentation vr;
 };
 
-// The type 1 and type 2 attributes of the Patient, General Study, General Series, General
-// Equipment and Raw Data modules that the rows may leave unset.
-std::span<const RequiredAttribute> RequiredAttributes() noexcept;
-
 // Insert the set members of a row, each through the row attribute table. False (with a trace line
 // naming the tag) when a value cannot be encoded in charset.
 bool InsertRowAttributes(DicomCodecModule::DicomDataSet& dataSet, RowKind kind, const DataRow& row,

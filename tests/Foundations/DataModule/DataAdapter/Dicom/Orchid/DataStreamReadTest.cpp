@@ -96,23 +96,33 @@ TEST(DataStreamRead, HostileInputFailsCleanly) {
     for (int i = 0; i < 200; ++i) {
         deep = Cat({deep, Header(kExplicit, 0x0008, 0x1032, "SQ", kUndefined), Item(kExplicit, kUndefined)});
     }
+    // Each failure says what went wrong, where, and in which element, for the layer that reports it.
     struct Case {
         const char* id;
         Bytes bytes;
+        const char* failure;
     };
     const Case cases[] = {
-        {"truncated header", Bytes{0x10, 0x00, 0x10}},
-        {"truncated length", Cat({TagBytes(kExplicit, 0x0010, 0x0010), Text("PN"), Bytes{4}})},
-        {"value longer than the file", Cat({Header(kExplicit, 0x0010, 0x0010, "LO", 0xFFF0), Text("AB")})},
-        {"huge OB length", Cat({Header(kExplicit, 0x0009, 0x1107, "OB", 0xFFFFFFF0), Text("AB")})},
-        {"sequence past the end", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", 64), Item(kExplicit, 0)})},
+        {"truncated header", Bytes{0x10, 0x00, 0x10}, "Truncated element header at offset 0"},
+        {"truncated length", Cat({TagBytes(kExplicit, 0x0010, 0x0010), Text("PN"), Bytes{4}}),
+         "Truncated element header at offset 0"},
+        {"value longer than the file", Cat({Header(kExplicit, 0x0010, 0x0010, "LO", 0xFFF0), Text("AB")}),
+         "Value length 65520 exceeds the 2 bytes left at offset 0 in TAG(0010,0010)"},
+        {"huge OB length", Cat({Header(kExplicit, 0x0009, 0x1107, "OB", 0xFFFFFFF0), Text("AB")}),
+         "Value length 4294967280 exceeds the 2 bytes left at offset 0 in TAG(0009,1107)"},
+        {"sequence past the end", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", 64), Item(kExplicit, 0)}),
+         "Length 64 runs past its container at offset 0 in TAG(0008,1032)"},
         {"item past its sequence", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", 8), Item(kExplicit, 10),
-                                        Element(kExplicit, 0x0010, 0x0010, "PN", "AB")})},
+                                        Element(kExplicit, 0x0010, 0x0010, "PN", "AB")}),
+         "Length 10 runs past its container at offset 12 in TAG(FFFE,E000)"},
         {"element crosses its item end", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", kUndefined), Item(kExplicit, 4),
-                                              Element(kExplicit, 0x0010, 0x0010, "PN", "ABCD")})},
-        {"too deep", deep},
-        {"stray item delimitation", ItemEnd(kExplicit)},
-        {"item outside a sequence", Cat({Item(kExplicit, kUndefined), ItemEnd(kExplicit)})},
+                                              Element(kExplicit, 0x0010, 0x0010, "PN", "ABCD")}),
+         "Element crosses the end of its item or sequence at offset 32"},
+        {"too deep", deep, "Nesting deeper than 64 sequences at offset 1280 in TAG(0008,1032)"},
+        {"stray item delimitation", ItemEnd(kExplicit),
+         "Element not accepted by the data set at offset 0 in TAG(FFFE,E00D)"},
+        {"item outside a sequence", Cat({Item(kExplicit, kUndefined), ItemEnd(kExplicit)}),
+         "Element not accepted by the data set at offset 0 in TAG(FFFE,E000)"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);
@@ -121,6 +131,8 @@ TEST(DataStreamRead, HostileInputFailsCleanly) {
         DicomDataSet dataSet;
         DicomDataSetFillCallback fill(dataSet);
         EXPECT_FALSE(stream.ReadElements(fill));
+        EXPECT_FALSE(stream.ReadResult());
+        EXPECT_EQ(stream.ReadResult().Text(), c.failure);
     }
 }
 
