@@ -1,4 +1,7 @@
-#include "Portability/Misc/InterruptCleanup.h"
+// The Linux side of InterruptCleanup: SIGINT, SIGTERM and SIGHUP remove the armed files, then end
+// the process as they would have without us.
+
+#include "Portability/Misc/InterruptCleanupSlots.h"
 
 #include <limits.h>
 #include <signal.h>
@@ -6,7 +9,6 @@
 
 #include <atomic>
 #include <cstring>
-#include <utility>
 
 namespace Portability::InterruptCleanup {
 
@@ -50,36 +52,25 @@ void InstallHandlers() {
 
 }  // namespace
 
-Entry::Entry(const std::string& path) {
-    if (path.size() >= PATH_MAX) return;
+namespace Slots {
+
+int Arm(const std::string& path) noexcept {
+    if (path.size() >= PATH_MAX) return -1;
     InstallHandlers();
     for (int index = 0; index < kSlots; ++index) {
         bool expected = false;
         if (!g_slots[index].claimed.compare_exchange_strong(expected, true)) continue;
         std::memcpy(g_slots[index].path, path.c_str(), path.size() + 1);
         g_slots[index].armed.store(true);
-        slot_ = index;
-        return;
+        return index;
     }
+    return -1;
 }
 
-Entry::~Entry() { Release(); }
-
-Entry::Entry(Entry&& other) noexcept : slot_(std::exchange(other.slot_, -1)) {}
-
-Entry& Entry::operator=(Entry&& other) noexcept {
-    if (this != &other) {
-        Release();
-        slot_ = std::exchange(other.slot_, -1);
-    }
-    return *this;
+void Release(int slot) noexcept {
+    g_slots[slot].armed.store(false);
+    g_slots[slot].claimed.store(false);
 }
 
-void Entry::Release() noexcept {
-    if (slot_ < 0) return;
-    g_slots[slot_].armed.store(false);
-    g_slots[slot_].claimed.store(false);
-    slot_ = -1;
-}
-
+}  // namespace Slots
 }  // namespace Portability::InterruptCleanup

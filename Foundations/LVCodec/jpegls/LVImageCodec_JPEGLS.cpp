@@ -112,17 +112,6 @@ bool DecodeJpegLs(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
     return true;
 }
 
-const char* const* LVImageCodec_JPEGLS::Extensions() const {
-    static constexpr const char* kExtensions[] = {"jls", nullptr};
-    return kExtensions;
-}
-
-const LVImageSignature* LVImageCodec_JPEGLS::Signatures() const {
-    static constexpr std::uint8_t kMagic[] = {0xFF, 0xD8, 0xFF, 0xF7};
-    static constexpr LVImageSignature kSignatures[] = {{0, 4, kMagic}, {}};
-    return kSignatures;
-}
-
 bool LVImageCodec_JPEGLS::Decode(LVImage& image, const std::string& path, unsigned, unsigned, unsigned) const {
     std::vector<std::uint8_t> bytes;
     return ReadImageFile(path, bytes, kModule) && DecodeJpegLs(bytes, image);

@@ -13,17 +13,6 @@ bool DecodeJpegLs(std::span<const std::uint8_t>, LVImageMemory&) {
     return false;
 }
 
-const char* const* LVImageCodec_JPEGLS::Extensions() const {
-    static constexpr const char* kExtensions[] = {"jls", nullptr};
-    return kExtensions;
-}
-
-const LVImageSignature* LVImageCodec_JPEGLS::Signatures() const {
-    static constexpr std::uint8_t kMagic[] = {0xFF, 0xD8, 0xFF, 0xF7};
-    static constexpr LVImageSignature kSignatures[] = {{0, 4, kMagic}, {}};
-    return kSignatures;
-}
-
 bool LVImageCodec_JPEGLS::Decode(LVImage&, const std::string&, unsigned, unsigned, unsigned) const {
     LV_TRACE("Module JPEGLS", "%s", "JPEG-LS decoding is not part of this build");
     return false;

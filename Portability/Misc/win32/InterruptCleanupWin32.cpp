@@ -2,7 +2,7 @@
 // Ctrl+C, Ctrl+Break, closing the console, log-off and shut-down, then lets the default handler
 // end the process. The handler runs on a thread of its own, so slots are guarded by atomics.
 
-#include "Portability/Misc/InterruptCleanup.h"
+#include "Portability/Misc/InterruptCleanupSlots.h"
 
 #include "Portability/Misc/win32/WideText.h"
 
@@ -10,7 +10,6 @@
 
 #include <atomic>
 #include <cwchar>
-#include <utility>
 
 namespace Portability::InterruptCleanup {
 
@@ -36,37 +35,26 @@ BOOL WINAPI RemoveArmedFiles(DWORD) {
 
 }  // namespace
 
-Entry::Entry(const std::string& path) {
+namespace Slots {
+
+int Arm(const std::string& path) noexcept {
     std::wstring wide;
-    if (!WideFromUtf8(path, wide) || wide.size() >= kMaxPath) return;
+    if (!WideFromUtf8(path, wide) || wide.size() >= kMaxPath) return -1;
     if (!g_handler_installed.exchange(true)) ::SetConsoleCtrlHandler(RemoveArmedFiles, TRUE);
     for (int index = 0; index < kSlots; ++index) {
         bool expected = false;
         if (!g_slots[index].claimed.compare_exchange_strong(expected, true)) continue;
         std::wmemcpy(g_slots[index].path, wide.c_str(), wide.size() + 1);
         g_slots[index].armed.store(true);
-        slot_ = index;
-        return;
+        return index;
     }
+    return -1;
 }
 
-Entry::~Entry() { Release(); }
-
-Entry::Entry(Entry&& other) noexcept : slot_(std::exchange(other.slot_, -1)) {}
-
-Entry& Entry::operator=(Entry&& other) noexcept {
-    if (this != &other) {
-        Release();
-        slot_ = std::exchange(other.slot_, -1);
-    }
-    return *this;
+void Release(int slot) noexcept {
+    g_slots[slot].armed.store(false);
+    g_slots[slot].claimed.store(false);
 }
 
-void Entry::Release() noexcept {
-    if (slot_ < 0) return;
-    g_slots[slot_].armed.store(false);
-    g_slots[slot_].claimed.store(false);
-    slot_ = -1;
-}
-
+}  // namespace Slots
 }  // namespace Portability::InterruptCleanup
