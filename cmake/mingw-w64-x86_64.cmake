@@ -39,5 +39,9 @@ set(Boost_USE_STATIC_RUNTIME ON)
 
 # Test programs run under wine, with a wine prefix of their own inside the build folder.
 # Arguments and file names cross between Linux and Windows as UTF-8 (wine reads them in the locale).
-set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/env LC_ALL=C.UTF-8 WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDEBUG=-all
-    /usr/lib/wine/wine64)
+# libgcc_s is loaded from the start: wine ends the threads still alive at process exit through
+# pthread_exit, whose first call loads libgcc_s; done while the main thread runs glibc's exit
+# handlers, that load makes the loader abort ("Inconsistency detected by ld.so", status 127) after
+# the program has finished, now and then when idle OpenMP workers are still there.
+set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/env LC_ALL=C.UTF-8 LD_PRELOAD=libgcc_s.so.1
+    WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDEBUG=-all /usr/lib/wine/wine64)
