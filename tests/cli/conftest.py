@@ -4,6 +4,7 @@ import pathlib
 import shlex
 import shutil
 import subprocess
+import sys
 
 import pytest
 
@@ -52,8 +53,15 @@ def run(tool, tmp_path):
                 program = copies / argv0.replace("\\", "/").rsplit("/", 1)[-1]
                 shutil.copyfile(tool, program)
             command, executable = [*RUNNER, str(program), *args], None
-        completed = subprocess.run(command, executable=executable, cwd=cwd or tmp_path,
-                                   capture_output=True, env=env, timeout=300)
+        for _ in range(2):
+            completed = subprocess.run(command, executable=executable, cwd=cwd or tmp_path,
+                                       capture_output=True, env=env, timeout=300)
+            if not (RUNNER and completed.returncode == 1 and not completed.stdout + completed.stderr):
+                break
+            # Under wine a program now and then ends with status 1 before writing anything (about
+            # once in 3,000 runs of these suites, never reproduced alone); the tool itself never
+            # fails without a message, so the run is made once more.
+            print(f"wine ended {args} with status 1 and no output; run again", file=sys.stderr)
         return Result(completed)
 
     return _run
