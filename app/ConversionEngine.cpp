@@ -11,8 +11,7 @@
 #include "Foundations/DataModule/Uid/UIDGenerator.h"
 #include "Foundations/DataModule/Uid/IdentitySource.h"
 #include "Foundations/DataModule/metadata/MetadataReader.h"
-#include "Foundations/LVCodec/LVImage.h"
-#include "Foundations/LVCodec/icon/IconImageBuilder.h"
+#include "Foundations/LVCodec/module/ThumbnailIcon.h"
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Utf8Path.h"
 
@@ -102,15 +101,12 @@ void ChooseCharacterSet(dm::OutputEncoding::Enum encoding, const dm::MetadataRow
 }
 
 ConversionResult AttachThumbnail(const ConversionRequest& request, dm::InstanceDataRow& instance) {
-    Lumivale::Imaging::LVImage image;
-    if (!Lumivale::Imaging::LoadThumbnail(*request.thumbnail, image)) return ConversionResult::thumbnail_not_loaded;
-    // The icon keeps the thumbnail's own size and depth: the builder's reduction is switched off
-    // for the build and switched on again afterwards, whatever the outcome.
-    instance.icon_image.reduce = false;
-    // The image is not needed once its pixels are in the icon: the builder may give it back as it copies.
-    const bool inserted = Lumivale::Imaging::SetIconImage(instance.icon_image, std::move(image));
-    instance.icon_image.reduce = true;
-    if (!inserted) return ConversionResult::thumbnail_not_inserted;
+    using Lumivale::Imaging::ThumbnailIconResult;
+    switch (Lumivale::Imaging::InsertThumbnailIcon(*request.thumbnail, instance.icon_image)) {
+        case ThumbnailIconResult::not_loaded: return ConversionResult::thumbnail_not_loaded;
+        case ThumbnailIconResult::not_inserted: return ConversionResult::thumbnail_not_inserted;
+        case ThumbnailIconResult::inserted: break;
+    }
     instance.duplicate_icon_as_image = request.hackforbmpacs;
     return ConversionResult::written;
 }

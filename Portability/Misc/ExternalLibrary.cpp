@@ -29,7 +29,8 @@ bool ExternalLibrary::Open(const std::string& path) {
     if (handle_ == nullptr) LV_TRACE("ExternalLibrary", "Cannot load %s: error %lu", path.c_str(), GetLastError());
 #else
     // Local binding: the library's own dependencies must not resolve symbols of this program.
-    handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // Never unloaded: what a library keeps in its static data stays valid until the process ends.
+    handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (handle_ == nullptr) LV_TRACE("ExternalLibrary", "Cannot load %s: %s", path.c_str(), dlerror());
 #endif
     return handle_ != nullptr;

@@ -6,7 +6,8 @@
 
 namespace Portability {
 
-// Owns one loaded library; unloads it when destroyed.
+// Owns one loaded library and releases it when destroyed; on Linux its code and static data stay
+// mapped until the process ends (what it allocated may still be referenced then).
 class ExternalLibrary {
 public:
     ExternalLibrary() = default;

@@ -22,6 +22,7 @@ LAYERS = [
     "Foundations/LVBuffer2DTools",
     "Foundations/BufferTools",
     "Foundations/LVCodec",
+    "Foundations/LVCodec/module",
     "cmdline",
     "app",
 ]
