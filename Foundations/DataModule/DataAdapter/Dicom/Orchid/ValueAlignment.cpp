@@ -33,17 +33,22 @@ public:
         return true;
     }
     bool WriteRegion(const FileRegion& region) override {
-        if (!found_ && region.length >= minimum_) found_ = position_;
+        if (!found_ && region.length >= minimum_) {
+            found_ = position_;
+            length_ = region.length;
+        }
         position_ += region.length;
         return true;
     }
 
     std::optional<std::uint64_t> Found() const { return found_; }
+    std::uint64_t FoundLength() const { return length_; }
 
 private:
     std::uint64_t minimum_;
     std::uint64_t position_ = 0;
     std::optional<std::uint64_t> found_;
+    std::uint64_t length_ = 0;
 };
 
 void RemovePadding(DicomDataSet& dataSet) {
@@ -62,10 +67,14 @@ std::optional<std::uint64_t> LargeValueFileOffset(const DicomDataSet& dataSet, S
 }
 
 bool AlignLargeValue(DicomDataSet& dataSet, StreamEncoding encoding, std::string_view creatorUid,
-                     std::uint64_t minimum, std::uint64_t block) {
+                     std::uint64_t minimum) {
     RemovePadding(dataSet);
-    const std::optional<std::uint64_t> unpadded = LargeValueFileOffset(dataSet, encoding, minimum);
-    if (!unpadded || *unpadded % block == 0 || block % 2 != 0) return true;
+    OffsetProbe probe(minimum);
+    probe.SetEncoding(encoding);
+    const std::optional<std::uint64_t> unpadded =
+        WriteFileContent(probe, dataSet) ? probe.Found() : std::nullopt;
+    const std::uint64_t block = ValueBlockSize(probe.FoundLength());
+    if (!unpadded || *unpadded % block == 0) return true;
     if (dataSet.Find(Tag::TransferSyntaxUID) == nullptr || creatorUid.empty()) {
         LV_TRACE(kModule, "%s", "No file meta group to pad: the large value stays where it falls");
         return false;

@@ -60,7 +60,7 @@ Bytes ReadAll(const fs::path& path) {
 TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
     const fs::path dir = fs::temp_directory_path() / ("value-alignment-" + std::to_string(::getpid()));
     fs::create_directories(dir);
-    const std::size_t payloads[] = {1000, 65534, 65536, 65537, 65536 + 4096, 300001};
+    const std::size_t payloads[] = {1000, 65534, 65536, 65537, 65536 + 4096, 300001, kLargeValueBlockMinimum + 2};
     const std::size_t fillers[] = {0, 2, 4000, 4080, 4094, 9000};
     for (const std::size_t payload : payloads) {
         const Bytes content = Distinct(payload);
@@ -80,7 +80,7 @@ TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
             EXPECT_TRUE(std::equal(content.begin(), content.end(), found));
 
             const bool large = payload >= kAlignedValueMinimum;
-            EXPECT_TRUE(!large || offset % kValueBlockSize == 0);
+            EXPECT_TRUE(!large || offset % ValueBlockSize(payload) == 0);
             EXPECT_TRUE(large || set.Find(Tag::PrivateInformation) == nullptr);
             EXPECT_EQ(LargeValueFileOffset(set, StreamEncoding::ExplicitLittleEndian), large ? std::optional(offset) : std::nullopt);
 
