@@ -88,6 +88,16 @@ def test_thumbnail_becomes_the_icon(pack, tmp_path, name, make, hack):
         assert not any(k in ds for k in IMAGE_PIXEL_KEYWORDS)
 
 
+@pytest.mark.parametrize("name", ["rgb.png", "rgb.jpg", "rgb.tif", "rgb.bmp", "rgb.ppm", "rgb.jp2"])
+def test_thumbnail_in_a_folder_with_a_non_ascii_name(pack, tmp_path, name):
+    dict(THUMBNAILS)[name](tmp_path)
+    (tmp_path / "aperçu").mkdir()
+    (tmp_path / name).rename(tmp_path / "aperçu" / name)
+    ds = pydicom.dcmread(pack("-m", METADATA, "-t", f"aperçu/{name}"))
+    pixels = expected_pixels(tmp_path / "aperçu" / name)[2]
+    assert ds.IconImageSequence[0].PixelData == pixels + b"\0" * (len(pixels) % 2)
+
+
 @pytest.mark.parametrize("name,orientation", [("photo.jpg", 6), ("photo.jpeg", 8), ("page.tif", 7), ("page.tiff", 3)])
 def test_turned_thumbnail_is_stored_upright(pack, tmp_path, name, orientation):
     """EXIF orientation of a photo and the TIFF Orientation tag both turn the icon upright."""

@@ -4,6 +4,7 @@
 #include "Foundations/LVCodec/ImageFile.h"
 #include "Foundations/LVCodec/LVImage.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <bit>
 #include <cstdio>
@@ -140,7 +141,7 @@ const LVImageSignature* LVImageCodec_LibPNG::Signatures() const {
 }
 
 bool LVImageCodec_LibPNG::Decode(LVImage& image, const std::string& path, unsigned, unsigned, unsigned) const {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(Portability::OpenUtf8File(path, "rb"), std::fclose);
     if (!file) {
         LV_TRACE(kModule, "Cannot open %s", path.c_str());
         return false;
