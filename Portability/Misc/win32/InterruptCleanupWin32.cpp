@@ -9,27 +9,18 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cwchar>
 
 namespace Portability::InterruptCleanup {
 
 namespace {
 
-constexpr int kSlots = 8;
 constexpr std::size_t kMaxPath = 1024;
 
-struct Slot {
-    std::atomic<bool> claimed{false};
-    std::atomic<bool> armed{false};
-    wchar_t path[kMaxPath] = {};
-};
-Slot g_slots[kSlots];
+SlotTable<wchar_t, kMaxPath> g_slots;
 std::atomic<bool> g_handler_installed{false};
 
 BOOL WINAPI RemoveArmedFiles(DWORD) {
-    for (Slot& slot : g_slots) {
-        if (slot.armed.load()) ::DeleteFileW(slot.path);
-    }
+    g_slots.RemoveArmed([](const wchar_t* path) { ::DeleteFileW(path); });
     return FALSE;  // the next handler (by default, the one that ends the process) runs as usual
 }
 
@@ -39,22 +30,12 @@ namespace Slots {
 
 int Arm(const std::string& path) noexcept {
     std::wstring wide;
-    if (!WideFromUtf8(path, wide) || wide.size() >= kMaxPath) return -1;
+    if (!WideFromUtf8(path, wide)) return -1;
     if (!g_handler_installed.exchange(true)) ::SetConsoleCtrlHandler(RemoveArmedFiles, TRUE);
-    for (int index = 0; index < kSlots; ++index) {
-        bool expected = false;
-        if (!g_slots[index].claimed.compare_exchange_strong(expected, true)) continue;
-        std::wmemcpy(g_slots[index].path, wide.c_str(), wide.size() + 1);
-        g_slots[index].armed.store(true);
-        return index;
-    }
-    return -1;
+    return g_slots.Arm(wide.c_str(), wide.size());
 }
 
-void Release(int slot) noexcept {
-    g_slots[slot].armed.store(false);
-    g_slots[slot].claimed.store(false);
-}
+void Release(int slot) noexcept { g_slots.Release(slot); }
 
 }  // namespace Slots
 }  // namespace Portability::InterruptCleanup
