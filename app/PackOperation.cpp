@@ -53,7 +53,7 @@ Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input, Portability:
         default:
             throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ".");
     }
-    return Lumivale::DataModule::ByteBuffer::OfFileRegion({Portability::PathFromUtf8(file.ReadablePath()), 0, file.Size()});
+    return Lumivale::DataModule::ByteBuffer::OfFileRegion({file.File(), 0, file.Size()});
 }
 
 // A modality given on the command line must be one of the defined terms (case and blanks aside).

@@ -6,13 +6,6 @@
 
 #include <boost/filesystem/operations.hpp>
 
-#ifdef _WIN32
-#include "Portability/Misc/win32/PosixFiles.h"
-#else
-#include <fcntl.h>
-#include <unistd.h>
-#endif
-
 #include <stdexcept>
 
 namespace Dicapsule {
@@ -38,11 +31,7 @@ std::string ReadFailure(PayloadReadResult result, const std::string& input) {
 // Copy the content into the writer: straight from the packed file when it stayed there.
 bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::AtomicFileWriter& writer) {
     if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
-        const int fd = ::open(region->path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (fd < 0) return false;
-        const bool copied = writer.CopyFrom(fd, region->offset, region->length);
-        ::close(fd);
-        return copied;
+        return region->IsInsideFile() && writer.CopyFrom(region->file->Descriptor(), region->offset, region->length);
     }
     const auto bytes = content.MemoryBytes();
     return writer.Write(bytes.data(), bytes.size());

@@ -1,27 +1,24 @@
 #include "Foundations/LVCodec/ImageFile.h"
 
 #include "Portability/Misc/DebugTrace.h"
-#include "Portability/Misc/Utf8Path.h"
+#include "Portability/Misc/OpenFile.h"
 
-#include <fstream>
 #include <limits>
 
 namespace Lumivale::Imaging {
 
 bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module) {
-    std::ifstream stream(Portability::PathFromUtf8(path), std::ios::binary | std::ios::ate);
-    if (!stream) {
+    const std::shared_ptr<Portability::OpenFile> file = Portability::OpenFile::Open(path);
+    if (!file) {
         LV_TRACE(module, "Cannot open %s", path.c_str());
         return false;
     }
-    const std::streamoff size = stream.tellg();
-    if (size < 0 || static_cast<std::uint64_t>(size) > kMaxImageFileBytes) {
-        LV_TRACE(module, "Cannot read %s: size %lld", path.c_str(), static_cast<long long>(size));
+    if (file->Size() > kMaxImageFileBytes) {
+        LV_TRACE(module, "Cannot read %s: size %llu", path.c_str(), static_cast<unsigned long long>(file->Size()));
         return false;
     }
-    bytes.resize(static_cast<std::size_t>(size));
-    stream.seekg(0);
-    if (!stream.read(reinterpret_cast<char*>(bytes.data()), size)) {
+    bytes.resize(static_cast<std::size_t>(file->Size()));
+    if (!file->ReadAt(bytes.data(), bytes.size(), 0)) {
         LV_TRACE(module, "Cannot read %s", path.c_str());
         return false;
     }

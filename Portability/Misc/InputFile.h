@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "Portability/Misc/OpenFile.h"
+
 namespace Portability {
 
 class InputFile {
@@ -25,16 +27,17 @@ public:
 
     // Open path; a copied input is read up to max_size bytes (one more byte fails as too_large).
     Status Open(const std::string& path, std::uint64_t max_size);
-    // A path that opens the same file while this object lives, even if the input's own name has
-    // meanwhile been renamed or replaced (where the platform allows).
-    const std::string& ReadablePath() const noexcept { return readable_path_; }
-    // Size in bytes.
+    // The input, open for reading (null unless Open succeeded); shared with whatever keeps reading
+    // it after this object is gone.
+    const std::shared_ptr<OpenFile>& File() const noexcept { return file_; }
+    // Size in bytes (of what was read when the input was too large).
     std::uint64_t Size() const noexcept { return size_; }
 
 private:
-    struct Handle;  // the platform's open file
-    std::unique_ptr<Handle> handle_;
-    std::string readable_path_;
+    // Copy a stream (a pipe, a console) open at path into a scratch file: the platform's part.
+    Status CopyStream(const std::string& path, std::uint64_t max_size);
+
+    std::shared_ptr<OpenFile> file_;
     std::uint64_t size_ = 0;
 };
 

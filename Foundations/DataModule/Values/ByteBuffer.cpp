@@ -1,10 +1,8 @@
 #include "Foundations/DataModule/Values/ByteBuffer.h"
 
 #include "Portability/Misc/DebugTrace.h"
-#include "Portability/Misc/Utf8Path.h"
 
 #include <cstring>
-#include <fstream>
 #include <limits>
 #include <new>
 
@@ -17,25 +15,19 @@ constexpr std::uint64_t kMaxMemoryLength = std::numeric_limits<std::size_t>::max
 
 // The region's bytes, checked against the file's size before anything is allocated.
 bool ReadFileRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
-    std::error_code error;
-    const std::uint64_t file_size = std::filesystem::file_size(region.path, error);
-    if (error || region.offset > file_size || region.length > file_size - region.offset) {
+    if (!region.IsInsideFile()) {
         LV_TRACE("Module DataModule", "File region [%llu, +%llu) is not inside %s",
                  static_cast<unsigned long long>(region.offset), static_cast<unsigned long long>(region.length),
-                 Portability::Utf8FromPath(region.path).c_str());
+                 region.file ? region.file->Path().c_str() : "(no file)");
         return false;
     }
-    std::ifstream file(region.path, std::ios::binary);
-    if (!file) return false;
     try {
         out.assign(static_cast<std::size_t>(region.length), 0);
     } catch (const std::bad_alloc&) {
         return false;
     }
-    file.seekg(static_cast<std::streamoff>(region.offset));
-    file.read(reinterpret_cast<char*>(out.data()), static_cast<std::streamsize>(region.length));
-    if (static_cast<std::uint64_t>(file.gcount()) != region.length) {
-        LV_TRACE("Module DataModule", "File region of %s ends early", Portability::Utf8FromPath(region.path).c_str());
+    if (!region.file->ReadAt(out.data(), region.length, region.offset)) {
+        LV_TRACE("Module DataModule", "File region of %s cannot be read", region.file->Path().c_str());
         out.clear();
         return false;
     }

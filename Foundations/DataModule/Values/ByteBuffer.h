@@ -4,23 +4,26 @@
 // payload can travel from file to file without being loaded.
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <span>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "Portability/Misc/OpenFile.h"
+
 namespace Lumivale::DataModule {
 
-// A region of a file: length bytes from offset.
+// A region of an open file: length bytes from offset. The file stays open while a region refers
+// to it, so a file without a name of its own (a piped input, an inflated data set) lives as long.
 struct FileRegion {
-    std::filesystem::path path;
+    std::shared_ptr<const Portability::OpenFile> file;
     std::uint64_t offset = 0;
     std::uint64_t length = 0;
-    // Keeps the file open while the region lives, for a file without a name of its own (an
-    // inflated data set), which path then reaches through this process's open descriptors.
-    std::shared_ptr<const void> keep_open{};
+    // True when the region lies inside its file.
+    bool IsInsideFile() const noexcept {
+        return file && offset <= file->Size() && length <= file->Size() - offset;
+    }
 };
 
 // Shared, reference-counted byte buffer value. Copies refer to the same record.

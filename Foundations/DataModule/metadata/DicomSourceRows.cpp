@@ -4,12 +4,12 @@
 
 namespace Lumivale::DataModule {
 
-bool ReadDicomSourceRows(const std::filesystem::path& path, PatientDataSet& set) {
+bool ReadDicomSourceRows(const std::shared_ptr<const Portability::OpenFile>& file, PatientDataSet& set) {
     // The file adapter reads the rows exactly as it reads packed files: text decoded through the
     // source's Specific Character Set, unreadable values left out with a trace line.
     DataAdapterModule::DicomFileReadOptions options;
     InstanceDataRow* instance = nullptr;
-    return DataAdapterModule::ReadDicomFileIntoRows(path, set, options, instance);
+    return DataAdapterModule::ReadDicomFileIntoRows(file, set, options, instance);
 }
 
 }  // namespace Lumivale::DataModule

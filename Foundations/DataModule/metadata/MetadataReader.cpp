@@ -9,8 +9,7 @@
 
 #include <pugixml.hpp>
 
-#include <fstream>
-#include <iterator>
+#include <filesystem>
 #include <system_error>
 
 namespace Lumivale::DataModule {
@@ -32,14 +31,10 @@ std::filesystem::path PathOf(const std::string& source_utf8) {
     return std::filesystem::path(std::u8string(source_utf8.begin(), source_utf8.end()));
 }
 
-bool ReadWholeFile(const std::filesystem::path& path, std::string& text) {
-    std::error_code error;
-    const std::uintmax_t size = std::filesystem::file_size(path, error);
-    if (error || size > kMaxDocumentSize) return false;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return false;
-    text.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    return !file.bad();
+bool ReadWholeFile(const Portability::OpenFile& file, std::string& text) {
+    if (file.Size() > kMaxDocumentSize) return false;
+    text.assign(static_cast<std::size_t>(file.Size()), '\0');
+    return file.ReadAt(text.data(), text.size(), 0);
 }
 
 // The source's Specific Character Set as the output's default, without the terms this program
@@ -153,15 +148,17 @@ bool LoadMetadata(PatientDataSet& set, const std::string& source_utf8, const dat
         if (!text.empty() && text.front() == '<') return BuildRowsFromEditionDocument(set, text, stamp, instance_class, rows);
         return Fail("no such file", source_utf8);
     }
+    // Opened once: its head says what it is, and the same open file is then read whole.
+    const std::shared_ptr<const Portability::OpenFile> file = Portability::OpenFile::Open(source_utf8);
     std::vector<std::uint8_t> head;
-    if (!ReadSourceHead(path, head)) return Fail("cannot read", source_utf8);
+    if (!file || !ReadSourceHead(*file, head)) return Fail("cannot read", source_utf8);
     if (DetectSourceKind(head) == SourceKind::Dicom) {
         PatientDataSet source;
-        if (!read_dicom || !read_dicom(path, source)) return Fail("not a readable DICOM file", source_utf8);
+        if (!read_dicom || !read_dicom(file, source)) return Fail("not a readable DICOM file", source_utf8);
         return BuildRowsFromDicomSource(set, source, stamp, instance_class, rows);
     }
     std::string document;
-    if (!ReadWholeFile(path, document)) return Fail("cannot read", source_utf8);
+    if (!ReadWholeFile(*file, document)) return Fail("cannot read", source_utf8);
     return BuildRowsFromEditionDocument(set, document, stamp, instance_class, rows);
 }
 

@@ -1,7 +1,6 @@
 #include "Foundations/DataModule/metadata/SourceSignature.h"
 
 #include <algorithm>
-#include <fstream>
 
 namespace Lumivale::DataModule {
 
@@ -71,14 +70,9 @@ SourceKind::Enum DetectSourceKind(std::span<const std::uint8_t> head) noexcept {
     return SourceKind::Unrecognised;
 }
 
-bool ReadSourceHead(const std::filesystem::path& path, std::vector<std::uint8_t>& head) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return false;
-    head.assign(SourceSignatureReadLength(), 0);
-    file.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));
-    if (file.bad()) return false;
-    head.resize(static_cast<std::size_t>(file.gcount()));
-    return true;
+bool ReadSourceHead(const Portability::OpenFile& file, std::vector<std::uint8_t>& head) {
+    head.assign(std::min<std::uint64_t>(SourceSignatureReadLength(), file.Size()), 0);
+    return file.ReadAt(head.data(), head.size(), 0);
 }
 
 }  // namespace Lumivale::DataModule

@@ -4,10 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <span>
 #include <string_view>
 #include <vector>
+
+#include "Portability/Misc/OpenFile.h"
 
 namespace Lumivale::DataModule {
 
@@ -39,7 +40,7 @@ std::size_t SourceSignatureReadLength() noexcept;
 // fit in it); Unrecognised when none does.
 SourceKind::Enum DetectSourceKind(std::span<const std::uint8_t> head) noexcept;
 
-// Read up to SourceSignatureReadLength() bytes from the start of a file; false when it cannot be opened or read.
-bool ReadSourceHead(const std::filesystem::path& path, std::vector<std::uint8_t>& head);
+// Read up to SourceSignatureReadLength() bytes from the start of a file; false when they cannot be read.
+bool ReadSourceHead(const Portability::OpenFile& file, std::vector<std::uint8_t>& head);
 
 }  // namespace Lumivale::DataModule

@@ -233,9 +233,9 @@ TEST(ByteBufferValue, MemoryAndFileRegionsAreExplicit) {
     EXPECT_TRUE(ByteBuffer::CopyOf({}).IsEmpty());
     EXPECT_FALSE(ByteBuffer::Allocate(~std::uint64_t{0}).HasBuffer());
 
-    const std::filesystem::path path = std::filesystem::temp_directory_path() / "dicapsule_values_region.bin";
-    std::ofstream(path, std::ios::binary).write("abcdefgh", 8);
-    const ByteBuffer region = ByteBuffer::OfFileRegion({path, 2, 4});
+    const std::shared_ptr<Portability::OpenFile> file = Portability::OpenFile::OpenTemporary();
+    ASSERT_TRUE(file && file->Append("abcdefgh", 8));
+    const ByteBuffer region = ByteBuffer::OfFileRegion({file, 2, 4});
     EXPECT_TRUE(region.IsFileRegion());
     EXPECT_TRUE(region.MemoryBytes().empty());
     std::vector<std::uint8_t> read;
@@ -243,9 +243,9 @@ TEST(ByteBufferValue, MemoryAndFileRegionsAreExplicit) {
     EXPECT_EQ(std::string(read.begin(), read.end()), "cdef");
     std::string text;
     EXPECT_FALSE(region.ReadText(text));
-    EXPECT_FALSE(ByteBuffer::OfFileRegion({path, 6, 3}).ReadAll(read)) << "region past the end";
-    EXPECT_FALSE(ByteBuffer::OfFileRegion({path, ~std::uint64_t{0}, 2}).ReadAll(read));
-    std::filesystem::remove(path);
+    EXPECT_FALSE(ByteBuffer::OfFileRegion({file, 6, 3}).ReadAll(read)) << "region past the end";
+    EXPECT_FALSE(ByteBuffer::OfFileRegion({file, ~std::uint64_t{0}, 2}).ReadAll(read));
+    EXPECT_FALSE(ByteBuffer::OfFileRegion({nullptr, 0, 0}).ReadAll(read));
 }
 
 }  // namespace

@@ -153,7 +153,7 @@ bool DicomDataStream::KeepInFile(DicomDataSetElement& record) {
         return Fail("Value runs past the end of the data", record.headerPosition, record.group, record.element);
     }
     if (auto source = ValueSource()) {
-        record.value.SetRegion(FileRegion{std::move(source), Position(), length,
+        record.value.SetRegion(FileRegion{{std::move(source), Position(), length},
                                           encoding_ == StreamEncoding::ExplicitBigEndian, VRUnitSize(record.vr)});
     }
     return Skip(length);

@@ -70,7 +70,7 @@ public:
     // Total byte count of the source being read.
     virtual std::uint64_t Size() const = 0;
     // The file that read values may stay in, or null when values must be loaded.
-    virtual std::shared_ptr<const RegionSource> ValueSource() const { return nullptr; }
+    virtual std::shared_ptr<const Portability::OpenFile> ValueSource() const { return nullptr; }
     // Append a file region's bytes, in the unit order of the current encoding.
     virtual bool WriteRegion(const FileRegion& region);
     // Replace what remains to be read (raw deflate data) by its inflation and go to its first

@@ -214,16 +214,17 @@ bool ReadInstanceDataSet(const dcm::DicomDataSet& dataSet, PatientDataSet& set, 
     return true;
 }
 
-bool ReadDicomFileIntoRows(const std::filesystem::path& path, PatientDataSet& set, const DicomFileReadOptions& options,
-                           InstanceDataRow*& instance) {
+bool ReadDicomFileIntoRows(const std::shared_ptr<const Portability::OpenFile>& file, PatientDataSet& set,
+                           const DicomFileReadOptions& options, InstanceDataRow*& instance) {
     instance = nullptr;
     dcm::DicomDataSet dataSet;
     dcm::DicomReadOptions readOptions;
     // With unwanted keys every value is left in the file and only the wanted ones are loaded, so
     // that an unwanted value is never read, however short.
     readOptions.keepInFileAbove = options.unwantedCustomDataKeys.empty() ? options.keepInFileAbove : 0;
-    if (const dcm::DicomReadResult read = dcm::ReadDicomFile(path, dataSet, readOptions); !read) {
-        LV_TRACE(kModule, "%s cannot be read as a DICOM file: %s", Portability::Utf8FromPath(path).c_str(), read.Text().c_str());
+    if (const dcm::DicomReadResult read = dcm::ReadDicomFile(file, dataSet, readOptions); !read) {
+        LV_TRACE(kModule, "%s cannot be read as a DICOM file: %s", file ? file->Path().c_str() : "(no file)",
+                 read.Text().c_str());
         return false;
     }
     return ReadInstanceDataSet(dataSet, set, options, instance);
@@ -245,7 +246,14 @@ bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& ins
 
 bool DicomFileDataAdapter::Read(const std::filesystem::path& path, PatientDataSet& set,
                                 const DicomFileReadOptions& options, InstanceDataRow*& instance) {
-    return ReadDicomFileIntoRows(path, set, options, instance);
+    const std::string name = Portability::Utf8FromPath(path);
+    const std::shared_ptr<const Portability::OpenFile> file = Portability::OpenFile::Open(name);
+    if (!file) {
+        instance = nullptr;
+        LV_TRACE(kModule, "%s cannot be opened", name.c_str());
+        return false;
+    }
+    return ReadDicomFileIntoRows(file, set, options, instance);
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

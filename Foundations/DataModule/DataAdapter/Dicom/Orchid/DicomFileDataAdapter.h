@@ -48,7 +48,7 @@ bool ReadInstanceDataSet(const DicomCodecModule::DicomDataSet& dataSet, PatientD
                          const DicomFileReadOptions& options, InstanceDataRow*& instance);
 
 // Read a DICOM file into a new chain of rows (the metadata reader's entry): as Read.
-bool ReadDicomFileIntoRows(const std::filesystem::path& path, PatientDataSet& set, const DicomFileReadOptions& options,
-                           InstanceDataRow*& instance);
+bool ReadDicomFileIntoRows(const std::shared_ptr<const Portability::OpenFile>& file, PatientDataSet& set,
+                           const DicomFileReadOptions& options, InstanceDataRow*& instance);
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

@@ -1,15 +1,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 
-#ifdef _WIN32
-#include "Portability/Misc/win32/PosixFiles.h"
-#else
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -30,9 +22,14 @@ DicomFileDataStream::~DicomFileDataStream() { Close(); }
 
 bool DicomFileDataStream::OpenForReading(const std::filesystem::path& path) {
     Close();
-    source_ = RegionSource::Open(path);
+    source_ = Portability::OpenFile::Open(Portability::Utf8FromPath(path));
     if (!source_) LV_TRACE(kModule, "Cannot open %s for reading", Portability::Utf8FromPath(path).c_str());
     return source_ != nullptr;
+}
+
+void DicomFileDataStream::OpenForReading(std::shared_ptr<const Portability::OpenFile> file) {
+    Close();
+    source_ = std::move(file);
 }
 
 bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path, Portability::ExistingTarget existing) {
@@ -80,15 +77,7 @@ bool DicomFileDataStream::Refill() {
     const std::uint64_t want = std::min<std::uint64_t>(kBufferSize, source_->Size() - position_);
     buffer_.resize(static_cast<std::size_t>(want));
     bufferStart_ = position_;
-    std::size_t filled = 0;
-    while (filled < buffer_.size()) {
-        const ssize_t got = ::pread(source_->Descriptor(), buffer_.data() + filled, buffer_.size() - filled,
-                                    static_cast<off_t>(position_ + filled));
-        if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) return false;
-        filled += static_cast<std::size_t>(got);
-    }
-    return true;
+    return source_->ReadAt(buffer_.data(), buffer_.size(), position_);
 }
 
 bool DicomFileDataStream::ReadRaw(void* data, std::uint64_t size) {
@@ -138,7 +127,7 @@ bool DicomFileDataStream::WriteRegion(const FileRegion& region) {
 
 bool DicomFileDataStream::InflateRemainder() {
     if (!source_) return false;
-    std::shared_ptr<RegionSource> inflated = RegionSource::OpenTemporary();
+    std::shared_ptr<Portability::OpenFile> inflated = Portability::OpenFile::OpenTemporary();
     if (!inflated) {
         LV_TRACE(kModule, "%s", "No temporary file for the inflated data set");
         return false;
@@ -146,12 +135,7 @@ bool DicomFileDataStream::InflateRemainder() {
     std::uint64_t at = position_;
     const auto input = [&](std::uint8_t* data, std::size_t size) -> std::size_t {
         const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, source_->Size() - at));
-        for (std::size_t done = 0; done < count;) {
-            const ssize_t got = ::pread(source_->Descriptor(), data + done, count - done, static_cast<off_t>(at + done));
-            if (got < 0 && errno == EINTR) continue;
-            if (got <= 0) return 0;
-            done += static_cast<std::size_t>(got);
-        }
+        if (!source_->ReadAt(data, count, at)) return 0;
         at += count;
         return count;
     };
@@ -164,11 +148,22 @@ bool DicomFileDataStream::InflateRemainder() {
 }
 
 DicomReadResult ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options) {
+    std::shared_ptr<const Portability::OpenFile> file = Portability::OpenFile::Open(Portability::Utf8FromPath(path));
+    if (!file) {
+        dataSet = DicomDataSet();
+        return {"The file cannot be opened"};
+    }
+    return ReadDicomFile(std::move(file), dataSet, options);
+}
+
+DicomReadResult ReadDicomFile(std::shared_ptr<const Portability::OpenFile> file, DicomDataSet& dataSet,
+                              const DicomReadOptions& options) {
     dataSet = DicomDataSet();
+    if (!file) return {"The file cannot be opened"};
     DicomFileDataStream stream;
     stream.SetReadOptions(options);
     DicomDataSetFillCallback fill(dataSet);
-    if (!stream.OpenForReading(path)) return {"The file cannot be opened"};
+    stream.OpenForReading(std::move(file));
     if (ReadFileContent(stream, fill)) return {};
     DicomReadResult result = stream.ReadResult();
     if (result) result = {"Reading stopped", stream.Position()};  // a source failure with no reason of its own

@@ -21,6 +21,8 @@ public:
 
     // Open a file for reading; false when it cannot be opened.
     bool OpenForReading(const std::filesystem::path& path);
+    // Read a file that is already open.
+    void OpenForReading(std::shared_ptr<const Portability::OpenFile> file);
     // Start writing path: bytes go to a temporary file in the same directory until Commit, which
     // replaces or refuses an existing file as told.
     bool OpenForWriting(const std::filesystem::path& path,
@@ -42,7 +44,7 @@ public:
     bool AtEnd() const override;
     std::uint64_t Position() const override { return position_; }
     std::uint64_t Size() const override;
-    std::shared_ptr<const RegionSource> ValueSource() const override { return source_; }
+    std::shared_ptr<const Portability::OpenFile> ValueSource() const override { return source_; }
     bool WriteRegion(const FileRegion& region) override;
     // Inflates into an unnamed temporary file, which values left in the file then refer to.
     bool InflateRemainder() override;
@@ -51,7 +53,7 @@ private:
     bool Flush();
     bool Refill();
 
-    std::shared_ptr<const RegionSource> source_;  // reading
+    std::shared_ptr<const Portability::OpenFile> source_;  // reading
     std::vector<std::uint8_t> buffer_;            // read-ahead or pending writes
     std::uint64_t bufferStart_ = 0;               // stream offset of buffer_[0] when reading
     std::uint64_t position_ = 0;
@@ -60,6 +62,9 @@ private:
 
 // Read a DICOM file into dataSet (which is cleared first); on failure, says why and where.
 DicomReadResult ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options = {});
+// The same for a file already open (values left in it keep it open).
+DicomReadResult ReadDicomFile(std::shared_ptr<const Portability::OpenFile> file, DicomDataSet& dataSet,
+                              const DicomReadOptions& options = {});
 // Write dataSet as a DICOM file in the given data set encoding, taking path only on success (and,
 // with ExistingTarget::refuse, only when nothing is there by then).
 bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,

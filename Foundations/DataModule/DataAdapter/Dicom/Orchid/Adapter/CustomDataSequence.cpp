@@ -43,15 +43,13 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeValueElement(const CustomDataValue
         element->SetValue(std::vector<std::uint8_t>(memory.begin(), memory.end()));
         return element;
     }
-    auto source = dcm::RegionSource::Open(region->path);
-    if (!source || region->offset > source->Size() || region->length > source->Size() - region->offset) {
+    if (!region->IsInsideFile()) {
         LV_TRACE(kModule, "Custom data value in %s is not readable for %llu bytes",
-                 Portability::Utf8FromPath(region->path).c_str(),
-                 static_cast<unsigned long long>(region->length));
+                 region->file ? region->file->Path().c_str() : "(no file)", static_cast<unsigned long long>(region->length));
         return nullptr;
     }
     element->valueLength = static_cast<std::uint32_t>(region->length);
-    element->value.SetRegion(dcm::FileRegion{std::move(source), region->offset, region->length, false, 1});
+    element->value.SetRegion(dcm::FileRegion{*region});
     return element;
 }
 
@@ -98,7 +96,7 @@ bool FindOurBlock(const dcm::DicomDataSet& dataSet, std::uint16_t& block) {
 bool ReadValue(const dcm::DicomDataSetElement& element, std::uint64_t length, bool wanted,
                const CustomDataReadRules& rules, ByteBuffer& out) {
     if (const dcm::FileRegion* region = element.value.Region(); region && (!wanted || length > rules.loadAtMost)) {
-        out = ByteBuffer::OfFileRegion(FileRegion{region->source->Path(), region->offset, length, region->source});
+        out = ByteBuffer::OfFileRegion(FileRegion{region->file, region->offset, length});
         return true;
     }
     std::vector<std::uint8_t> bytes;

@@ -6,6 +6,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Portability/Misc/Utf8Path.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,9 @@ protected:
     }
 
     std::filesystem::path Path(const char* name) const { return directory_ / name; }
+    std::shared_ptr<Portability::OpenFile> Open(const char* name) const {
+        return Portability::OpenFile::Open(Portability::Utf8FromPath(Path(name)));
+    }
 
     // Write the instance and read it back into read_set; the read instance, or null.
     dm::InstanceDataRow* WriteAndRead(dm::PatientDataSet& set, dm::InstanceDataRow& instance,
@@ -145,8 +149,8 @@ TEST_F(AdapterRoundTrip, CustomDataValuesKeepTheirBytesAndLengths) {
         {"one zero byte", dm::ByteBuffer::CopyOf(std::vector<std::uint8_t>{0x00}), false},
         {"odd text", std::string("abc"), false},
         {"even bytes", dm::ByteBuffer::CopyOf(std::vector<std::uint8_t>{1, 2, 0, 4}), false},
-        {"small region", dm::ByteBuffer::OfFileRegion({Path("payload.bin"), 3, 7}), false},
-        {"large odd region", dm::ByteBuffer::OfFileRegion({Path("payload.bin"), 0, 100001}), true},
+        {"small region", dm::ByteBuffer::OfFileRegion({Open("payload.bin"), 3, 7}), false},
+        {"large odd region", dm::ByteBuffer::OfFileRegion({Open("payload.bin"), 0, 100001}), true},
         {"\xC3\xA9 key above ASCII", std::string("last"), false},
     };
     dm::PatientDataSet set;
@@ -204,7 +208,7 @@ TEST_F(AdapterRoundTrip, PayloadBeyondA32BitLengthIsRefusedBeforeWriting) {
         SCOPED_TRACE(c.id);
         dm::PatientDataSet set;
         dm::RawDataDataRow& raw = AdapterTesting::AddTypicalRawDataChain(set);
-        raw.custom_data.SetBytes("Dicapsule.PackedFile.Content", dm::ByteBuffer::OfFileRegion({Path("huge.bin"), 0, c.length}));
+        raw.custom_data.SetBytes("Dicapsule.PackedFile.Content", dm::ByteBuffer::OfFileRegion({Open("huge.bin"), 0, c.length}));
         EXPECT_FALSE(da::DicomFileDataAdapter().Write(set, raw, Path("out.dcm")));
         EXPECT_FALSE(std::filesystem::exists(Path("out.dcm")));
     }

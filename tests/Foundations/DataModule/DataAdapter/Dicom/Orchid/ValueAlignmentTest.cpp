@@ -38,7 +38,7 @@ Bytes Distinct(std::size_t size) {
 }
 
 // A meta group, a text of `filler` bytes, then a private value of `payload` bytes left in a file.
-DicomDataSet Sample(std::shared_ptr<RegionSource> source, std::size_t filler) {
+DicomDataSet Sample(std::shared_ptr<Portability::OpenFile> source, std::size_t filler) {
     DicomDataSet set;
     set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0000, VR::UL, Bytes{0, 0, 0, 0}));
     set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0001, VR::OB, Bytes{0, 1}));
@@ -47,7 +47,7 @@ DicomDataSet Sample(std::shared_ptr<RegionSource> source, std::size_t filler) {
     auto value = std::make_unique<DicomDataSetElement>(0x0009, 0x11A3, VR::UN);
     const std::uint64_t size = source->Size();
     value->valueLength = static_cast<std::uint32_t>(size);
-    value->value.SetRegion(FileRegion{std::move(source), 0, size, false, 1});
+    value->value.SetRegion(FileRegion{{std::move(source), 0, size}});
     set.Insert(std::move(value));
     return set;
 }
@@ -64,7 +64,7 @@ TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
     const std::size_t fillers[] = {0, 2, 4000, 4080, 4094, 9000};
     for (const std::size_t payload : payloads) {
         const Bytes content = Distinct(payload);
-        auto source = RegionSource::OpenTemporary();
+        auto source = Portability::OpenFile::OpenTemporary();
         ASSERT_TRUE(source && source->Append(content.data(), content.size()));
         for (const std::size_t filler : fillers) {
             SCOPED_TRACE("payload " + std::to_string(payload) + ", filler " + std::to_string(filler));

@@ -27,9 +27,9 @@ int main(int argc, char** argv) {
         }
         if (option == "--charset" && i + 1 < argc) raw.specific_character_set = dm::MultiCharSetDataType::FromText(argv[++i]);
         if (option == "--payload" && i + 1 < argc) {
-            const std::filesystem::path payload = argv[++i];
-            raw.custom_data.SetBytes("Dicapsule.PackedFile.Content",
-                                     dm::ByteBuffer::OfFileRegion({payload, 0, std::filesystem::file_size(payload)}));
+            const auto payload = Portability::OpenFile::Open(argv[++i]);
+            if (!payload) return 1;
+            raw.custom_data.SetBytes("Dicapsule.PackedFile.Content", dm::ByteBuffer::OfFileRegion({payload, 0, payload->Size()}));
         }
     }
     return dm::DataAdapterModule::DicomFileDataAdapter().Write(set, raw, argv[1]) ? 0 : 1;

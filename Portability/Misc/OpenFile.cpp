@@ -1,0 +1,78 @@
+#include "Portability/Misc/OpenFile.h"
+
+#include "Portability/Misc/TemporaryFile.h"
+#include "Portability/Misc/Utf8Path.h"
+
+#ifdef _WIN32
+#include "Portability/Misc/win32/PosixFiles.h"
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace Portability {
+
+namespace {
+
+// Reads and writes go by pieces of at most this many bytes (the Windows calls take 32-bit counts).
+constexpr std::uint64_t kPiece = std::uint64_t{1} << 30;
+
+}  // namespace
+
+OpenFile::OpenFile(std::string path, int descriptor, std::uint64_t size)
+    : path_(std::move(path)), descriptor_(descriptor), size_(size) {}
+
+OpenFile::~OpenFile() { ::close(descriptor_); }
+
+std::shared_ptr<OpenFile> OpenFile::Open(const std::string& path) {
+    const int descriptor = ::open(PathFromUtf8(path).c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return nullptr;
+    struct stat info {};
+    if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(descriptor);
+        return nullptr;
+    }
+    return std::shared_ptr<OpenFile>(new OpenFile(path, descriptor, static_cast<std::uint64_t>(info.st_size)));
+}
+
+std::shared_ptr<OpenFile> OpenFile::OpenTemporary() {
+    std::string path;
+    const int descriptor = CreateTemporaryFile(path);
+    if (descriptor < 0) return nullptr;
+    return std::shared_ptr<OpenFile>(new OpenFile(std::move(path), descriptor, 0));
+}
+
+bool OpenFile::ReadAt(void* data, std::uint64_t size, std::uint64_t offset) const {
+    auto* bytes = static_cast<unsigned char*>(data);
+    while (size > 0) {
+        const auto got = ::pread(descriptor_, bytes, static_cast<std::size_t>(std::min(size, kPiece)),
+                                 static_cast<off_t>(offset));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;
+        bytes += got;
+        size -= static_cast<std::uint64_t>(got);
+        offset += static_cast<std::uint64_t>(got);
+    }
+    return true;
+}
+
+bool OpenFile::Append(const void* data, std::size_t size) {
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    while (size > 0) {
+        const auto written = ::pwrite(descriptor_, bytes, static_cast<std::size_t>(std::min<std::uint64_t>(size, kPiece)),
+                                      static_cast<off_t>(size_));
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        bytes += written;
+        size -= static_cast<std::size_t>(written);
+        size_ += static_cast<std::uint64_t>(written);
+    }
+    return true;
+}
+
+}  // namespace Portability
