@@ -34,8 +34,12 @@ public:
     std::uint64_t Size() const noexcept { return size_; }
 
 private:
-    // Copy a stream (a pipe, a console) open at path into a scratch file: the platform's part.
-    Status CopyStream(const std::string& path, std::uint64_t max_size);
+    // Keep a regular file, once one byte of it could be read and its size is within max_size.
+    Status Keep(std::shared_ptr<OpenFile> file, std::uint64_t max_size);
+    // Copy a stream (a pipe, a console) into a scratch file through read, which gives the count of
+    // bytes it put into its buffer, 0 at the end, or -1 on a failure.
+    template <typename Read>
+    Status CopyStream(Read read, std::uint64_t max_size);
 
     std::shared_ptr<OpenFile> file_;
     std::uint64_t size_ = 0;

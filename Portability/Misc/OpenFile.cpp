@@ -40,6 +40,10 @@ std::shared_ptr<OpenFile> OpenFile::Open(const std::string& path) {
     return std::shared_ptr<OpenFile>(new OpenFile(path, descriptor, static_cast<std::uint64_t>(info.st_size)));
 }
 
+std::shared_ptr<OpenFile> OpenFile::Adopt(int descriptor, std::string path, std::uint64_t size) {
+    return std::shared_ptr<OpenFile>(new OpenFile(std::move(path), descriptor, size));
+}
+
 std::shared_ptr<OpenFile> OpenFile::OpenTemporary() {
     std::string path;
     const int descriptor = CreateTemporaryFile(path);

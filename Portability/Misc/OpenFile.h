@@ -18,6 +18,8 @@ public:
     static std::shared_ptr<OpenFile> Open(const std::string& path);
     // An empty scratch file (see TemporaryFile.h), filled with Append; null when none can be made.
     static std::shared_ptr<OpenFile> OpenTemporary();
+    // Take over a descriptor open for reading on a regular file of `size` bytes, named path.
+    static std::shared_ptr<OpenFile> Adopt(int descriptor, std::string path, std::uint64_t size);
     ~OpenFile();
     OpenFile(const OpenFile&) = delete;
     OpenFile& operator=(const OpenFile&) = delete;

@@ -147,8 +147,9 @@ def test_unreadable_input_is_reported_before_the_metadata(tool, shared_directory
 
 @posix_only
 @pytest.mark.parametrize("script", ['cat payload.bin | "$0" pack -i /dev/stdin -m "$1" -o piped.dcm',
-                                    '"$0" pack -i <(cat payload.bin) -m "$1" -o piped.dcm'],
-                         ids=["pipe-on-stdin", "process-substitution"])
+                                    '"$0" pack -i <(cat payload.bin) -m "$1" -o piped.dcm',
+                                    'mkfifo in.fifo && { cat payload.bin > in.fifo & } && "$0" pack -i in.fifo -m "$1" -o piped.dcm'],
+                         ids=["pipe-on-stdin", "process-substitution", "named-pipe"])
 def test_inputs_that_are_not_regular_files_are_read_whole(tool, run, tmp_path, script):
     payload = os.urandom(3 * 1024 * 1024 + 17)
     (tmp_path / "payload.bin").write_bytes(payload)

@@ -1,45 +1,48 @@
-// The Windows side of InputFile: a pipe or a console is copied into a scratch file (which the
-// system removes when it is closed).
+// The Windows side of InputFile: the path is opened once, shared for reading, writing and deletion
+// as other programs expect; a file on disk is kept open where it is, and a pipe or a console is
+// copied into a scratch file (which the system removes when it is closed).
 
-#include "Portability/Misc/InputFile.h"
+#include "Portability/Misc/InputFileStream.h"
 
 #include "Portability/Misc/win32/WideText.h"
 
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
-
-#include <vector>
 
 namespace Portability {
 
-InputFile::Status InputFile::CopyStream(const std::string& path, std::uint64_t max_size) {
+InputFile::Status InputFile::Open(const std::string& path, std::uint64_t max_size) {
+    file_.reset();
+    size_ = 0;
     std::wstring wide;
     if (!WideFromUtf8(path, wide) || wide.empty()) return Status::unreadable;
     const HANDLE source = ::CreateFileW(wide.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (source == INVALID_HANDLE_VALUE) return Status::unreadable;
+    if (::GetFileType(source) == FILE_TYPE_DISK) {
+        LARGE_INTEGER size{};
+        const int descriptor = ::GetFileSizeEx(source, &size) && size.QuadPart >= 0
+                                   ? ::_open_osfhandle(reinterpret_cast<intptr_t>(source), _O_RDONLY | _O_BINARY)
+                                   : -1;
+        if (descriptor < 0) {
+            ::CloseHandle(source);
+            return Status::unreadable;
+        }
+        return Keep(OpenFile::Adopt(descriptor, path, static_cast<std::uint64_t>(size.QuadPart)), max_size);
+    }
     struct Closer {
         HANDLE handle;
         ~Closer() { ::CloseHandle(handle); }
     } closer{source};
-    // A file on disk that could not be opened for reading as one is not read as a stream either.
-    if (::GetFileType(source) == FILE_TYPE_DISK) return Status::unreadable;
-    std::shared_ptr<OpenFile> copy = OpenFile::OpenTemporary();
-    if (!copy) return Status::unreadable;
-    std::vector<char> buffer(1 << 16);
-    for (;;) {
-        DWORD got = 0;
-        if (!::ReadFile(source, buffer.data(), static_cast<DWORD>(buffer.size()), &got, nullptr)) {
+    return CopyStream(
+        [source](char* data, std::size_t size) -> long long {
+            DWORD got = 0;
+            if (::ReadFile(source, data, static_cast<DWORD>(size), &got, nullptr)) return got;
             // The writer closing its end of a pipe is the end of the input.
-            if (::GetLastError() != ERROR_BROKEN_PIPE) return Status::unreadable;
-            got = 0;
-        }
-        if (!copy->Append(buffer.data(), got)) return Status::unreadable;
-        size_ = copy->Size();
-        if (size_ > max_size) return Status::too_large;
-        if (got == 0) break;
-    }
-    file_ = std::move(copy);
-    return Status::opened;
+            return ::GetLastError() == ERROR_BROKEN_PIPE ? 0 : -1;
+        },
+        max_size);
 }
 
 }  // namespace Portability

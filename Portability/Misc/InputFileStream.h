@@ -1,0 +1,27 @@
+#pragma once
+// InputFile's copy of a stream into a scratch file, shared by the platform sides (private to
+// Portability/Misc).
+
+#include "Portability/Misc/InputFile.h"
+
+#include <vector>
+
+namespace Portability {
+
+template <typename Read>
+InputFile::Status InputFile::CopyStream(Read read, std::uint64_t max_size) {
+    std::shared_ptr<OpenFile> copy = OpenFile::OpenTemporary();
+    if (!copy) return Status::unreadable;
+    std::vector<char> buffer(1 << 16);
+    for (;;) {
+        const long long got = read(buffer.data(), buffer.size());
+        if (got < 0 || !copy->Append(buffer.data(), static_cast<std::size_t>(got))) return Status::unreadable;
+        size_ = copy->Size();
+        if (size_ > max_size) return Status::too_large;
+        if (got == 0) break;
+    }
+    file_ = std::move(copy);
+    return Status::opened;
+}
+
+}  // namespace Portability
