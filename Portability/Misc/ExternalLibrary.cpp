@@ -8,6 +8,7 @@
 #include <windows.h>
 #else
 #include <dlfcn.h>
+#include <sys/auxv.h>
 #endif
 
 namespace Portability {
@@ -69,8 +70,15 @@ std::string ExecutableDirectory() {
     const std::filesystem::path executable(std::wstring(buffer, length));
 #else
     std::error_code error;
-    const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) return {};
+    std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) {
+        // No /proc (a bare chroot or container): the name the program was started by, as the kernel
+        // passed it to the process, with its links resolved as /proc would have.
+        const char* started = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+        if (started == nullptr) return {};
+        executable = std::filesystem::canonical(started, error);
+        if (error) return {};
+    }
 #endif
     const auto text = executable.parent_path().u8string();
     return std::string(text.begin(), text.end()) + static_cast<char>(std::filesystem::path::preferred_separator);
