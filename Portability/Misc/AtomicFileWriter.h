@@ -55,7 +55,10 @@ public:
 
 private:
     struct Temporary;  // the platform's temporary file
-    bool Fail(WriteFailure failure);
+    bool Fail(WriteFailure failure) {
+        failure_ = failure;
+        return false;
+    }
     void Discard() noexcept;
 
     std::string target_;

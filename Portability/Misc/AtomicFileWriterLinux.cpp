@@ -122,11 +122,6 @@ AtomicFileWriter::AtomicFileWriter(std::string target, ExistingTarget existing)
 
 AtomicFileWriter::~AtomicFileWriter() { Discard(); }
 
-bool AtomicFileWriter::Fail(WriteFailure failure) {
-    failure_ = failure;
-    return false;
-}
-
 bool AtomicFileWriter::Open() {
     Discard();
     failure_ = WriteFailure::none;

@@ -89,11 +89,6 @@ AtomicFileWriter::AtomicFileWriter(std::string target, ExistingTarget existing)
 
 AtomicFileWriter::~AtomicFileWriter() { Discard(); }
 
-bool AtomicFileWriter::Fail(WriteFailure failure) {
-    failure_ = failure;
-    return false;
-}
-
 bool AtomicFileWriter::Open() {
     Discard();
     failure_ = WriteFailure::none;
