@@ -1,6 +1,7 @@
 // Which kind of metadata source a file is, and what a DICOM source gives.
 #include "Foundations/DataModule/metadata/MetadataReader.h"
 #include "Foundations/DataModule/metadata/SourceSignature.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -60,13 +61,7 @@ TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
 
 TEST(SourceSignature, ReadsAtMostTheSignatureLength) {
     const std::string path = testing::TempDir() + "signature_head.bin";
-    {
-        std::FILE* file = std::fopen(path.c_str(), "wb");
-        ASSERT_NE(file, nullptr);
-        const std::vector<std::uint8_t> bytes(1000, 0x41);
-        std::fwrite(bytes.data(), 1, bytes.size(), file);
-        std::fclose(file);
-    }
+    TestFiles::WriteBytes(path, std::vector<std::uint8_t>(1000, 0x41));
     std::vector<std::uint8_t> head;
     const auto file = Portability::OpenFile::Open(path);
     ASSERT_TRUE(file && ReadSourceHead(*file, head));
