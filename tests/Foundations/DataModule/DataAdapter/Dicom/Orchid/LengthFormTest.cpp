@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "DicomBytes.h"
@@ -22,12 +23,8 @@ constexpr std::string_view kAllVrs[] = {"AE", "AS", "AT", "CS", "DA", "DS", "DT"
                                         "ST", "SV", "TM", "UC", "UI", "UL", "UN", "UR", "US", "UT", "UV"};
 // The long-form VRs that some writers gave a 16-bit length; the others long VRs never had one.
 constexpr std::string_view kTolerated[] = {"OD", "OL", "OV", "SV", "UC", "UR", "UT", "UV"};
-
 bool Tolerated(std::string_view vr) {
-    for (std::string_view code : kTolerated) {
-        if (code == vr) return true;
-    }
-    return false;
+    return std::find(std::begin(kTolerated), std::end(kTolerated), vr) != std::end(kTolerated);
 }
 
 // Eight value bytes: a whole number of units for every VR.
@@ -40,12 +37,12 @@ bool ReadOne(const Bytes& bytes, StreamEncoding enc, DicomDataSet& set) {
     return stream.ReadElements(fill);
 }
 
-const char* EncodingName(StreamEncoding enc) { return enc == kBig ? "big endian" : "little endian"; }
+std::string Id(StreamEncoding enc, std::string_view vr) { return std::string(vr) + (enc == kBig ? " big" : " little"); }
 
 TEST(ExplicitLengthForm, EveryVrIsWrittenInItsStandardFormAndReadBack) {
     for (const StreamEncoding enc : {kLittle, kBig}) {
         for (const std::string_view vr : kAllVrs) {
-            SCOPED_TRACE(std::string(vr) + " " + EncodingName(enc));
+            SCOPED_TRACE(Id(enc, vr));
             DicomDataSet set;
             set.Insert(std::make_unique<DicomDataSetElement>(0x0011, 0x1010, VRFromCode(vr), kValue));
             DicomMemoryDataStream out;
@@ -73,7 +70,7 @@ TEST(ExplicitLengthForm, EveryVrIsWrittenInItsStandardFormAndReadBack) {
 TEST(ExplicitLengthForm, ShortFieldIsTheLengthOnlyWhereWritersUsedIt) {
     for (const StreamEncoding enc : {kLittle, kBig}) {
         for (const std::string_view vr : kAllVrs) {
-            SCOPED_TRACE(std::string(vr) + " " + EncodingName(enc));
+            SCOPED_TRACE(Id(enc, vr));
             const Bytes bytes = Cat({ShortHeader(enc, 0x0011, 0x1010, vr, 8), kValue,
                                      Element(enc, 0x0011, 0x1020, "LO", "AFTER ")});
             DicomDataSet set;
@@ -101,7 +98,7 @@ TEST(ExplicitLengthForm, ZeroShortFieldOfATolerantVrIsReserved) {
     for (const StreamEncoding enc : {kLittle, kBig}) {
         for (const std::string_view vr : kTolerated) {
             for (const Case& c : cases) {
-                SCOPED_TRACE(std::string(vr) + " " + c.id + " " + EncodingName(enc));
+                SCOPED_TRACE(Id(enc, vr) + " " + c.id);
                 const Bytes value(c.length, 0x41);
                 const Bytes bytes = Cat({Header(enc, 0x0011, 0x1010, vr, c.length), value,
                                          Element(enc, 0x0011, 0x1020, "LO", "AFTER ")});
