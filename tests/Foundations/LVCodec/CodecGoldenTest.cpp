@@ -91,11 +91,7 @@ TEST(CodecRegistryTest, ExtensionLookup) {
 
 TEST(CodecRegistryTest, SignatureLookup) {
     const std::string renamed = kImages + "/signature_probe.bin";
-    struct Case {
-        const char* id;
-        std::string bytes;
-        const char* codec;
-    } cases[] = {
+    struct Case { const char* id; std::string bytes; const char* codec; } cases[] = {
         {"jpeg-ls claimed by jpeg", std::string("\xFF\xD8\xFF\xF7", 4) + "rest", "JPEG"},
         {"jp2 odd record", std::string("\x00\x00\x00\x0C\x6A\x00\x78\x35", 8), "JPEG2000"},
         {"standard jp2 box", std::string("\x00\x00\x00\x0C\x6A\x50\x20\x20", 8), nullptr},

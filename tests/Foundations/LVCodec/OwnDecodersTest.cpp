@@ -54,11 +54,7 @@ std::vector<std::uint8_t> Bmp(std::int32_t width, std::int32_t height, std::uint
 }
 
 TEST(PnmDecoderTest, HeaderErrorsAreTracedWordForWord) {
-    struct Case {
-        const char* id;
-        std::string input;
-        std::string message;
-    } cases[] = {
+    struct Case { const char* id; std::string input; std::string message; } cases[] = {
         {"empty", "", "Error reading magic number from Netpbm image stream.  Most often, this means your input file "
                       "is empty."},
         {"magic", "Q5\n1 1\n255\n", "bad magic number - not a ppm, pgm, or pbm file"},
@@ -87,12 +83,7 @@ TEST(PnmDecoderTest, HeaderErrorsAreTracedWordForWord) {
 }
 
 TEST(PnmDecoderTest, MaxvalDecidesTheSampleWidth) {
-    struct Case {
-        const char* id;
-        std::string input;
-        unsigned bits;
-        std::int64_t first, last;
-    } cases[] = {
+    struct Case { const char* id; std::string input; unsigned bits; std::int64_t first, last; } cases[] = {
         {"maxval 15 scales to 8 bits", "P2\n2 1\n15\n0 # comment\n 15\n", 8, 0, 255},
         {"maxval 4095 keeps 12 bits", std::string("P5\n2 1\n4095\n\x00\x01\x0F\xFF", 16), 12, 1, 4095},
         {"maxval 1000 scales to 16 bits", std::string("P5\n2 1\n1000\n\x00\x00\x03\xE8", 16), 16, 0, 65535},
@@ -151,13 +142,7 @@ TEST(DicomDecoderTest, MainImageIconAndMessages) {
     EXPECT_EQ(image.Buffer().Bits(), 12u);
     EXPECT_EQ(image.Buffer().Sample(0, 30, 20), Pattern(30, 20, 0, 4095));
 
-    struct Case {
-        const char* id;
-        std::string path;
-        unsigned flags;
-        bool ok;
-        std::string message;
-    } cases[] = {
+    struct Case { const char* id; std::string path; unsigned flags; bool ok; std::string message; } cases[] = {
         {"no icon", twelve, kLoadThumbnail, false, twelve + " does not embed a thumbnail"},
         {"palette", kImages + "/dicom_palette.dcm", 0, false, "Cannot decode : photometric_interpretation PALETTE COLOR"},
         {"compressed", kImages + "/dicom_jpeg.dcm", 0, true, "has compression : 1.2.840.10008.1.2.4.50"},
@@ -205,11 +190,7 @@ std::vector<std::uint8_t> Exif(bool bigEndian, std::uint16_t tag, std::uint16_t 
 }
 
 TEST(JpegDecoderTest, ExifOrientation) {
-    struct Case {
-        const char* id;
-        std::vector<std::uint8_t> block;
-        unsigned orientation;
-    } cases[] = {
+    struct Case { const char* id; std::vector<std::uint8_t> block; unsigned orientation; } cases[] = {
         {"little-endian 6", Exif(false, 0x0112, 3, 6), 6},
         {"big-endian 8", Exif(true, 0x0112, 3, 8), 8},
         {"another tag", Exif(false, 0x0110, 3, 6), 1},
@@ -218,10 +199,7 @@ TEST(JpegDecoderTest, ExifOrientation) {
         {"entry cut short", Exif(false, 0x0112, 3, 6, 22), 1},
         {"not EXIF", Bytes("XMP\0\0\0II*\0"), 1},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.id);
-        EXPECT_EQ(ExifOrientation(c.block), c.orientation);
-    }
+    for (const Case& c : cases) EXPECT_EQ(ExifOrientation(c.block), c.orientation) << c.id;
 }
 
 // libjpeg decodes a stream with stray bytes between two segments (with a warning); the frame

@@ -93,10 +93,7 @@ TEST(EditionDocument, EveryElementKindReachesItsRow) {
 }
 
 TEST(EditionDocument, WhatCannotBeAppliedFailsTheLoad) {
-    const struct Case {
-        const char* id;
-        std::string document;
-    } cases[] = {
+    const struct Case { const char* id; std::string document; } cases[] = {
         {"unknown-keyword", Document(Edition("Patient", R"x(<String Name="PatientNickname" Value="x"/>)x"))},
         {"keyword-of-other-row", Document(Edition("Series", R"x(<String Name="PatientID" Value="x"/>)x"))},
         {"malformed-date", Document(Edition("Study", R"x(<Date Name="StudyDate" Value="2024-03-05"/>)x"))},

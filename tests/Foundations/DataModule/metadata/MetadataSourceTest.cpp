@@ -27,11 +27,7 @@ const std::string kMediaDirectoryMeta =
     + "\x02\x00\x02\x00" "UI" "\x14\x00" "1.2.840.10008.1.3.10"s;
 
 TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
-    struct Case {
-        const char* id;
-        std::vector<std::uint8_t> head;
-        SourceKind::Enum kind;
-    } const cases[] = {
+    struct Case { const char* id; std::vector<std::uint8_t> head; SourceKind::Enum kind; } const cases[] = {
         {"media-directory", Head(kMediaDirectoryMeta, true), SourceKind::MediaDirectory},
         {"media-directory-other-class", Head(kMediaDirectoryMeta.substr(0, 57) + "1", true), SourceKind::Dicom},
         {"part10", Head("DICM\x02\x00\x00\x00"s, true), SourceKind::Dicom},
@@ -52,10 +48,7 @@ TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
         {"empty", {}, SourceKind::Unrecognised},
         {"one-byte", Head("\xFF"s), SourceKind::Unrecognised},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.id);
-        EXPECT_EQ(DetectSourceKind(c.head), c.kind);
-    }
+    for (const Case& c : cases) EXPECT_EQ(DetectSourceKind(c.head), c.kind) << c.id;
     EXPECT_EQ(SourceSignatureReadLength(), 256u);
 }
 

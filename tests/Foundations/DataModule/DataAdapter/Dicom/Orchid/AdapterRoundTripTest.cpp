@@ -182,10 +182,7 @@ TEST_F(AdapterRoundTrip, PayloadBeyondA32BitLengthIsRefusedBeforeWriting) {
         ASSERT_EQ(::ftruncate(descriptor, 0xFFFFFFFFll), 0);  // sparse: nothing is stored
         ::close(descriptor);
     }
-    struct Case {
-        const char* id;
-        std::uint64_t length;
-    };
+    struct Case { const char* id; std::uint64_t length; };
     // 0xFFFFFFFF pads to 2^32; 0xFFFFFFF0 fits itself but not inside its item and sequence.
     for (const Case c : {Case{"odd maximum", 0xFFFFFFFFull}, Case{"item overflow", 0xFFFFFFF0ull}}) {
         SCOPED_TRACE(c.id);

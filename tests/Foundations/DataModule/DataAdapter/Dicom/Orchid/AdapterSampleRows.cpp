@@ -6,10 +6,7 @@ namespace dm = Lumivale::DataModule;
 
 namespace {
 
-struct SampleText {
-    std::string_view keyword;
-    std::string_view text;
-};
+struct SampleText { std::string_view keyword; std::string_view text; };
 
 constexpr SampleText kSamples[] = {
     {"PatientName", "Doe^John^Q^Dr^Jr"}, {"PatientID", "ID-42"}, {"IssuerOfPatientID", "Clinic Registry"},

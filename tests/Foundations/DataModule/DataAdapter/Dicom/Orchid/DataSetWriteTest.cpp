@@ -110,10 +110,7 @@ DicomDataSet SampleDataSet(std::string_view transferSyntax) {
 
 TEST(DataSetWrite, RoundTripsInEveryEncodingAndCopiesValuesLeftInTheFile) {
     const TestFiles::ScratchDirectory scratch("dicom-codec-test");
-    struct Case {
-        const char* id;
-        std::string_view syntax;
-    };
+    struct Case { const char* id; std::string_view syntax; };
     const Case cases[] = {{"implicit", std::string_view("1.2.840.10008.1.2\0", 18)},
                           {"explicit little", std::string_view("1.2.840.10008.1.2.1\0", 20)},
                           {"explicit big", std::string_view("1.2.840.10008.1.2.2\0", 20)}};
