@@ -152,13 +152,8 @@ TEST(QuotedPath, EscapesQuotesAndAmpersands) {
 }
 
 TEST(UnpackOutputName, NamingRules) {
-    const struct {
-        const char* id;
-        std::variant<OutputFile, OutputDirectory> target;
-        const char* input;
-        const char* original;
-        const char* expected;
-    } cases[] = {
+    const struct { const char* id; std::variant<OutputFile, OutputDirectory> target; const char* input;
+        const char* original; const char* expected; } cases[] = {
         {"derived in dir", OutputDirectory{"out", false}, "in/x.y.dcm", "a.tar.gz", "out/x.y.gz"},
         {"no extension", OutputDirectory{".", false}, "x.dcm", "README", "./x"},
         {"explicit file ignores bad name", OutputFile{"y"}, "x.dcm", "../evil", "y"},

@@ -149,8 +149,7 @@ TEST(Truncation, PackedFilesGivePayloadOrCleanFailure) {
     Bytes big(96 * 1024);  // above the 64 KiB from which the payload stays in the file
     for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
     WriteBytes(scratch.path / "big.bin", big);
-    struct Case { const char* id; fs::path payload; std::string options; std::size_t denseLimit; };
-    const Case cases[] = {
+    const struct Case { const char* id; fs::path payload; std::string options; std::size_t denseLimit; } cases[] = {
         {"report with icon and reference", kSource / "examples/report.pdf",
          "-t \"" + (kSource / "examples/thumbnail.png").string() + "\" -r 1.2.3:1.2.3.4:1.2.3.4.5:1.2.9", 4096},
         {"payload kept in the file", scratch.path / "big.bin", "", 4096},

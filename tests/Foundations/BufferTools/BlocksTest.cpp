@@ -62,14 +62,8 @@ protected:
 
 TEST_F(BlocksTest, SplitArithmeticAndFallbacks) {
     struct Rect { std::int32_t x, y, w, h; };
-    struct Case {
-        const char* id;
-        std::int32_t width, height;
-        unsigned nx, ny;
-        int ox, oy;
-        bool inPlace;
-        std::vector<Rect> blocks;
-    } cases[] = {
+    struct Case { const char* id; std::int32_t width, height; unsigned nx, ny; int ox, oy; bool inPlace;
+        std::vector<Rect> blocks; } cases[] = {
         {"automatic stripes", 10, 16, 0, 0, 0, 0, false,
          {{0, 0, 10, 2}, {0, 2, 10, 2}, {0, 4, 10, 2}, {0, 6, 10, 2}, {0, 8, 10, 2}, {0, 10, 10, 2}, {0, 12, 10, 2},
           {0, 14, 10, 2}}},

@@ -54,12 +54,8 @@ TEST(CharSetTerms, TermFallback) {
 
 // The CLI suite checks the character sets written for Japanese, Korean and the sample files; here the rest.
 TEST(MultiCharSet, ParseCompletesTheFirstValue) {
-    const struct {
-        const char* id;
-        const char* text;
-        std::vector<CharSet::Enum> expected;
-        const char* written;
-    } cases[] = {
+    const struct { const char* id; const char* text; std::vector<CharSet::Enum> expected;
+        const char* written; } cases[] = {
         {"empty", "", {CharSet::DefaultRepertoire}, ""},
         {"latin-extension", "\\ISO 2022 IR 100", {CharSet::ISO_2022_IR_6, CharSet::ISO_2022_IR_100},
          "ISO 2022 IR 6\\ISO 2022 IR 100"},
@@ -96,13 +92,8 @@ TEST(MultiCharSet, EqualityIgnoresClearedValues) {
 }
 
 TEST(CharSetEscapes, DesignationAtTheStartOfARun) {
-    const struct {
-        const char* id;
-        std::string_view bytes;
-        CharSet::Enum term;
-        GraphicSet set;
-        std::size_t length;
-    } cases[] = {
+    const struct { const char* id; std::string_view bytes; CharSet::Enum term; GraphicSet set;
+        std::size_t length; } cases[] = {
         {"katakana", "\x1B)I", CharSet::ISO_2022_IR_13, GraphicSet::G1, 3},
         {"hebrew", "\x1B-H\xF9", CharSet::ISO_2022_IR_138, GraphicSet::G1, 3},
         {"supplementary", "\x1B$(D", CharSet::ISO_2022_IR_159, GraphicSet::G0, 4},
@@ -145,13 +136,8 @@ bool LacksJisX0212() {
 
 // Decoding gives the text, and encoding the text gives the same bytes back.
 TEST(EncodedText, EscapeSequencesOnlyWhereTheSetChanges) {
-    const struct {
-        const char* id;
-        const char* charset;
-        std::string_view bytes;
-        std::u16string_view text;
-        TextValueKind kind = TextValueKind::PersonName;
-    } cases[] = {
+    const struct { const char* id; const char* charset; std::string_view bytes; std::u16string_view text;
+        TextValueKind kind = TextValueKind::PersonName; } cases[] = {
         // G1 goes back to Latin-1 before the delimiter, explicitly, because Latin-1 has a sequence.
         {"g1-returns", "ISO 2022 IR 100\\ISO 2022 IR 126", "\xE9 \x1B-F\xE1\x1B-A\\\xE9", u"é α\\é",
          TextValueKind::MultiValued},
@@ -245,13 +231,8 @@ TEST(EncodedText, UnknownTermsReadAsDefaultRepertoire) {
 
 // What the strict reader refuses is still read, and the caller learns which fallback it took.
 TEST(EncodedText, LenientDecodingNeverDropsText) {
-    const struct {
-        const char* id;
-        const char* charset;
-        std::string_view bytes;
-        std::u16string_view text;
-        DecodeFallback fallback;
-    } cases[] = {
+    const struct { const char* id; const char* charset; std::string_view bytes; std::u16string_view text;
+        DecodeFallback fallback; } cases[] = {
         {"valid", "ISO_IR 100", "J\xE9r\xF4me", u"Jérôme", DecodeFallback::None},
         {"undeclared-latin1", "", "J\xE9r\xF4me", u"Jérôme", DecodeFallback::UndeclaredAsLatin1},
         {"unknown-term-latin1", "ISO_IR 999", "M\xFCller", u"Müller", DecodeFallback::UndeclaredAsLatin1},

@@ -29,14 +29,8 @@ TEST(LVPixelTypeTest, BytesLimitsAndAlpha) {
 }
 
 TEST(LVBuffer2DTest, AllocationStrideAndAlignment) {
-    struct Case {
-        const char* id;
-        std::int32_t width, height;
-        unsigned planes, bits;
-        std::size_t alignment;
-        bool ok;
-        std::int64_t stride;
-    } cases[] = {
+    struct Case { const char* id; std::int32_t width, height; unsigned planes, bits; std::size_t alignment; bool ok;
+        std::int64_t stride; } cases[] = {
         {"12-bit default 32", 101, 5, 3, 12, 0, true, 224},
         {"8-bit align 1", 7, 3, 1, 8, 1, true, 7},
         {"8-bit align 64", 7, 3, 2, 8, 64, true, 64},

@@ -234,16 +234,12 @@ TEST(JpegDecoderTest, TwelveBitPrecisionNeedsTheExtendedDecoder) {
 // and grey streams; here the depths and modes it does not write.
 #ifndef DICAPSULE_WITHOUT_JPEGLS
 TEST(JpegLsDecoderTest, CharlsStreamsDecode) {
-    struct Case {
-        const char* id;
-        int components;
-        int bits;
-        charls_interleave_mode mode;
-    } cases[] = {{"rgb 12 sample-interleaved", 3, 12, charls_interleave_mode::sample},
-                 {"rgb 16 line-interleaved", 3, 16, charls_interleave_mode::line},
-                 {"grey 2 scaled to 8", 1, 2, charls_interleave_mode::none},
-                 {"grey 4 scaled to 8", 1, 4, charls_interleave_mode::none},
-                 {"rgb 5 line-interleaved scaled to 8", 3, 5, charls_interleave_mode::line}};
+    struct Case { const char* id; int components; int bits; charls_interleave_mode mode; } cases[] = {
+        {"rgb 12 sample-interleaved", 3, 12, charls_interleave_mode::sample},
+        {"rgb 16 line-interleaved", 3, 16, charls_interleave_mode::line},
+        {"grey 2 scaled to 8", 1, 2, charls_interleave_mode::none},
+        {"grey 4 scaled to 8", 1, 4, charls_interleave_mode::none},
+        {"rgb 5 line-interleaved scaled to 8", 3, 5, charls_interleave_mode::line}};
     constexpr std::uint32_t kWidth = 37, kHeight = 23;
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);

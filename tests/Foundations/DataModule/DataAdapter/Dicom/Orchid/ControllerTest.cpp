@@ -49,8 +49,7 @@ TEST(ControllerFactory, EachClassGetsItsController) {
 }
 
 TEST(Controllers, OtherClassesAreLeftUnchanged) {
-    struct Case { const char* id; SOPClass::Enum controllerClass; SOPClass::Enum instanceClass; };
-    const Case cases[] = {
+    const struct Case { const char* id; SOPClass::Enum controllerClass; SOPClass::Enum instanceClass; } cases[] = {
         {"raw on pdf", SOPClass::RawData, SOPClass::EncapsulatedPDF},
         {"IO on DX", SOPClass::DigitalIntraOralXRayImageForPresentation, SOPClass::DigitalXRayImageForPresentation},
     };

@@ -81,8 +81,7 @@ TEST(DataStreamRead, EncapsulatedPixelDataIsPositionedNotLoaded) {
 // The toolkit suite reads real files of every layout; here what must be refused or read without a preamble.
 TEST(DataStreamRead, FileLayouts) {
     const Bytes meta = Element(kExplicit, 0x0002, 0x0010, "UI", Text(std::string("1.2.840.10008.1.2.2\0", 20)));
-    struct Case { const char* id; Bytes file; bool ok; std::size_t count; };
-    const Case cases[] = {
+    const struct Case { const char* id; Bytes file; bool ok; std::size_t count; } cases[] = {
         {"meta group first without preamble", Cat({meta}), true, 1},
         {"other first group", Element(kImplicit, 0x0010, 0x0010, "PN", "DOE^"), false, 0},
         {"empty", Bytes{}, false, 0},
@@ -103,8 +102,7 @@ TEST(DataStreamRead, HostileInputFailsCleanly) {
         deep = Cat({deep, Header(kExplicit, 0x0008, 0x1032, "SQ", kUndefined), Item(kExplicit, kUndefined)});
     }
     // Each failure says what went wrong, where, and in which element, for the layer that reports it.
-    struct Case { const char* id; Bytes bytes; const char* failure; };
-    const Case cases[] = {
+    const struct Case { const char* id; Bytes bytes; const char* failure; } cases[] = {
         {"truncated header", Bytes{0x10, 0x00, 0x10}, "Truncated element header at offset 0"},
         {"truncated length", Cat({TagBytes(kExplicit, 0x0010, 0x0010), Text("PN"), Bytes{4}}),
          "Truncated element header at offset 0"},

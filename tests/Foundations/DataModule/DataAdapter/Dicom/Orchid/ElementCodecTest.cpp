@@ -58,14 +58,8 @@ TEST(DataDictionary, OverlayGroupsFoldOntoTheFirst) {
 TEST(ElementCodec, StoredBytesByVR) {
     const std::int64_t ints[] = {1, 2, 3};
     const double doubles[] = {0.5, 2};
-    struct Case {
-        const char* id;
-        Tag tag;
-        VR vr;
-        std::function<void(OrchidDataElementCodec&)> store;
-        Bytes expected;
-        std::string trace;
-    };
+    struct Case { const char* id; Tag tag; VR vr; std::function<void(OrchidDataElementCodec&)> store; Bytes expected;
+        std::string trace; };
     const Case cases[] = {
         {"CS odd padded with space", Tag::Modality, VR::CS, [](auto& c) { c.StoreCharacters("ABC"); }, Text("ABC "), ""},
         {"CS even unpadded", Tag::Modality, VR::CS, [](auto& c) { c.StoreCharacters("AB"); }, Text("AB"), ""},
