@@ -31,7 +31,8 @@ inline void WriteBytes(const std::filesystem::path& path, std::span<const std::u
 // An empty folder "name-<process id>" (ctest runs each case in a process of its own), removed with
 // its content at the end.
 struct ScratchDirectory {
-    explicit ScratchDirectory(const std::string& name, const std::filesystem::path& base = std::filesystem::temp_directory_path())
+    explicit ScratchDirectory(const std::string& name,
+                              const std::filesystem::path& base = std::filesystem::temp_directory_path())
         : path(base / (name + "-" + std::to_string(::getpid()))) {
         std::filesystem::remove_all(path);
         std::filesystem::create_directories(path);

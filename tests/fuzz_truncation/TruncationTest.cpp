@@ -133,8 +133,9 @@ WholePayload ReadEveryPrefix(const Bytes& bytes, unsigned readers, const fs::pat
     WholePayload whole;
     if (readers & kFile) {
         WriteBytes(file, bytes);
-        whole.found = Dicapsule::read_payload(file.string(), true, whole.facts) == Dicapsule::PayloadReadResult::success &&
-                      whole.facts.content.ReadAll(whole.content);
+        whole.found =
+            Dicapsule::read_payload(file.string(), true, whole.facts) == Dicapsule::PayloadReadResult::success &&
+            whole.facts.content.ReadAll(whole.content);
     }
     for (const std::size_t length : PrefixLengths(bytes, denseLimit)) {
         SCOPED_TRACE("prefix of " + std::to_string(length) + " bytes");

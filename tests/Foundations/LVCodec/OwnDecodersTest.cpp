@@ -31,9 +31,10 @@ std::int64_t Pattern(std::int32_t x, std::int32_t y, unsigned c, std::int64_t ma
     return ((x * 7 + y * 13 + c * 50) * scale + c) % (maximum + 1);
 }
 
-// Appends v as a number of `width` bytes.
+// Appends v as `width` bytes, the least significant first unless bigEndian.
 void Put(std::vector<std::uint8_t>& out, std::uint32_t v, unsigned width, bool bigEndian = false) {
-    for (unsigned i = 0; i < width; ++i) out.push_back(static_cast<std::uint8_t>(v >> 8 * (bigEndian ? width - 1 - i : i)));
+    for (unsigned i = 0; i < width; ++i)
+        out.push_back(static_cast<std::uint8_t>(v >> 8 * (bigEndian ? width - 1 - i : i)));
 }
 
 // A BMP file: 14-byte file header, 40-byte info header, grey palette of 2^bpp entries (bpp <= 8), pixels.
@@ -48,7 +49,7 @@ std::vector<std::uint8_t> Bmp(std::int32_t width, std::int32_t height, std::uint
     Put(out, 1, 2);
     Put(out, bpp, 2);
     for (const std::uint32_t v : {compression, size, 0u, 0u, 0u, 0u}) Put(out, v, 4);
-    for (std::uint32_t i = 0; i < palette / 4; ++i) Put(out, (i * 17 & 0xFF) * 0x010101u, 4);
+    for (std::uint32_t i = 0; i < palette / 4; ++i) Put(out, ((i * 17) & 0xFF) * 0x010101u, 4);
     out.insert(out.end(), pixels.begin(), pixels.end());
     return out;
 }

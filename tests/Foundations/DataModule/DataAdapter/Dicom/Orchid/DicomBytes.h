@@ -32,8 +32,8 @@ inline std::uint32_t Len(const Bytes& bytes) { return static_cast<std::uint32_t>
 // An unsigned integer of `size` bytes in the encoding's byte order.
 inline Bytes Number(StreamEncoding enc, std::uint32_t value, int size) {
     Bytes out;
-    for (int i = 0; i < size; ++i)
-        out.push_back(static_cast<std::uint8_t>(value >> 8 * (enc == StreamEncoding::ExplicitBigEndian ? size - 1 - i : i)));
+    const bool big = enc == StreamEncoding::ExplicitBigEndian;
+    for (int i = 0; i < size; ++i) out.push_back(static_cast<std::uint8_t>(value >> 8 * (big ? size - 1 - i : i)));
     return out;
 }
 
