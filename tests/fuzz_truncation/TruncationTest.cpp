@@ -4,19 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <set>
-#include <span>
-#include <string>
-#include <vector>
 
-#include <unistd.h>
-
+#include "TestFiles.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
@@ -46,23 +38,14 @@ enum Reader : unsigned {
     kEdition = 64,      // edition document text
 };
 
-Bytes ReadBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using TestFiles::ReadBytes;
+using TestFiles::WriteBytes;
 
-void WriteBytes(const fs::path& path, std::span<const std::uint8_t> bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-// A directory of this process, removed at the end.
-struct ScratchDirectory {
-    // Memory-backed when there is /dev/shm: thousands of prefixes are written.
-    fs::path path = (fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()) /
-                    ("dicapsule-truncation-" + std::to_string(::getpid()));
-    ScratchDirectory() { fs::create_directories(path); }
-    ~ScratchDirectory() { fs::remove_all(path); }
+// Memory-backed when there is /dev/shm: thousands of prefixes are written.
+struct ScratchDirectory : TestFiles::ScratchDirectory {
+    ScratchDirectory()
+        : TestFiles::ScratchDirectory("dicapsule-truncation",
+                                      fs::is_directory("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()) {}
 };
 
 // Offsets where an element's header, value or end lies, from a read of the whole file.
@@ -97,18 +80,7 @@ std::vector<std::size_t> PrefixLengths(const Bytes& whole, std::size_t denseLimi
 }
 
 // What the payload reader finds in a whole file.
-struct WholePayload {
-    bool found = false;
-    Dicapsule::PayloadFacts facts;
-    Bytes content;
-};
-
-WholePayload ReadWholePayload(const fs::path& file) {
-    WholePayload whole;
-    whole.found = Dicapsule::read_payload(file.string(), true, whole.facts) == Dicapsule::PayloadReadResult::success &&
-                  whole.facts.content.ReadAll(whole.content);
-    return whole;
-}
+struct WholePayload { bool found = false; Dicapsule::PayloadFacts facts; Bytes content; };
 
 // Hands one prefix to each chosen reader. The payload reader, when it succeeds on a prefix of a
 // file whose payload it reads, must give the whole file's facts.
@@ -125,23 +97,21 @@ void ReadPrefix(std::span<const std::uint8_t> prefix, unsigned readers, const fs
         codec::ReadDicomFile(file, tree);
         for (const bool wantContent : {true, false}) {
             Dicapsule::PayloadFacts facts;
-            if (Dicapsule::read_payload(file.string(), wantContent, facts) != Dicapsule::PayloadReadResult::success) {
+            if (Dicapsule::read_payload(file.string(), wantContent, facts) != Dicapsule::PayloadReadResult::success ||
+                !whole.found)
                 continue;
-            }
-            if (!whole.found) continue;
             EXPECT_EQ(facts.name, whole.facts.name);
             EXPECT_EQ(facts.command_line, whole.facts.command_line);
             EXPECT_EQ(facts.references, whole.facts.references);
             Bytes content;
-            if (wantContent) {
-                EXPECT_TRUE(facts.content.ReadAll(content) && content == whole.content);
-            }
+            EXPECT_TRUE(!wantContent || (facts.content.ReadAll(content) && content == whole.content));
         }
     }
+    const dm::date_time stamp{2024, 3, 5, 10, 0, 0, 0};
     if (readers & kMetadata) {
         dm::PatientDataSet set;
         dm::MetadataRows rows;
-        dm::LoadMetadata(set, file.string(), dm::date_time{2024, 3, 5, 10, 0, 0, 0}, dm::SOPClass::RawData, rows);
+        dm::LoadMetadata(set, file.string(), stamp, dm::SOPClass::RawData, rows);
     }
     Lumivale::Imaging::LVImageMemory image;
     if (readers & kDicomImage) {
@@ -151,11 +121,10 @@ void ReadPrefix(std::span<const std::uint8_t> prefix, unsigned readers, const fs
     if (readers & kBmp) Lumivale::Imaging::DecodeBmp(prefix, image);
     if (readers & kPnm) Lumivale::Imaging::DecodePnm(prefix, image);
     if (readers & kEdition) {
+        const std::string_view text(reinterpret_cast<const char*>(prefix.data()), prefix.size());
         dm::PatientDataSet set;
         dm::MetadataRows rows;
-        const std::string_view text(reinterpret_cast<const char*>(prefix.data()), prefix.size());
-        dm::BuildRowsFromEditionDocument(set, text, dm::date_time{2024, 3, 5, 10, 0, 0, 0}, dm::SOPClass::RawData,
-                                         rows);
+        dm::BuildRowsFromEditionDocument(set, text, stamp, dm::SOPClass::RawData, rows);
     }
 }
 
@@ -164,7 +133,9 @@ WholePayload ReadEveryPrefix(const Bytes& bytes, unsigned readers, const fs::pat
     WholePayload whole;
     if (readers & kFile) {
         WriteBytes(file, bytes);
-        whole = ReadWholePayload(file);
+        whole.found =
+            Dicapsule::read_payload(file.string(), true, whole.facts) == Dicapsule::PayloadReadResult::success &&
+            whole.facts.content.ReadAll(whole.content);
     }
     for (const std::size_t length : PrefixLengths(bytes, denseLimit)) {
         SCOPED_TRACE("prefix of " + std::to_string(length) + " bytes");
@@ -179,13 +150,7 @@ TEST(Truncation, PackedFilesGivePayloadOrCleanFailure) {
     Bytes big(96 * 1024);  // above the 64 KiB from which the payload stays in the file
     for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
     WriteBytes(scratch.path / "big.bin", big);
-    struct Case {
-        const char* id;
-        fs::path payload;
-        std::string options;
-        std::size_t denseLimit;
-    };
-    const Case cases[] = {
+    const struct Case { const char* id; fs::path payload; std::string options; std::size_t denseLimit; } cases[] = {
         {"report with icon and reference", kSource / "examples/report.pdf",
          "-t \"" + (kSource / "examples/thumbnail.png").string() + "\" -r 1.2.3:1.2.3.4:1.2.3.4.5:1.2.9", 4096},
         {"payload kept in the file", scratch.path / "big.bin", "", 4096},

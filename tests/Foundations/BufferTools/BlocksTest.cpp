@@ -61,17 +61,9 @@ protected:
 };
 
 TEST_F(BlocksTest, SplitArithmeticAndFallbacks) {
-    struct Rect {
-        std::int32_t x, y, w, h;
-    };
-    struct Case {
-        const char* id;
-        std::int32_t width, height;
-        unsigned nx, ny;
-        int ox, oy;
-        bool inPlace;
-        std::vector<Rect> blocks;
-    } cases[] = {
+    struct Rect { std::int32_t x, y, w, h; };
+    struct Case { const char* id; std::int32_t width, height; unsigned nx, ny; int ox, oy; bool inPlace;
+        std::vector<Rect> blocks; } cases[] = {
         {"automatic stripes", 10, 16, 0, 0, 0, 0, false,
          {{0, 0, 10, 2}, {0, 2, 10, 2}, {0, 4, 10, 2}, {0, 6, 10, 2}, {0, 8, 10, 2}, {0, 10, 10, 2}, {0, 12, 10, 2},
           {0, 14, 10, 2}}},
@@ -87,8 +79,7 @@ TEST_F(BlocksTest, SplitArithmeticAndFallbacks) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);
-        LVBuffer2D source = Buffer(c.width, c.height);
-        LVBuffer2D other = Buffer(c.width, c.height);
+        LVBuffer2D source = Buffer(c.width, c.height), other = Buffer(c.width, c.height);
         LVBuffer2D& destination = c.inPlace ? source : other;
         CopyBlocks task;
         ASSERT_TRUE(task.Split(source, destination, c.nx, c.ny, c.ox, c.oy));
@@ -105,8 +96,7 @@ TEST_F(BlocksTest, SplitArithmeticAndFallbacks) {
 }
 
 TEST_F(BlocksTest, AutomaticCountIsBoundedAndFallsBackToOne) {
-    LVBuffer2D source = Buffer(4, 64);
-    LVBuffer2D destination = Buffer(4, 64);
+    LVBuffer2D source = Buffer(4, 64), destination = Buffer(4, 64);
     CopyBlocks task;
     SetProcessorCountFunction([] { return 40; });
     ASSERT_TRUE(task.Split(source, destination, 0, 0, 0, 0));
@@ -136,8 +126,7 @@ TEST_F(BlocksTest, EnvironmentSwitch) {
 }
 
 TEST_F(BlocksTest, RunCallsBeginProcessEnd) {
-    LVBuffer2D source = Buffer(4, 8);
-    LVBuffer2D destination = Buffer(4, 8);
+    LVBuffer2D source = Buffer(4, 8), destination = Buffer(4, 8);
     RecordingBlocks empty;
     EXPECT_FALSE(empty.Run(false));
     EXPECT_EQ(empty.begun, 0);
@@ -163,8 +152,7 @@ TEST_F(BlocksTest, RunCallsBeginProcessEnd) {
 }
 
 TEST_F(BlocksTest, SingleBlockNeverStartsTheSelfTest) {
-    LVBuffer2D source = Buffer(4, 8);
-    LVBuffer2D destination = Buffer(4, 8);
+    LVBuffer2D source = Buffer(4, 8), destination = Buffer(4, 8);
     CopyBlocks task;
     EXPECT_TRUE(task.SplitAndRun(source, destination, 1, 1, 0, 0, true));
     EXPECT_FALSE(IsSelfTestDone());
@@ -172,8 +160,7 @@ TEST_F(BlocksTest, SingleBlockNeverStartsTheSelfTest) {
 }
 
 TEST_F(BlocksTest, SuccessfulSelfTestKeepsParallelWork) {
-    LVBuffer2D source = Buffer(33, 70);
-    LVBuffer2D destination = Buffer(33, 70);
+    LVBuffer2D source = Buffer(33, 70), destination = Buffer(33, 70);
     for (std::int32_t y = 0; y < 70; ++y)
         for (std::int32_t x = 0; x < 33; ++x) source.SetSample(0, x, y, x * 7 + y);
     BufferToolsBlocks tools;
@@ -192,8 +179,7 @@ TEST_F(BlocksTest, FailedSelfTestDisablesParallelWorkButTheTaskStillRuns) {
         worker->failIndex = 0;
         return worker;
     });
-    LVBuffer2D source = Buffer(16, 16);
-    LVBuffer2D destination = Buffer(16, 16);
+    LVBuffer2D source = Buffer(16, 16), destination = Buffer(16, 16);
     ASSERT_TRUE(source.Fill(9));
     BufferToolsBlocks tools;
     EXPECT_TRUE(CopyBuffer(tools, source, destination, true));
@@ -210,38 +196,33 @@ TEST_F(BlocksTest, FailedSelfTestDisablesParallelWorkButTheTaskStillRuns) {
 }
 
 TEST_F(BlocksTest, LookUpTableMatchesTheSerialResult) {
-    LVBuffer2D source;
-    ASSERT_TRUE(source.Allocate(37, 41, 3, 12));
-    for (unsigned p = 0; p < 3; ++p)
-        for (std::int32_t y = 0; y < 41; ++y)
-            for (std::int32_t x = 0; x < 37; ++x) source.SetSample(p, x, y, (x * 97 + y * 31 + p * 1000) % 4096);
+    LVBuffer2D source, parallel, serial;
+    ASSERT_TRUE(source.Allocate(37, 41, 3, 12) && parallel.Allocate(37, 41, 3, 8) && serial.Allocate(37, 41, 3, 8));
     LVLut lut;
     ASSERT_TRUE(lut.BuildLinear(0, 4095, 8));
-    LVBuffer2D parallel, serial;
-    ASSERT_TRUE(parallel.Allocate(37, 41, 3, 8));
-    ASSERT_TRUE(serial.Allocate(37, 41, 3, 8));
-    BufferToolsBlocks tools;
-    ASSERT_TRUE(ApplyLUTBuffer(tools, source, parallel, lut));
     for (unsigned p = 0; p < 3; ++p)
         for (std::int32_t y = 0; y < 41; ++y)
-            for (std::int32_t x = 0; x < 37; ++x) serial.SetSample(p, x, y, lut.Map(source.Sample(p, x, y)));
+            for (std::int32_t x = 0; x < 37; ++x) {
+                source.SetSample(p, x, y, (x * 97 + y * 31 + p * 1000) % 4096);
+                serial.SetSample(p, x, y, lut.Map(source.Sample(p, x, y)));
+            }
+    BufferToolsBlocks tools;
+    ASSERT_TRUE(ApplyLUTBuffer(tools, source, parallel, lut));
     EXPECT_TRUE(parallel.Equals(serial));
 }
 
 TEST_F(BlocksTest, ResizeAveragesAndRangeScans) {
-    LVBuffer2D source = Buffer(4, 2);
+    LVBuffer2D source = Buffer(4, 2), half = Buffer(2, 1);
     const int values[2][4] = {{0, 2, 10, 20}, {4, 6, 30, 40}};
     for (std::int32_t y = 0; y < 2; ++y)
         for (std::int32_t x = 0; x < 4; ++x) source.SetSample(0, x, y, values[y][x]);
-    LVBuffer2D half = Buffer(2, 1);
     BufferToolsBlocks tools;
     ASSERT_TRUE(tools.Resize(source, half));
     EXPECT_EQ(half.Sample(0, 0, 0), 3);
     EXPECT_EQ(half.Sample(0, 1, 0), 25);
     std::int64_t low = 0, high = 0;
     ASSERT_TRUE(tools.Range(source, low, high));
-    EXPECT_EQ(low, 0);
-    EXPECT_EQ(high, 40);
+    EXPECT_EQ(std::pair(low, high), (std::pair<std::int64_t, std::int64_t>(0, 40)));
 }
 
 }  // namespace

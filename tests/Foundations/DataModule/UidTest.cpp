@@ -18,14 +18,8 @@ using namespace Lumivale::DataModule;
 const date_time kStamp{2015, 5, 21, 16, 20, 55, 0};
 
 TEST(UidComposition, ComponentsAndSkippingRules) {
-    struct Case {
-        const char* id;
-        std::uint32_t machine;
-        std::uint32_t process;
-        std::uint32_t counter;
-        const char* tail;
-        const char* expected;
-    } const cases[] = {
+    struct Case { const char* id; std::uint32_t machine; std::uint32_t process; std::uint32_t counter; const char* tail;
+        const char* expected; } const cases[] = {
         {"all components", 845147831, 6676, 32, "", "1.2.3.50.845147831.20150521162055.6676.32"},
         {"no machine number", 0, 6676, 1, "", "1.2.3.50.20150521162055.6676.1"},
         {"no process id", 7, 0, 1, "", "1.2.3.50.7.20150521162055.1"},

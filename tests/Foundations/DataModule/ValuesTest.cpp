@@ -135,13 +135,7 @@ TEST(DateTimeText, FormatsBySelector) {
 
 TEST(DateTimeText, ParsesAndValidatesDicomValues) {
     enum Kind { DA, TM, DT };
-    struct Case {
-        const char* id;
-        Kind kind;
-        const char* text;
-        bool ok;
-        date_time expected;
-    } const cases[] = {
+    struct Case { const char* id; Kind kind; const char* text; bool ok; date_time expected; } const cases[] = {
         {"DA plain", DA, "20150521", true, {2015, 5, 21, 0, 0, 0, 0}},
         {"DA padded", DA, "20240229 ", true, {2024, 2, 29, 0, 0, 0, 0}},
         {"DA not a leap year", DA, "20230229", false, {}},
@@ -189,25 +183,12 @@ TEST(NumberValue, ReadsWholeNumbersOnly) {
 }
 
 TEST(UidValue, AcceptsOnlyDottedNumericText) {
-    struct Case {
-        const char* id;
-        std::string text;
-        bool valid;
-    } const cases[] = {
-        {"plain", "1.2.840.10008.1.2.1", true},
-        {"zero component", "1.2.0.3", true},
-        {"leading zero", "1.2.03", false},
-        {"empty component", "1..2", false},
-        {"trailing dot", "1.2.", false},
-        {"letter", "1.2.a", false},
-        {"empty", "", false},
-        {"64 characters", "1." + std::string(62, '1'), true},
-        {"65 characters", "1." + std::string(63, '1'), false},
+    const std::pair<std::string, bool> cases[] = {
+        {"1.2.840.10008.1.2.1", true}, {"1.2.0.3", true}, {"1.2.03", false}, {"1..2", false}, {"1.2.", false},
+        {"1.2.a", false},              {"", false},       {"1." + std::string(62, '1'), true},  // 64 characters
+        {"1." + std::string(63, '1'), false},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.id);
-        EXPECT_EQ(IsValidUid(c.text), c.valid);
-    }
+    for (const auto& [text, valid] : cases) EXPECT_EQ(IsValidUid(text), valid) << '"' << text << '"';
     UIDDataType uid;
     EXPECT_TRUE(uid.Set(std::string("1.2.3\0", 6)));
     EXPECT_EQ(uid.Value(), "1.2.3");

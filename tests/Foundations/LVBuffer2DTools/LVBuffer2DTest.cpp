@@ -11,12 +11,7 @@ namespace Lumivale::Imaging {
 namespace {
 
 TEST(LVPixelTypeTest, BytesLimitsAndAlpha) {
-    struct Case {
-        const char* id;
-        LVPixelType type;
-        unsigned bitsAllocated;
-        std::int64_t min, max;
-    } cases[] = {
+    struct Case { const char* id; LVPixelType type; unsigned bitsAllocated; std::int64_t min, max; } cases[] = {
         {"u8", {1, 8, true}, 8, 0, 255},
         {"u12", {3, 12, true}, 16, 0, 4095},
         {"s16", {1, 16, false}, 16, -32768, 32767},
@@ -34,14 +29,8 @@ TEST(LVPixelTypeTest, BytesLimitsAndAlpha) {
 }
 
 TEST(LVBuffer2DTest, AllocationStrideAndAlignment) {
-    struct Case {
-        const char* id;
-        std::int32_t width, height;
-        unsigned planes, bits;
-        std::size_t alignment;
-        bool ok;
-        std::int64_t stride;
-    } cases[] = {
+    struct Case { const char* id; std::int32_t width, height; unsigned planes, bits; std::size_t alignment; bool ok;
+        std::int64_t stride; } cases[] = {
         {"12-bit default 32", 101, 5, 3, 12, 0, true, 224},
         {"8-bit align 1", 7, 3, 1, 8, 1, true, 7},
         {"8-bit align 64", 7, 3, 2, 8, 64, true, 64},
@@ -63,10 +52,7 @@ TEST(LVBuffer2DTest, AllocationStrideAndAlignment) {
             EXPECT_EQ(buffer.Plane(p) - buffer.Plane(0), static_cast<std::ptrdiff_t>(c.stride * c.height * p));
         }
     }
-}
-
-TEST(LVBuffer2DTest, AlignmentSettingOffMeansByteAlignment) {
-    SetBufferAlignmentEnabled(false);
+    SetBufferAlignmentEnabled(false);  // off means byte alignment
     LVBuffer2D buffer;
     EXPECT_TRUE(buffer.Allocate(101, 2, 1, 8));
     EXPECT_EQ(buffer.LineStride(), 101);

@@ -3,14 +3,12 @@
 #include "Foundations/LVCodec/LVImage.h"
 #include "Foundations/LVCodec/LVImageCodecRegistry.h"
 #include "GoldenImage.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
-#include <vector>
 
 namespace Lumivale::Imaging {
 namespace {
@@ -86,24 +84,14 @@ TEST(CodecRegistryTest, ExtensionLookup) {
                  {"dir.v2/x.TIFF", "TIFF"}, {"x.pam", "PNM"},          {"x.jp2", "JPEG2000"}, {"noextension", nullptr},
                  {"x.gif", nullptr},        {"x.png.dat", nullptr},    {"x.", nullptr}};
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.path);
         const LVImageCodec* codec = FindCodecByExtension(c.path);
-        if (c.codec == nullptr) {
-            EXPECT_EQ(codec, nullptr);
-        } else {
-            ASSERT_NE(codec, nullptr);
-            EXPECT_STREQ(codec->Name(), c.codec);
-        }
+        EXPECT_STREQ(codec ? codec->Name() : nullptr, c.codec) << c.path;
     }
 }
 
 TEST(CodecRegistryTest, SignatureLookup) {
     const std::string renamed = kImages + "/signature_probe.bin";
-    struct Case {
-        const char* id;
-        std::string bytes;
-        const char* codec;
-    } cases[] = {
+    struct Case { const char* id; std::string bytes; const char* codec; } cases[] = {
         {"jpeg-ls claimed by jpeg", std::string("\xFF\xD8\xFF\xF7", 4) + "rest", "JPEG"},
         {"jp2 odd record", std::string("\x00\x00\x00\x0C\x6A\x00\x78\x35", 8), "JPEG2000"},
         {"standard jp2 box", std::string("\x00\x00\x00\x0C\x6A\x50\x20\x20", 8), nullptr},
@@ -117,12 +105,7 @@ TEST(CodecRegistryTest, SignatureLookup) {
         SCOPED_TRACE(c.id);
         std::ofstream(renamed, std::ios::binary) << c.bytes;
         const LVImageCodec* codec = FindCodecBySignature(renamed);
-        if (c.codec == nullptr) {
-            EXPECT_EQ(codec, nullptr);
-        } else {
-            ASSERT_NE(codec, nullptr);
-            EXPECT_STREQ(codec->Name(), c.codec);
-        }
+        EXPECT_STREQ(codec ? codec->Name() : nullptr, c.codec);
     }
     std::remove(renamed.c_str());
 }
@@ -130,10 +113,7 @@ TEST(CodecRegistryTest, SignatureLookup) {
 TEST(CodecRegistryTest, LoadChoosesTheCodecByExtensionOrSignature) {
     const std::string png = kImages + "/png_RGB.png";
     const std::string disguised = kImages + "/png_RGB_copy.dat";
-    {
-        std::ifstream in(png, std::ios::binary);
-        std::ofstream(disguised, std::ios::binary) << in.rdbuf();
-    }
+    TestFiles::WriteBytes(disguised, TestFiles::ReadBytes(png));
     LVImage image;
     EXPECT_FALSE(image.LoadFromFile(disguised, 0));
     EXPECT_TRUE(image.LoadFromFile(disguised, kLoadBySignature));

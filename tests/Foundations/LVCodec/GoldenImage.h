@@ -19,7 +19,6 @@ struct Golden {
     unsigned planes = 0, bytes = 0;
     std::int32_t width = 0, height = 0;
     std::vector<std::uint8_t> samples;
-    // Sample p of pixel (x, y).
     std::int64_t At(unsigned p, std::int32_t x, std::int32_t y) const {
         const std::size_t i = ((std::size_t{p} * height + y) * width + x) * bytes;
         return bytes == 2 ? samples[i] | samples[i + 1] << 8 : samples[i];

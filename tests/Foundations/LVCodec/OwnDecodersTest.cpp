@@ -7,6 +7,7 @@
 #include "Foundations/LVCodec/jpeg/JpegExtendedDecoder.h"
 #include "Foundations/LVCodec/jpegls/LVImageCodec_JPEGLS.h"
 #include "Foundations/LVCodec/pnm/PnmWrapper.h"
+#include "TestFiles.h"
 #include "TraceCapture.h"
 
 #ifndef DICAPSULE_WITHOUT_JPEGLS  // a Windows build may go without CharLS
@@ -14,7 +15,6 @@
 #endif
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -25,53 +25,37 @@ const std::string kImages = DICAPSULE_GENERATED_IMAGES;
 
 std::vector<std::uint8_t> Bytes(const std::string& text) { return {text.begin(), text.end()}; }
 
-std::vector<std::uint8_t> ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 // The generated pattern: sample c of pixel (x, y) for a given maximum.
 std::int64_t Pattern(std::int32_t x, std::int32_t y, unsigned c, std::int64_t maximum = 255) {
     const std::int64_t scale = maximum > 255 ? maximum / 255 : 1;
     return ((x * 7 + y * 13 + c * 50) * scale + c) % (maximum + 1);
 }
 
-void Append32(std::vector<std::uint8_t>& out, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i) out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
-void Append16(std::vector<std::uint8_t>& out, std::uint16_t v) {
-    out.push_back(static_cast<std::uint8_t>(v));
-    out.push_back(static_cast<std::uint8_t>(v >> 8));
+// Appends v as `width` bytes, the least significant first unless bigEndian.
+void Put(std::vector<std::uint8_t>& out, std::uint32_t v, unsigned width, bool bigEndian = false) {
+    for (unsigned i = 0; i < width; ++i)
+        out.push_back(static_cast<std::uint8_t>(v >> 8 * (bigEndian ? width - 1 - i : i)));
 }
 
 // A BMP file: 14-byte file header, 40-byte info header, grey palette of 2^bpp entries (bpp <= 8), pixels.
 std::vector<std::uint8_t> Bmp(std::int32_t width, std::int32_t height, std::uint16_t bpp, std::uint32_t compression,
                               const std::vector<std::uint8_t>& pixels) {
-    const std::uint32_t paletteBytes = bpp <= 8 ? 4u << bpp : 0;
+    const std::uint32_t palette = bpp <= 8 ? 4u << bpp : 0, size = static_cast<std::uint32_t>(pixels.size());
     std::vector<std::uint8_t> out = {'B', 'M'};
-    Append32(out, 54 + paletteBytes + static_cast<std::uint32_t>(pixels.size()));  // file size
-    Append32(out, 0);                                                                // reserved
-    Append32(out, 54 + paletteBytes);                                                // pixel offset
-    Append32(out, 40);                                                               // info header size
-    Append32(out, static_cast<std::uint32_t>(width));
-    Append32(out, static_cast<std::uint32_t>(height));  // negative: top-down
-    Append16(out, 1);                                    // planes
-    Append16(out, bpp);
-    Append32(out, compression);
-    Append32(out, static_cast<std::uint32_t>(pixels.size()));
-    for (int i = 0; i < 4; ++i) Append32(out, 0);  // resolution, colours used, important
-    for (std::uint32_t i = 0; i < paletteBytes / 4; ++i)
-        for (const int channel : {0, 1, 2, 3}) out.push_back(channel == 3 ? 0 : static_cast<std::uint8_t>(i * 17));
+    // File size, reserved, pixel offset, info header size, width, height (negative: top-down); planes, bits;
+    // compression, image size, resolution (2), colours used, important.
+    for (const std::uint32_t v : {54 + palette + size, 0u, 54 + palette, 40u, std::uint32_t(width), std::uint32_t(height)})
+        Put(out, v, 4);
+    Put(out, 1, 2);
+    Put(out, bpp, 2);
+    for (const std::uint32_t v : {compression, size, 0u, 0u, 0u, 0u}) Put(out, v, 4);
+    for (std::uint32_t i = 0; i < palette / 4; ++i) Put(out, ((i * 17) & 0xFF) * 0x010101u, 4);
     out.insert(out.end(), pixels.begin(), pixels.end());
     return out;
 }
 
 TEST(PnmDecoderTest, HeaderErrorsAreTracedWordForWord) {
-    struct Case {
-        const char* id;
-        std::string input;
-        std::string message;
-    } cases[] = {
+    struct Case { const char* id; std::string input; std::string message; } cases[] = {
         {"empty", "", "Error reading magic number from Netpbm image stream.  Most often, this means your input file "
                       "is empty."},
         {"magic", "Q5\n1 1\n255\n", "bad magic number - not a ppm, pgm, or pbm file"},
@@ -100,12 +84,7 @@ TEST(PnmDecoderTest, HeaderErrorsAreTracedWordForWord) {
 }
 
 TEST(PnmDecoderTest, MaxvalDecidesTheSampleWidth) {
-    struct Case {
-        const char* id;
-        std::string input;
-        unsigned bits;
-        std::int64_t first, last;
-    } cases[] = {
+    struct Case { const char* id; std::string input; unsigned bits; std::int64_t first, last; } cases[] = {
         {"maxval 15 scales to 8 bits", "P2\n2 1\n15\n0 # comment\n 15\n", 8, 0, 255},
         {"maxval 4095 keeps 12 bits", std::string("P5\n2 1\n4095\n\x00\x01\x0F\xFF", 16), 12, 1, 4095},
         {"maxval 1000 scales to 16 bits", std::string("P5\n2 1\n1000\n\x00\x00\x03\xE8", 16), 16, 0, 65535},
@@ -164,13 +143,7 @@ TEST(DicomDecoderTest, MainImageIconAndMessages) {
     EXPECT_EQ(image.Buffer().Bits(), 12u);
     EXPECT_EQ(image.Buffer().Sample(0, 30, 20), Pattern(30, 20, 0, 4095));
 
-    struct Case {
-        const char* id;
-        std::string path;
-        unsigned flags;
-        bool ok;
-        std::string message;
-    } cases[] = {
+    struct Case { const char* id; std::string path; unsigned flags; bool ok; std::string message; } cases[] = {
         {"no icon", twelve, kLoadThumbnail, false, twelve + " does not embed a thumbnail"},
         {"palette", kImages + "/dicom_palette.dcm", 0, false, "Cannot decode : photometric_interpretation PALETTE COLOR"},
         {"compressed", kImages + "/dicom_jpeg.dcm", 0, true, "has compression : 1.2.840.10008.1.2.4.50"},
@@ -185,14 +158,13 @@ TEST(DicomDecoderTest, MainImageIconAndMessages) {
 }
 
 TEST(DicomDecoderTest, BrokenJpegPixelsAndMissingPages) {
-    std::vector<std::uint8_t> bytes = ReadFile(kImages + "/dicom_jpeg.dcm");
+    std::vector<std::uint8_t> bytes = TestFiles::ReadBytes(kImages + "/dicom_jpeg.dcm");
     const std::uint8_t soi[] = {0xFF, 0xD8, 0xFF};
     const auto at = std::search(bytes.begin(), bytes.end(), std::begin(soi), std::end(soi));
     ASSERT_NE(at, bytes.end());
     at[0] = at[1] = 0;
     const std::string broken = kImages + "/broken_jpeg.dcm";
-    std::ofstream(broken, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                  static_cast<std::streamsize>(bytes.size()));
+    TestFiles::WriteBytes(broken, bytes);
     TraceCapture trace;
     LVImage image;
     EXPECT_FALSE(image.LoadFromFile(broken, 0));
@@ -207,31 +179,19 @@ TEST(DicomDecoderTest, BrokenJpegPixelsAndMissingPages) {
 // An EXIF block: "Exif\0\0", a TIFF header in either byte order, one directory of one entry.
 std::vector<std::uint8_t> Exif(bool bigEndian, std::uint16_t tag, std::uint16_t type, std::uint16_t value,
                                std::size_t keep = 0) {
-    std::vector<std::uint8_t> out = {'E', 'x', 'i', 'f', 0, 0};
-    auto put = [&](std::uint32_t v, unsigned width) {
-        for (unsigned i = 0; i < width; ++i)
-            out.push_back(static_cast<std::uint8_t>(v >> 8 * (bigEndian ? width - 1 - i : i)));
-    };
-    out.push_back(bigEndian ? 'M' : 'I');
-    out.push_back(bigEndian ? 'M' : 'I');
-    put(42, 2);
-    put(8, 4);      // first directory right after the header
-    put(1, 2);      // one entry
-    put(tag, 2);
-    put(type, 2);
-    put(1, 4);      // count
-    put(value, 2);  // a SHORT sits in the first two bytes of the value field
-    put(0, 2);
+    const std::uint8_t order = bigEndian ? 'M' : 'I';
+    std::vector<std::uint8_t> out = {'E', 'x', 'i', 'f', 0, 0, order, order};
+    // 42, the first directory right after the header, one entry: tag, type, count 1 and a SHORT in
+    // the first two bytes of the value field.
+    for (const auto& [v, width] : std::initializer_list<std::pair<std::uint32_t, unsigned>>{
+             {42, 2}, {8, 4}, {1, 2}, {tag, 2}, {type, 2}, {1, 4}, {value, 2}, {0, 2}})
+        Put(out, v, width, bigEndian);
     if (keep) out.resize(keep);
     return out;
 }
 
 TEST(JpegDecoderTest, ExifOrientation) {
-    struct Case {
-        const char* id;
-        std::vector<std::uint8_t> block;
-        unsigned orientation;
-    } cases[] = {
+    struct Case { const char* id; std::vector<std::uint8_t> block; unsigned orientation; } cases[] = {
         {"little-endian 6", Exif(false, 0x0112, 3, 6), 6},
         {"big-endian 8", Exif(true, 0x0112, 3, 8), 8},
         {"another tag", Exif(false, 0x0110, 3, 6), 1},
@@ -240,16 +200,13 @@ TEST(JpegDecoderTest, ExifOrientation) {
         {"entry cut short", Exif(false, 0x0112, 3, 6, 22), 1},
         {"not EXIF", Bytes("XMP\0\0\0II*\0"), 1},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.id);
-        EXPECT_EQ(ExifOrientation(c.block), c.orientation);
-    }
+    for (const Case& c : cases) EXPECT_EQ(ExifOrientation(c.block), c.orientation) << c.id;
 }
 
 // libjpeg decodes a stream with stray bytes between two segments (with a warning); the frame
 // header is found past them too.
 TEST(JpegDecoderTest, StrayBytesBetweenSegmentsAreSkipped) {
-    std::vector<std::uint8_t> bytes = ReadFile(kImages + "/jpeg_RGB.jpg");
+    std::vector<std::uint8_t> bytes = TestFiles::ReadBytes(kImages + "/jpeg_RGB.jpg");
     ASSERT_GT(bytes.size(), 6u);
     const std::size_t afterFirstSegment = 4 + (std::size_t{bytes[4]} << 8 | bytes[5]);
     bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(afterFirstSegment), {0x12, 0x00, 0xFF, 0x00});
@@ -262,7 +219,7 @@ TEST(JpegDecoderTest, StrayBytesBetweenSegmentsAreSkipped) {
 // With the extended decoder the thumbnail corpus decodes such streams; without it they are refused.
 TEST(JpegDecoderTest, TwelveBitPrecisionNeedsTheExtendedDecoder) {
     if (HasExtendedJpeg()) GTEST_SKIP() << "this build decodes 12-bit JPEG";
-    std::vector<std::uint8_t> bytes = ReadFile(kImages + "/jpeg_L.jpg");
+    std::vector<std::uint8_t> bytes = TestFiles::ReadBytes(kImages + "/jpeg_L.jpg");
     const std::uint8_t sof0[] = {0xFF, 0xC0};
     const auto at = std::search(bytes.begin(), bytes.end(), std::begin(sof0), std::end(sof0));
     ASSERT_NE(at, bytes.end());
@@ -278,16 +235,12 @@ TEST(JpegDecoderTest, TwelveBitPrecisionNeedsTheExtendedDecoder) {
 // and grey streams; here the depths and modes it does not write.
 #ifndef DICAPSULE_WITHOUT_JPEGLS
 TEST(JpegLsDecoderTest, CharlsStreamsDecode) {
-    struct Case {
-        const char* id;
-        int components;
-        int bits;
-        charls_interleave_mode mode;
-    } cases[] = {{"rgb 12 sample-interleaved", 3, 12, charls_interleave_mode::sample},
-                 {"rgb 16 line-interleaved", 3, 16, charls_interleave_mode::line},
-                 {"grey 2 scaled to 8", 1, 2, charls_interleave_mode::none},
-                 {"grey 4 scaled to 8", 1, 4, charls_interleave_mode::none},
-                 {"rgb 5 line-interleaved scaled to 8", 3, 5, charls_interleave_mode::line}};
+    struct Case { const char* id; int components; int bits; charls_interleave_mode mode; } cases[] = {
+        {"rgb 12 sample-interleaved", 3, 12, charls_interleave_mode::sample},
+        {"rgb 16 line-interleaved", 3, 16, charls_interleave_mode::line},
+        {"grey 2 scaled to 8", 1, 2, charls_interleave_mode::none},
+        {"grey 4 scaled to 8", 1, 4, charls_interleave_mode::none},
+        {"rgb 5 line-interleaved scaled to 8", 3, 5, charls_interleave_mode::line}};
     constexpr std::uint32_t kWidth = 37, kHeight = 23;
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);

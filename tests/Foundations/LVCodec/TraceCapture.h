@@ -14,7 +14,6 @@ public:
     ~TraceCapture() { Portability::SetTraceSink(previous_); }
     TraceCapture(const TraceCapture&) = delete;
     TraceCapture& operator=(const TraceCapture&) = delete;
-    // True when some line equals text.
     bool Has(const std::string& text) const {
         for (const std::string& line : lines)
             if (line == text) return true;

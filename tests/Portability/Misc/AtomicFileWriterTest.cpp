@@ -1,5 +1,6 @@
 #include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/InterruptCleanup.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -7,12 +8,6 @@
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
 
 namespace {
 
@@ -20,11 +15,7 @@ namespace fs = std::filesystem;
 using Portability::AtomicFileWriter;
 using Portability::ExistingTarget;
 using Portability::WriteFailure;
-
-std::string Read(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
+using TestFiles::ReadText;
 
 std::size_t EntriesIn(const fs::path& directory) {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator(directory), {}));
@@ -32,13 +23,8 @@ std::size_t EntriesIn(const fs::path& directory) {
 
 class AtomicFileWriterTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        directory_ = fs::temp_directory_path() / ("atomic-writer-" + std::to_string(::getpid()));
-        fs::remove_all(directory_);
-        fs::create_directories(directory_);
-    }
-    void TearDown() override { fs::remove_all(directory_); }
-    fs::path directory_;
+    const TestFiles::ScratchDirectory scratch_{"atomic-writer"};
+    const fs::path& directory_ = scratch_.path;
 };
 
 TEST_F(AtomicFileWriterTest, OnlyACommitReplacesTheTargetAndNoTemporaryFileIsLeft) {
@@ -52,16 +38,16 @@ TEST_F(AtomicFileWriterTest, OnlyACommitReplacesTheTargetAndNoTemporaryFileIsLef
         ASSERT_TRUE(abandoned.Write("new", 3));
         EXPECT_FALSE(abandoned.CopyFrom(fd, 5, 100));  // the source is shorter than asked
     }
-    EXPECT_EQ(Read(target), "old");
+    EXPECT_EQ(ReadText(target), "old");
 
     AtomicFileWriter writer(target.string());
     ASSERT_TRUE(writer.Open());
     ASSERT_TRUE(writer.Write("head:", 5));
     ASSERT_TRUE(writer.CopyFrom(fd, 2, 5));
     ::close(fd);
-    EXPECT_EQ(Read(target), "old");  // nothing visible before the commit
+    EXPECT_EQ(ReadText(target), "old");  // nothing visible before the commit
     ASSERT_TRUE(writer.Commit());
-    EXPECT_EQ(Read(target), "head:23456");
+    EXPECT_EQ(ReadText(target), "head:23456");
     EXPECT_EQ(writer.size(), 10u);
     EXPECT_EQ(EntriesIn(directory_), 2u);
 
@@ -110,16 +96,16 @@ TEST_F(AtomicFileWriterTest, ExistingTargetsAreReplacedOrRefusedAtTheLastStep) {
         ASSERT_TRUE(writer.Write("new", 3));
         EXPECT_EQ(writer.Commit(), c.failure == WriteFailure::none);
         EXPECT_EQ(writer.failure(), c.failure);
-        EXPECT_EQ(Read(victim), "victim");
+        EXPECT_EQ(ReadText(victim), "victim");
         EXPECT_EQ(EntriesIn(directory_), 2u);  // the target and the victim: no temporary file
         struct stat info {};
         ASSERT_EQ(::lstat(target.c_str(), &info), 0);
         if (c.failure == WriteFailure::none) {
             EXPECT_TRUE(S_ISREG(info.st_mode));
-            EXPECT_EQ(Read(target), "new");
+            EXPECT_EQ(ReadText(target), "new");
             EXPECT_EQ(info.st_mode & 07777, c.mode);
         } else if (c.before == Before::file_0600) {
-            EXPECT_EQ(Read(target), "old");
+            EXPECT_EQ(ReadText(target), "old");
         }
     }
     ::umask(old_mask);

@@ -45,14 +45,8 @@ TEST(EditionDocument, RowAttributeTableAgreesWithTheDictionary) {
 
 // What one element of an edition gives: the text read back from the row (named member or extra element).
 TEST(EditionDocument, EveryElementKindReachesItsRow) {
-    const struct {
-        const char* id;
-        const char* scope;
-        const char* element;
-        RowKind kind;
-        ElementTag tag;
-        const char* expected;
-    } cases[] = {
+    const struct { const char* id; const char* scope; const char* element; RowKind kind; ElementTag tag;
+        const char* expected; } cases[] = {
         {"string-by-tag", "Patient", R"x(<String Name="(0010,0021)" Value="Issuer"/>)x", RowKind::Patient, {0x0010, 0x0021}, "Issuer"},
         {"number", "Series", R"x(<Number Name="SeriesNumber" Value="3"/>)x", RowKind::Series, {0x0020, 0x0011}, "3"},
         {"number-ds", "Study", R"x(<Number Name="PatientWeight" Value="72.5"/>)x", RowKind::Study, {0x0010, 0x1030}, "72.5"},
@@ -93,10 +87,7 @@ TEST(EditionDocument, EveryElementKindReachesItsRow) {
 }
 
 TEST(EditionDocument, WhatCannotBeAppliedFailsTheLoad) {
-    const struct Case {
-        const char* id;
-        std::string document;
-    } cases[] = {
+    const struct Case { const char* id; std::string document; } cases[] = {
         {"unknown-keyword", Document(Edition("Patient", R"x(<String Name="PatientNickname" Value="x"/>)x"))},
         {"keyword-of-other-row", Document(Edition("Series", R"x(<String Name="PatientID" Value="x"/>)x"))},
         {"malformed-date", Document(Edition("Study", R"x(<Date Name="StudyDate" Value="2024-03-05"/>)x"))},

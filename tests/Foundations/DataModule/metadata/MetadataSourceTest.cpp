@@ -1,6 +1,7 @@
 // Which kind of metadata source a file is, and what a DICOM source gives.
 #include "Foundations/DataModule/metadata/MetadataReader.h"
 #include "Foundations/DataModule/metadata/SourceSignature.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -26,11 +27,7 @@ const std::string kMediaDirectoryMeta =
     + "\x02\x00\x02\x00" "UI" "\x14\x00" "1.2.840.10008.1.3.10"s;
 
 TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
-    struct Case {
-        const char* id;
-        std::vector<std::uint8_t> head;
-        SourceKind::Enum kind;
-    } const cases[] = {
+    struct Case { const char* id; std::vector<std::uint8_t> head; SourceKind::Enum kind; } const cases[] = {
         {"media-directory", Head(kMediaDirectoryMeta, true), SourceKind::MediaDirectory},
         {"media-directory-other-class", Head(kMediaDirectoryMeta.substr(0, 57) + "1", true), SourceKind::Dicom},
         {"part10", Head("DICM\x02\x00\x00\x00"s, true), SourceKind::Dicom},
@@ -51,22 +48,13 @@ TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
         {"empty", {}, SourceKind::Unrecognised},
         {"one-byte", Head("\xFF"s), SourceKind::Unrecognised},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.id);
-        EXPECT_EQ(DetectSourceKind(c.head), c.kind);
-    }
+    for (const Case& c : cases) EXPECT_EQ(DetectSourceKind(c.head), c.kind) << c.id;
     EXPECT_EQ(SourceSignatureReadLength(), 256u);
 }
 
 TEST(SourceSignature, ReadsAtMostTheSignatureLength) {
     const std::string path = testing::TempDir() + "signature_head.bin";
-    {
-        std::FILE* file = std::fopen(path.c_str(), "wb");
-        ASSERT_NE(file, nullptr);
-        const std::vector<std::uint8_t> bytes(1000, 0x41);
-        std::fwrite(bytes.data(), 1, bytes.size(), file);
-        std::fclose(file);
-    }
+    TestFiles::WriteBytes(path, std::vector<std::uint8_t>(1000, 0x41));
     std::vector<std::uint8_t> head;
     const auto file = Portability::OpenFile::Open(path);
     ASSERT_TRUE(file && ReadSourceHead(*file, head));

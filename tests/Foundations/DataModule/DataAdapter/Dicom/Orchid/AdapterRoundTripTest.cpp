@@ -7,6 +7,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
 #include "Portability/Misc/Utf8Path.h"
+#include "TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -16,9 +17,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-
 namespace {
 
 namespace dm = Lumivale::DataModule;
@@ -27,17 +25,7 @@ namespace dcm = Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
 
 class AdapterRoundTrip : public ::testing::Test {
 protected:
-    void SetUp() override {
-        directory_ = std::filesystem::temp_directory_path() /
-                     ("adapter-" + std::to_string(::getpid()) + "-" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::create_directories(directory_);
-    }
-    void TearDown() override {
-        read_set = dm::PatientDataSet();  // its values may hold the packed file open, which Windows cannot remove
-        std::filesystem::remove_all(directory_);
-    }
-
-    std::filesystem::path Path(const char* name) const { return directory_ / name; }
+    std::filesystem::path Path(const char* name) const { return scratch_.path / name; }
     std::shared_ptr<Portability::OpenFile> Open(const char* name) const {
         return Portability::OpenFile::Open(Portability::Utf8FromPath(Path(name)));
     }
@@ -50,8 +38,8 @@ protected:
         return da::DicomFileDataAdapter().Read(Path("out.dcm"), read_set, options, read) ? read : nullptr;
     }
 
-    dm::PatientDataSet read_set;
-    std::filesystem::path directory_;
+    TestFiles::ScratchDirectory scratch_{"adapter"};
+    dm::PatientDataSet read_set;  // released before the folder: its values may hold the packed file open
 };
 
 TEST_F(AdapterRoundTrip, EveryNamedAttributeComesBack) {
@@ -97,8 +85,7 @@ TEST_F(AdapterRoundTrip, MetaGroupOfEveryClass) {
             pdf->encapsulated_document = dm::ByteBuffer::CopyOf(std::vector<std::uint8_t>{'%', 'P', 'D', 'F'});
         }
         ASSERT_TRUE(da::DicomFileDataAdapter().Write(set, instance, Path("out.dcm")));
-        std::ifstream in(Path("out.dcm"), std::ios::binary);
-        const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), {}};
+        const std::vector<std::uint8_t> bytes = TestFiles::ReadBytes(Path("out.dcm"));
         dcm::DicomDataSet tree;
         ASSERT_TRUE(dcm::ReadDicomFile(Path("out.dcm"), tree));
         ASSERT_GT(bytes.size(), 144u);
@@ -125,12 +112,6 @@ TEST_F(AdapterRoundTrip, MetaGroupOfEveryClass) {
     }
 }
 
-// A file of length bytes whose byte i is (i * 7) & 0xFF.
-void WritePatternFile(const std::filesystem::path& path, std::size_t length) {
-    std::ofstream out(path, std::ios::binary);
-    for (std::size_t i = 0; i < length; ++i) out.put(static_cast<char>((i * 7) & 0xFF));
-}
-
 std::vector<std::uint8_t> AllBytes(const dm::ByteBuffer& buffer) {
     std::vector<std::uint8_t> bytes;
     EXPECT_TRUE(buffer.ReadAll(bytes));
@@ -138,7 +119,9 @@ std::vector<std::uint8_t> AllBytes(const dm::ByteBuffer& buffer) {
 }
 
 TEST_F(AdapterRoundTrip, CustomDataValuesKeepTheirBytesAndLengths) {
-    WritePatternFile(Path("payload.bin"), 100001);
+    std::vector<std::uint8_t> pattern(100001);
+    for (std::size_t i = 0; i < pattern.size(); ++i) pattern[i] = static_cast<std::uint8_t>(i * 7);
+    TestFiles::WriteBytes(Path("payload.bin"), pattern);
     struct Case {
         const char* key;
         dm::CustomDataValue value;
@@ -199,10 +182,7 @@ TEST_F(AdapterRoundTrip, PayloadBeyondA32BitLengthIsRefusedBeforeWriting) {
         ASSERT_EQ(::ftruncate(descriptor, 0xFFFFFFFFll), 0);  // sparse: nothing is stored
         ::close(descriptor);
     }
-    struct Case {
-        const char* id;
-        std::uint64_t length;
-    };
+    struct Case { const char* id; std::uint64_t length; };
     // 0xFFFFFFFF pads to 2^32; 0xFFFFFFF0 fits itself but not inside its item and sequence.
     for (const Case c : {Case{"odd maximum", 0xFFFFFFFFull}, Case{"item overflow", 0xFFFFFFF0ull}}) {
         SCOPED_TRACE(c.id);

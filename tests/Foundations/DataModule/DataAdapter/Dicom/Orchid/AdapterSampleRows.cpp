@@ -1,15 +1,14 @@
 #include "AdapterSampleRows.h"
 
+#include <algorithm>
+
 namespace AdapterTesting {
 
 namespace dm = Lumivale::DataModule;
 
 namespace {
 
-struct SampleText {
-    std::string_view keyword;
-    std::string_view text;
-};
+struct SampleText { std::string_view keyword; std::string_view text; };
 
 constexpr SampleText kSamples[] = {
     {"PatientName", "Doe^John^Q^Dr^Jr"}, {"PatientID", "ID-42"}, {"IssuerOfPatientID", "Clinic Registry"},
@@ -35,10 +34,8 @@ constexpr SampleText kSamples[] = {
 }  // namespace
 
 std::string_view SampleOf(std::string_view keyword) {
-    for (const SampleText& sample : kSamples) {
-        if (sample.keyword == keyword) return sample.text;
-    }
-    return {};
+    const auto sample = std::ranges::find(kSamples, keyword, &SampleText::keyword);
+    return sample == std::end(kSamples) ? std::string_view{} : sample->text;
 }
 
 dm::DataRow* ChainRow(const dm::PatientDataSet& set, dm::InstanceDataRow& instance, dm::RowKind kind) {
@@ -67,14 +64,12 @@ bool FillAllNamedAttributes(dm::PatientDataSet& set, dm::InstanceDataRow& instan
 
 dm::RawDataDataRow& AddTypicalRawDataChain(dm::PatientDataSet& set) {
     auto& raw = static_cast<dm::RawDataDataRow&>(set.AddInstanceChain(dm::SOPClass::RawData));
-    for (const std::string_view keyword : {"PatientName", "PatientID", "StudyInstanceUID", "SeriesInstanceUID",
-                                           "SOPInstanceUID", "Modality", "Manufacturer", "SoftwareVersions"}) {
-        for (const dm::RowKind kind : dm::kAllRowKinds) {
-            for (const dm::RowAttribute& attribute : dm::RowAttributesOf(kind)) {
-                if (attribute.keyword == keyword) attribute.set(*ChainRow(set, raw, kind), SampleOf(keyword));
-            }
-        }
-    }
+    constexpr std::string_view kTypical[] = {"PatientName",    "PatientID", "StudyInstanceUID", "SeriesInstanceUID",
+                                             "SOPInstanceUID", "Modality",  "Manufacturer",     "SoftwareVersions"};
+    for (const dm::RowKind kind : dm::kAllRowKinds)
+        for (const dm::RowAttribute& attribute : dm::RowAttributesOf(kind))
+            if (std::ranges::find(kTypical, attribute.keyword) != std::end(kTypical))
+                attribute.set(*ChainRow(set, raw, kind), SampleOf(attribute.keyword));
     raw.custom_data.SetText("Dicapsule.PackedFile.Name", "report.pdf");
     raw.custom_data.SetBytes("Dicapsule.PackedFile.Content", dm::ByteBuffer::CopyOf(std::vector<std::uint8_t>{0x25, 0x50, 0x44, 0x46, 0x00, 0xFF, 0x7F}));
     raw.custom_data.SetText("Dicapsule.CommandLine", "pack -i report.pdf -o out.dcm");

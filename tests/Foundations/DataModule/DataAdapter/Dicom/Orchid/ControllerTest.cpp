@@ -49,12 +49,7 @@ TEST(ControllerFactory, EachClassGetsItsController) {
 }
 
 TEST(Controllers, OtherClassesAreLeftUnchanged) {
-    struct Case {
-        const char* id;
-        SOPClass::Enum controllerClass;
-        SOPClass::Enum instanceClass;
-    };
-    const Case cases[] = {
+    const struct Case { const char* id; SOPClass::Enum controllerClass; SOPClass::Enum instanceClass; } cases[] = {
         {"raw on pdf", SOPClass::RawData, SOPClass::EncapsulatedPDF},
         {"IO on DX", SOPClass::DigitalIntraOralXRayImageForPresentation, SOPClass::DigitalXRayImageForPresentation},
     };
@@ -72,11 +67,7 @@ TEST(Controllers, OtherClassesAreLeftUnchanged) {
 }
 
 TEST(Controllers, RawDataPreparation) {
-    struct Case {
-        const char* id;
-        bool numberFixed;
-        bool uidGiven;
-    };
+    struct Case { const char* id; bool numberFixed; bool uidGiven; };
     for (const Case c : {Case{"defaults", false, false}, Case{"user number and uid", true, true}}) {
         SCOPED_TRACE(c.id);
         dm::RawDataDataRow raw;

@@ -1,13 +1,11 @@
 // The data set tree's sizes and the writer: exact bytes, and write/read round trips through files.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "DicomBytes.h"
+#include "TestFiles.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
 #include "interop/CanonicalText.h"
@@ -19,11 +17,6 @@ using namespace DicomTestBytes;
 namespace fs = std::filesystem;
 constexpr StreamEncoding kImplicit = StreamEncoding::ImplicitLittleEndian;
 constexpr StreamEncoding kExplicit = StreamEncoding::ExplicitLittleEndian;
-
-std::unique_ptr<DicomDataSetElement> Node(Tag tag, std::string_view text) {
-    const std::uint32_t number = TagNumber(tag);
-    return std::make_unique<DicomDataSetElement>(TagGroup(number), TagElement(number), TagVR(tag), Text(text));
-}
 
 std::unique_ptr<DicomDataSetSequenceElement> Sequence(Tag tag) {
     const std::uint32_t number = TagNumber(tag);
@@ -82,16 +75,6 @@ TEST(DataSetWrite, BytesOfSequencesPaddingAndPixelFragments) {
     EXPECT_EQ(set.EncodedSize(kExplicit), expected.size());
 }
 
-class TempDir : public ::testing::Test {
-protected:
-    void SetUp() override {
-        dir_ = fs::temp_directory_path() / ("dicom-codec-test-" + std::to_string(::getpid()));
-        fs::create_directories(dir_);
-    }
-    void TearDown() override { fs::remove_all(dir_); }
-    fs::path dir_;
-};
-
 // The canonical text of a data set without its meta group lines.
 std::string WithoutMeta(const DicomDataSet& set) {
     std::istringstream lines(DicomInterop::CanonicalText(set));
@@ -125,18 +108,16 @@ DicomDataSet SampleDataSet(std::string_view transferSyntax) {
     return set;
 }
 
-TEST_F(TempDir, RoundTripsInEveryEncodingAndCopiesValuesLeftInTheFile) {
-    struct Case {
-        const char* id;
-        std::string_view syntax;
-    };
+TEST(DataSetWrite, RoundTripsInEveryEncodingAndCopiesValuesLeftInTheFile) {
+    const TestFiles::ScratchDirectory scratch("dicom-codec-test");
+    struct Case { const char* id; std::string_view syntax; };
     const Case cases[] = {{"implicit", std::string_view("1.2.840.10008.1.2\0", 18)},
                           {"explicit little", std::string_view("1.2.840.10008.1.2.1\0", 20)},
                           {"explicit big", std::string_view("1.2.840.10008.1.2.2\0", 20)}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);
         const DicomDataSet original = SampleDataSet(c.syntax);
-        const fs::path first = dir_ / "first.dcm", second = dir_ / "second.dcm";
+        const fs::path first = scratch.path / "first.dcm", second = scratch.path / "second.dcm";
         ASSERT_TRUE(WriteDicomFile(first, original));
         DicomDataSet read;
         DicomReadOptions keepLargeInFile;
@@ -157,17 +138,15 @@ TEST_F(TempDir, RoundTripsInEveryEncodingAndCopiesValuesLeftInTheFile) {
     }
 }
 
-TEST_F(TempDir, FailedWriteLeavesTheTargetUntouched) {
-    const fs::path target = dir_ / "out.dcm";
+TEST(DataSetWrite, FailedWriteLeavesTheTargetUntouched) {
+    const TestFiles::ScratchDirectory scratch("dicom-codec-test");
+    const fs::path target = scratch.path / "out.dcm";
     std::ofstream(target) << "previous";
     DicomDataSet set;
     set.Insert(std::make_unique<DicomDataSetElement>(0x0010, 0x0010, VR::PN, Bytes(70000, 'A')));  // too long for 16 bits
     EXPECT_FALSE(WriteDicomFile(target, set, kExplicit));
-    std::ifstream in(target);
-    std::string content;
-    in >> content;
-    EXPECT_EQ(content, "previous");
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir_), fs::directory_iterator()), 1);
+    EXPECT_EQ(TestFiles::ReadText(target), "previous");
+    EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path), fs::directory_iterator()), 1);
 }
 
 }  // namespace

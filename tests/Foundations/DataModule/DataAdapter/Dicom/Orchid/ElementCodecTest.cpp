@@ -1,4 +1,5 @@
-// Value bytes made by the element codec for each kind of value and VR.
+// VR codes, the dictionary's lookups by tag, value and keyword, and the value bytes the element codec
+// makes for each kind of value and VR.
 
 #include <gtest/gtest.h>
 
@@ -21,17 +22,44 @@ DicomDataSetElement ElementOf(Tag tag, VR vr) {
 
 Bytes Text(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
+TEST(ValueRepresentationTable, CodesReadBackAndOutOfRangeIsUnknown) {
+    for (int i = 1; i < kValueRepresentationCount; ++i) {
+        const auto vr = static_cast<VR>(i);
+        EXPECT_EQ(VRFromCode(VRCode(vr)), vr) << VRCode(vr);
+    }
+    EXPECT_EQ(VRFromCode("ZZ"), VR::Unknown);
+    EXPECT_EQ(VRFromCode("U"), VR::Unknown);
+    EXPECT_EQ(VRCode(static_cast<VR>(200)), "");
+    EXPECT_EQ(VRUnitSize(static_cast<VR>(200)), 1u);
+    EXPECT_EQ(VMMaximum(static_cast<VM>(kValueMultiplicityCount)), 1);
+}
+
+TEST(DataDictionary, EveryRowIsFoundByTagAndKeyword) {
+    for (std::uint32_t value = 1; value < DictionaryEntryCount(); ++value) {
+        const DictionaryEntry& entry = EntryByValue(static_cast<Tag>(value));
+        ASSERT_EQ(EntryByTag(entry.tag).value, value) << entry.name;
+        if (!entry.keyword.empty()) {
+            ASSERT_EQ(EntryByKeyword(entry.keyword).value, value) << entry.keyword;
+        }
+    }
+    EXPECT_EQ(EntryByValue(static_cast<Tag>(DictionaryEntryCount())).value, 0u);
+    EXPECT_EQ(EntryByTag(0x00091234).value, 0u);
+    EXPECT_EQ(EntryByKeyword("NoSuchKeyword").value, 0u);
+    EXPECT_EQ(EntryByKeyword("").value, 0u);
+}
+
+TEST(DataDictionary, OverlayGroupsFoldOntoTheFirst) {
+    EXPECT_EQ(EntryByTag(0x60023000).value, static_cast<std::uint32_t>(Tag::OverlayData));
+    EXPECT_EQ(EntryByTag(0x601E0010).vr, VR::US);
+    EXPECT_EQ(EntryByTag(0x60013000).value, 0u);  // odd groups are private, not overlays
+    EXPECT_EQ(EntryByTag(0x61003000).value, 0u);  // past the last overlay group
+}
+
 TEST(ElementCodec, StoredBytesByVR) {
     const std::int64_t ints[] = {1, 2, 3};
     const double doubles[] = {0.5, 2};
-    struct Case {
-        const char* id;
-        Tag tag;
-        VR vr;
-        std::function<void(OrchidDataElementCodec&)> store;
-        Bytes expected;
-        std::string trace;
-    };
+    struct Case { const char* id; Tag tag; VR vr; std::function<void(OrchidDataElementCodec&)> store; Bytes expected;
+        std::string trace; };
     const Case cases[] = {
         {"CS odd padded with space", Tag::Modality, VR::CS, [](auto& c) { c.StoreCharacters("ABC"); }, Text("ABC "), ""},
         {"CS even unpadded", Tag::Modality, VR::CS, [](auto& c) { c.StoreCharacters("AB"); }, Text("AB"), ""},

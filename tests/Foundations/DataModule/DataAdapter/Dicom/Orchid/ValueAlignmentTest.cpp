@@ -3,14 +3,11 @@
 // padded files are checked end to end in tests/cli/test_payload_alignment.py.)
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "DicomBytes.h"
+#include "TestFiles.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueAlignment.h"
 
@@ -20,11 +17,6 @@ namespace {
 using namespace DicomTestBytes;
 namespace fs = std::filesystem;
 using VR = ValueRepresentation;
-
-std::unique_ptr<DicomDataSetElement> Node(Tag tag, std::string_view text) {
-    const std::uint32_t number = TagNumber(tag);
-    return std::make_unique<DicomDataSetElement>(TagGroup(number), TagElement(number), TagVR(tag), Text(text));
-}
 
 // Bytes that do not repeat within a few megabytes, so that their first occurrence is the value.
 Bytes Distinct(std::size_t size) {
@@ -52,14 +44,8 @@ DicomDataSet Sample(std::shared_ptr<Portability::OpenFile> source, std::size_t f
     return set;
 }
 
-Bytes ReadAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
-    const fs::path dir = fs::temp_directory_path() / ("value-alignment-" + std::to_string(::getpid()));
-    fs::create_directories(dir);
+    const TestFiles::ScratchDirectory dir("value-alignment");
     const std::size_t payloads[] = {1000, 65534, 65536, 65537, 65536 + 4096, 300001, kLargeValueBlockMinimum + 2};
     const std::size_t fillers[] = {0, 2, 4000, 4080, 4094, 9000};
     for (const std::size_t payload : payloads) {
@@ -70,9 +56,9 @@ TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
             SCOPED_TRACE("payload " + std::to_string(payload) + ", filler " + std::to_string(filler));
             DicomDataSet set = Sample(source, filler);
             ASSERT_TRUE(AlignLargeValue(set, StreamEncoding::ExplicitLittleEndian, "1.2.3.4"));
-            const fs::path path = dir / "aligned.dcm";
+            const fs::path path = dir.path / "aligned.dcm";
             ASSERT_TRUE(WriteDicomFile(path, set));
-            const Bytes file = ReadAll(path);
+            const Bytes file = TestFiles::ReadBytes(path);
             const auto found = std::search(file.begin(), file.end(), content.begin(), content.begin() + 64);
             ASSERT_NE(found, file.end());
             const auto offset = static_cast<std::uint64_t>(found - file.begin());
@@ -89,7 +75,6 @@ TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
             EXPECT_EQ(LargeValueFileOffset(set, StreamEncoding::ExplicitLittleEndian, 1), offset);
         }
     }
-    fs::remove_all(dir);
 }
 
 }  // namespace

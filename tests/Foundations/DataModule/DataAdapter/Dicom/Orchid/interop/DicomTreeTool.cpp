@@ -15,11 +15,7 @@ namespace {
 
 using namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
 
-struct EncodingName {
-    std::string_view word;
-    StreamEncoding encoding;
-    std::string_view transferSyntax;
-};
+struct EncodingName { std::string_view word; StreamEncoding encoding; std::string_view transferSyntax; };
 
 constexpr EncodingName kEncodings[] = {
     {"implicit", StreamEncoding::ImplicitLittleEndian, "1.2.840.10008.1.2"},
