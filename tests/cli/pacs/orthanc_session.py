@@ -4,9 +4,9 @@ API, stops Orthanc and prints one JSON report on standard output.
 
 Usage: orthanc_session.py PLAN.json
 PLAN: {"workdir": dir, "instances": [{"id": case id, "file": path, "sop": SOPInstanceUID}]}
-Report: {"instances": {case id: {"store": exit status, "store_log": text, "orthanc_id": id or None,
-         "file": path of the fetched copy, "tags": simplified tags, "preview_status": HTTP status,
-         "preview": path of the preview or None}}, "orthanc_log": path}
+Report: {"ready": bool, "still_running": bool, "orthanc_log": path, "instances": {case id: {"store":
+         exit status, "store_log": text, "orthanc_id": id or None, "file": path of the fetched copy,
+         "tags": simplified tags, "preview_status": HTTP status, "preview": path of the preview or None}}}
 """
 import ctypes
 import json
@@ -20,15 +20,7 @@ import time
 import urllib.error
 import urllib.request
 
-START_TIMEOUT = 30
-REQUEST_TIMEOUT = 30
-STORE_TIMEOUT = 60
-STOP_TIMEOUT = 15
-CALLED_AET = "DICAPSULEPACS"
-CALLING_AET = "DICAPSULETEST"
-LOOPBACK = "127.0.0.1"
-PR_SET_PDEATHSIG = 1
-
+CALLED_AET, LOOPBACK = "DICAPSULEPACS", "127.0.0.1"
 # Proxies from the environment are ignored: every request goes to the loopback address.
 OPENER = urllib.request.build_opener(urllib.request.ProxyHandler({}))
 
@@ -39,105 +31,47 @@ def free_port():
         return s.getsockname()[1]
 
 
-def write_config(workdir, dicom_port, http_port):
-    config = {
-        "Name": "DicapsuleTestPacs",
-        "StorageDirectory": str(workdir / "storage"),
-        "IndexDirectory": str(workdir / "index"),
-        "StorageCompression": False,
-        "Plugins": [],
-        "LuaScripts": [],
-        "HttpServerEnabled": True,
-        "HttpPort": http_port,
-        "RemoteAccessAllowed": False,
-        "AuthenticationEnabled": False,
-        "SslEnabled": False,
-        "DicomServerEnabled": True,
-        "DicomAet": CALLED_AET,
-        "DicomPort": dicom_port,
-        "DicomCheckCalledAet": False,
-        "DicomModalities": {},
-        "OrthancPeers": {},
-        "SaveJobs": False,
-    }
-    path = workdir / "orthanc.json"
-    path.write_text(json.dumps(config, indent=2), encoding="utf-8")
-    return path
-
-
-class Rest:
-    def __init__(self, port):
-        self.base = f"http://{LOOPBACK}:{port}"
-
-    def request(self, path, body=None):
-        """Returns (HTTP status, body bytes); status None when nothing answered."""
-        req = urllib.request.Request(self.base + path, data=body, method="POST" if body else "GET")
-        try:
-            with OPENER.open(req, timeout=REQUEST_TIMEOUT) as answer:
-                return answer.status, answer.read()
-        except urllib.error.HTTPError as e:
-            return e.code, e.read()
-        except (urllib.error.URLError, OSError):
-            return None, b""
-
-    def json(self, path, body=None):
-        status, data = self.request(path, body)
-        return json.loads(data) if status == 200 else None
-
-
-def wait_until_ready(orthanc, rest):
-    deadline = time.monotonic() + START_TIMEOUT
-    while time.monotonic() < deadline:
-        if orthanc.poll() is not None:
-            return False
-        if rest.request("/system")[0] == 200:
-            return True
-        time.sleep(0.2)
-    return False
-
-
-def store(dicom_port, path):
+def request(port, path, body=None):
+    """(HTTP status, body bytes); status None when nothing answered."""
     try:
-        done = subprocess.run(["storescu", "-aet", CALLING_AET, "-aec", CALLED_AET, LOOPBACK,
-                               str(dicom_port), path], capture_output=True, text=True,
-                              timeout=STORE_TIMEOUT)
-        return done.returncode, done.stdout + done.stderr
-    except subprocess.TimeoutExpired:
-        return None, "storescu did not finish"
+        with OPENER.open(urllib.request.Request(f"http://{LOOPBACK}:{port}{path}", data=body,
+                                                method="POST" if body else "GET"), timeout=30) as answer:
+            return answer.status, answer.read()
+    except urllib.error.HTTPError as e:
+        return e.code, e.read()
+    except (urllib.error.URLError, OSError):
+        return None, b""
 
 
-def exchange(rest, dicom_port, workdir, case):
+def exchange(http_port, dicom_port, workdir, case):
     report = {"orthanc_id": None, "file": None, "tags": None, "preview_status": None, "preview": None}
-    report["store"], report["store_log"] = store(dicom_port, case["file"])
-    found = rest.json("/tools/lookup", case["sop"].encode("ascii")) or []
-    ids = [entry["ID"] for entry in found if entry.get("Type") == "Instance"]
+    try:
+        done = subprocess.run(["storescu", "-aet", "DICAPSULETEST", "-aec", CALLED_AET, LOOPBACK, str(dicom_port),
+                               case["file"]], capture_output=True, text=True, timeout=60)
+        report["store"], report["store_log"] = done.returncode, done.stdout + done.stderr
+    except subprocess.TimeoutExpired:
+        report["store"], report["store_log"] = None, "storescu did not finish"
+    status, found = request(http_port, "/tools/lookup", case["sop"].encode("ascii"))
+    ids = [entry["ID"] for entry in (json.loads(found) if status == 200 else []) if entry.get("Type") == "Instance"]
     if len(ids) != 1:
         return report
-    report["orthanc_id"] = ids[0]
-    status, data = rest.request(f"/instances/{ids[0]}/file")
-    if status == 200:
-        report["file"] = str(workdir / f"{case['id']}.fetched.dcm")
-        pathlib.Path(report["file"]).write_bytes(data)
-    report["tags"] = rest.json(f"/instances/{ids[0]}/simplified-tags")
-    report["preview_status"], data = rest.request(f"/instances/{ids[0]}/preview")
-    if report["preview_status"] == 200:
-        report["preview"] = str(workdir / f"{case['id']}.preview.png")
-        pathlib.Path(report["preview"]).write_bytes(data)
+    instance = report["orthanc_id"] = ids[0]
+    status, tags = request(http_port, f"/instances/{instance}/simplified-tags")
+    report["tags"] = json.loads(tags) if status == 200 else None
+    for key, status_key, url, suffix in (("file", None, "file", "fetched.dcm"),
+                                         ("preview", "preview_status", "preview", "preview.png")):
+        status, data = request(http_port, f"/instances/{instance}/{url}")
+        if status_key:
+            report[status_key] = status
+        if status == 200:
+            report[key] = str(workdir / f"{case['id']}.{suffix}")
+            pathlib.Path(report[key]).write_bytes(data)
     return report
 
 
 def die_with_parent():
     """Runs in the Orthanc child: if this session is killed (the test's timeout), Orthanc goes too."""
-    ctypes.CDLL(None, use_errno=True).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
-
-
-def stop(orthanc):
-    orthanc.terminate()
-    try:
-        orthanc.wait(STOP_TIMEOUT)
-    except subprocess.TimeoutExpired:
-        orthanc.kill()
-        orthanc.wait()
+    ctypes.CDLL(None, use_errno=True).prctl(1, signal.SIGKILL)  # PR_SET_PDEATHSIG
 
 
 def main(plan_path):
@@ -146,22 +80,35 @@ def main(plan_path):
     dicom_port, http_port = free_port(), free_port()
     while http_port == dicom_port:
         http_port = free_port()
-    config = write_config(workdir, dicom_port, http_port)
+    config = workdir / "orthanc.json"
+    config.write_text(json.dumps({
+        "Name": "DicapsuleTestPacs", "StorageDirectory": str(workdir / "storage"),
+        "IndexDirectory": str(workdir / "index"), "StorageCompression": False, "Plugins": [], "LuaScripts": [],
+        "HttpServerEnabled": True, "HttpPort": http_port, "RemoteAccessAllowed": False,
+        "AuthenticationEnabled": False, "SslEnabled": False, "DicomServerEnabled": True, "DicomAet": CALLED_AET,
+        "DicomPort": dicom_port, "DicomCheckCalledAet": False, "DicomModalities": {}, "OrthancPeers": {},
+        "SaveJobs": False}), encoding="utf-8")
     log_path = workdir / "orthanc.log"
     result = {"ready": False, "instances": {}, "orthanc_log": str(log_path)}
     with open(log_path, "wb") as log:
-        orthanc = subprocess.Popen(["Orthanc", "--no-jobs", str(config)], cwd=workdir,
-                                   stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT,
-                                   preexec_fn=die_with_parent)
+        orthanc = subprocess.Popen(["Orthanc", "--no-jobs", str(config)], cwd=workdir, stdin=subprocess.DEVNULL,
+                                   stdout=log, stderr=subprocess.STDOUT, preexec_fn=die_with_parent)
         try:
-            rest = Rest(http_port)
-            result["ready"] = wait_until_ready(orthanc, rest)
+            deadline = time.monotonic() + 30
+            while not result["ready"] and orthanc.poll() is None and time.monotonic() < deadline:
+                result["ready"] = request(http_port, "/system")[0] == 200
+                time.sleep(0 if result["ready"] else 0.2)
             if result["ready"]:
                 for case in plan["instances"]:
-                    result["instances"][case["id"]] = exchange(rest, dicom_port, workdir, case)
-                result["still_running"] = rest.request("/system")[0] == 200
+                    result["instances"][case["id"]] = exchange(http_port, dicom_port, workdir, case)
+                result["still_running"] = request(http_port, "/system")[0] == 200
         finally:
-            stop(orthanc)
+            orthanc.terminate()
+            try:
+                orthanc.wait(15)
+            except subprocess.TimeoutExpired:
+                orthanc.kill()
+                orthanc.wait()
     json.dump(result, sys.stdout)
 
 

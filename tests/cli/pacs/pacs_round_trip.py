@@ -18,15 +18,10 @@ SOURCE = pathlib.Path(os.environ.get("DICAPSULE_SOURCE", pathlib.Path(__file__).
 METADATA = str(SOURCE / "examples" / "metadata.xml")
 THUMBNAIL = str(SOURCE / "examples" / "thumbnail.png")
 SESSION = pathlib.Path(__file__).with_name("orthanc_session.py")
-SESSION_TIMEOUT = 300
 IDENTIFIERS = ("PatientID", "StudyInstanceUID", "SeriesInstanceUID", "SOPInstanceUID")
 
 # id, original name, payload size
-PAYLOADS = [
-    ("one-byte", "one.bin", 1),
-    ("odd-length", "odd length.txt", 4097),
-    ("one-mebibyte", "scan.pdf", 1 << 20),
-]
+PAYLOADS = [("one-byte", "one.bin", 1), ("odd-length", "odd length.txt", 4097), ("one-mebibyte", "scan.pdf", 1 << 20)]
 
 # id, metadata ("xml" or "dicom": written by the fixture without any identifier), extra pack
 # arguments, identifiers Orthanc must show (the others are read from the packed file)
@@ -40,28 +35,11 @@ IDENTITY_CASES = [
 ]
 
 # id, extra pack arguments; only the duplicated thumbnail has to render as the preview
-PREVIEW_CASES = [
-    ("thumbnail-duplicated", ["-t", THUMBNAIL, "--hackforbmpacs"]),
-    ("thumbnail-icon-only", ["-t", THUMBNAIL]),
-]
+PREVIEW_CASES = [("thumbnail-duplicated", ["-t", THUMBNAIL, "--hackforbmpacs"]), ("thumbnail-icon-only", ["-t", THUMBNAIL])]
 
 MINIMAL_XML = ('<?xml version="1.0" encoding="UTF-8"?><orchid type="ConvertixToFp"><operations>'
                '<operation type="edition"><Patient><Name Name="PatientName" Family="Nobody"/></Patient>'
                '</operation></operations></orchid>')
-
-
-def write_minimal_dicom(path):
-    """A metadata source with a patient name only: no PatientID and no study or series UIDs."""
-    ds = pydicom.Dataset()
-    ds.PatientName = "Nobody^Known"
-    ds.SOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
-    ds.SOPInstanceUID = pydicom.uid.generate_uid()
-    ds.file_meta = pydicom.dataset.FileMetaDataset()
-    ds.file_meta.MediaStorageSOPClassUID = ds.SOPClassUID
-    ds.file_meta.MediaStorageSOPInstanceUID = ds.SOPInstanceUID
-    ds.file_meta.TransferSyntaxUID = pydicom.uid.ExplicitVRLittleEndian
-    ds.is_little_endian, ds.is_implicit_VR = True, False
-    ds.save_as(path, write_like_original=False)
 
 
 def run_tool(tool, *args, cwd):
@@ -70,19 +48,18 @@ def run_tool(tool, *args, cwd):
     return subprocess.run([*runner, tool, *args], cwd=cwd, capture_output=True, text=True, timeout=300)
 
 
-def skip_unless_the_pacs_can_run():
-    for program in ("Orthanc", "storescu", "unshare", "ip"):
-        if not shutil.which(program):
-            pytest.skip(f"{program} is not installed (scripts/install-deps installs the PACS peers)")
-    probe = subprocess.run(["unshare", "--net", "true"], capture_output=True, text=True)
-    if probe.returncode != 0:
-        pytest.skip(f"unshare --net is not permitted here: {probe.stderr.strip()}")
-
-
 def pack_all(tool, work):
     """Packs every case into work/; returns {case id: (packed path, payload bytes)}."""
     (work / "minimal.xml").write_text(MINIMAL_XML, encoding="utf-8")
-    write_minimal_dicom(work / "minimal.dcm")
+    # A DICOM metadata source with a patient name only: no PatientID and no study or series UIDs.
+    ds = pydicom.Dataset()
+    ds.PatientName = "Nobody^Known"
+    ds.file_meta = pydicom.dataset.FileMetaDataset()
+    ds.file_meta.MediaStorageSOPClassUID = ds.SOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
+    ds.file_meta.MediaStorageSOPInstanceUID = ds.SOPInstanceUID = pydicom.uid.generate_uid()
+    ds.file_meta.TransferSyntaxUID = pydicom.uid.ExplicitVRLittleEndian
+    ds.is_little_endian, ds.is_implicit_VR = True, False
+    ds.save_as(work / "minimal.dcm", write_like_original=False)
     metadata = {"xml": str(work / "minimal.xml"), "dicom": str(work / "minimal.dcm")}
     jobs = [(cid, name, size, METADATA, []) for cid, name, size in PAYLOADS]
     jobs += [(cid, "id.bin", 33, metadata[kind], extra) for cid, kind, extra, _ in IDENTITY_CASES]
@@ -94,38 +71,34 @@ def pack_all(tool, work):
         data = random.Random(size).randbytes(size)
         (folder / name).write_bytes(data)
         done = run_tool(tool, "pack", "-i", name, "-m", meta, "-o", "packed.dcm", *extra, cwd=folder)
-        if done.returncode != 0 and not packed:
-            pytest.skip("pack is not available" + (f": {done.stderr.strip()}" if done.stderr.strip() else ""))
         assert done.returncode == 0, f"{cid}: {done.stderr}"
         packed[cid] = (folder / "packed.dcm", data)
     return packed
 
 
-def exchange_with_orthanc(work, packed):
-    """Runs the Orthanc session inside a new network namespace with only loopback up."""
+@pytest.fixture(scope="module")
+def pacs(tmp_path_factory):
+    """Packs every case, then runs the Orthanc session in a new network namespace with only loopback up."""
+    tool = os.environ.get("DICAPSULE") or pytest.fail("DICAPSULE must name the built tool (ctest sets it)")
+    for program in ("Orthanc", "storescu", "unshare", "ip"):
+        if not shutil.which(program):
+            pytest.skip(f"{program} is not installed (scripts/install-deps installs the PACS peers)")
+    probe = subprocess.run(["unshare", "--net", "true"], capture_output=True, text=True)
+    if probe.returncode != 0:
+        pytest.skip(f"unshare --net is not permitted here: {probe.stderr.strip()}")
+    work = tmp_path_factory.mktemp("pacs")
+    packed = pack_all(tool, work)
     plan = {"workdir": str(work), "instances": [
         {"id": cid, "file": str(path), "sop": str(pydicom.dcmread(path).SOPInstanceUID)}
         for cid, (path, _) in packed.items()]}
     (work / "plan.json").write_text(json.dumps(plan), encoding="utf-8")
     done = subprocess.run(["unshare", "--net", "sh", "-c", 'ip link set lo up && exec "$0" "$@"',
                            sys.executable, str(SESSION), str(work / "plan.json")],
-                          capture_output=True, text=True, timeout=SESSION_TIMEOUT)
+                          capture_output=True, text=True, timeout=300)
     assert done.returncode == 0, done.stderr
     report = json.loads(done.stdout)
     if not report["ready"]:
         pytest.fail("Orthanc did not start:\n" + pathlib.Path(report["orthanc_log"]).read_text()[-4000:])
-    return report
-
-
-@pytest.fixture(scope="module")
-def pacs(tmp_path_factory):
-    tool = os.environ.get("DICAPSULE")
-    if not tool:
-        pytest.fail("DICAPSULE must name the built tool (ctest sets it)")
-    skip_unless_the_pacs_can_run()
-    work = tmp_path_factory.mktemp("pacs")
-    packed = pack_all(tool, work)
-    report = exchange_with_orthanc(work, packed)
     return tool, packed, report
 
 
@@ -164,24 +137,19 @@ def test_pacs_files_the_instance_under_its_identifiers(pacs, cid):
         assert tags[key], f"{key} is empty"
 
 
-def test_preview_of_duplicated_thumbnail_shows_its_pixels(pacs):
+@pytest.mark.parametrize("cid", [c[0] for c in PREVIEW_CASES])
+def test_preview_is_answered_and_shows_a_duplicated_thumbnail(pacs, record_property, cid):
     _, _, report = pacs
-    instance = stored(report, "thumbnail-duplicated")
+    instance = stored(report, cid)
+    record_property("orthanc_preview_status", instance["preview_status"])
+    assert instance["preview_status"] is not None
+    assert report["still_running"], "Orthanc stopped answering after the preview requests"
+    if cid == "thumbnail-icon-only":
+        return  # only the icon carries pixels: what Orthanc renders is recorded, not judged
     assert instance["preview_status"] == 200
     thumbnail = Image.open(THUMBNAIL).convert("RGB")
     with Image.open(instance["preview"]) as preview:
-        assert preview.format == "PNG"
-        assert preview.size == thumbnail.size
+        assert (preview.format, preview.size) == ("PNG", thumbnail.size)
         difference = ImageStat.Stat(ImageChops.difference(preview.convert("RGB"), thumbnail)).mean
     # Orthanc may window the pixels it renders: a small average difference is accepted.
     assert max(difference) < 4.0, difference
-
-
-def test_preview_of_icon_only_instance_is_answered(pacs, record_property):
-    _, _, report = pacs
-    instance = stored(report, "thumbnail-icon-only")
-    # Only the icon carries pixels: what Orthanc renders is recorded, not judged.
-    record_property("orthanc_preview_status", instance["preview_status"])
-    print(f"Orthanc answers the preview of an icon-only instance with HTTP {instance['preview_status']}")
-    assert instance["preview_status"] is not None
-    assert report["still_running"], "Orthanc stopped answering after the preview requests"
