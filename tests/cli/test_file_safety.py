@@ -6,6 +6,7 @@ import signal
 import stat
 import subprocess
 import tempfile
+import threading
 import time
 import xml.etree.ElementTree as ElementTree
 
@@ -234,10 +235,6 @@ def test_info_writes_well_formed_xml_for_any_stored_name(run, tmp_path, stored, 
     assert ElementTree.fromstring(result.out.encode()).find("parameters").get("originalname") == shown
 
 
-def sanitized(tool):
-    return b"libasan" in subprocess.run(["ldd", tool], capture_output=True).stdout
-
-
 def nested(depth, open_tag, close_tag, inner=""):
     return open_tag * depth + inner + close_tag * depth
 
@@ -256,18 +253,19 @@ HOSTILE = [
 
 @posix_only
 @pytest.mark.parametrize("document,status", [c[1:] for c in HOSTILE], ids=[c[0] for c in HOSTILE])
-def test_hostile_metadata_is_refused_or_read_quickly_in_little_memory(tool, tmp_path, document, status):
+def test_hostile_metadata_is_refused_or_read_in_little_memory(tool, tmp_path, document, status):
+    """The time limit only catches a runaway (a quadratic reading); speed belongs to the benchmarks."""
     (tmp_path / "meta.xml").write_text(document)
     (tmp_path / "a.pdf").write_bytes(b"payload")
-    start = time.monotonic()
     process = subprocess.Popen([tool, "pack", "-i", "a.pdf", "-m", "meta.xml", "-o", "a.dcm"],
                                cwd=tmp_path, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    timer = threading.Timer(60, process.kill)
+    timer.start()
     _, wait_status, usage = os.wait4(process.pid, 0)
-    seconds = time.monotonic() - start
+    timer.cancel()
     error = process.stderr.read().decode()
-    assert os.waitstatus_to_exitcode(wait_status) == status, error
+    assert os.waitstatus_to_exitcode(wait_status) == status, error or "killed after 60 s"
     if status:
         assert error == "Error: The metadata file \"meta.xml\" either doesn't exist or is ill-formed.\n"
-    if not sanitized(tool):
-        assert seconds < 2.0
+    if b"libasan" not in subprocess.run(["ldd", tool], capture_output=True).stdout:
         assert usage.ru_maxrss < 100 * 1024  # KiB
