@@ -13,12 +13,11 @@ from pydicom.dataset import FileDataset, FileMetaDataset
 from pydicom.uid import DeflatedExplicitVRLittleEndian, ExplicitVRBigEndian, ExplicitVRLittleEndian, \
     ImplicitVRLittleEndian
 
-from conftest import WINDOWS, edition
+from conftest import PAYLOAD, WINDOWS, dciodvfy_errors, edition
 
 PATIENT = {"PatientName": "Doe^John", "PatientID": "PID-42", "PatientBirthDate": "19700101", "PatientSex": "M"}
 STUDY = {"StudyInstanceUID": "1.2.826.0.1.3680043.9.7.42", "StudyDate": "20240131", "StudyTime": "101530",
          "AccessionNumber": "ACC-42", "StudyID": "S42"}
-PAYLOAD = bytes(range(256)) * 40 + b"\x07"  # odd length
 
 # One standard attribute per VR with a value of it: (VR, tag, value).
 VR_ELEMENTS = [
@@ -80,15 +79,8 @@ def save(ds, path, syntax=ExplicitVRLittleEndian):
 
 
 def run_peer(*command):
-    if not shutil.which(command[0]):
-        pytest.skip(f"{command[0]} is not installed")
     result = subprocess.run(command, capture_output=True)
     return result.returncode, (result.stdout + result.stderr).decode("utf-8", "replace")
-
-
-def dciodvfy_errors(path):
-    """The "Error" lines of dciodvfy (its exit status does not tell); text of any character set."""
-    return [line for line in run_peer("dciodvfy", str(path))[1].splitlines() if line.startswith("Error")]
 
 
 def assert_peers_read_cleanly(path, source=None):
@@ -99,32 +91,23 @@ def assert_peers_read_cleanly(path, source=None):
     assert status == 0 and "W: " not in dump and "E: " not in dump, dump
     status, report = run_peer("gdcminfo", str(path))
     assert status == 0 and "error" not in report.lower(), report
-    errors = set(dciodvfy_errors(path)) - set(dciodvfy_errors(source) if source else ())
-    assert not errors
-
-
-def try_pack(run, tmp_path, metadata, *options, output="out.dcm"):
-    (tmp_path / "payload.bin").write_bytes(PAYLOAD)
-    return run("pack", "-i", "payload.bin", "-m", str(metadata), "-o", output, *options)
-
-
-def pack_from(run, tmp_path, metadata, *options, output="out.dcm"):
-    result = try_pack(run, tmp_path, metadata, "-f", *options, output=output)
-    assert (result.status, result.err) == (0, "")
-    return tmp_path / output
+    assert not set(dciodvfy_errors(path)) - set(dciodvfy_errors(source) if source else ())
 
 
 def write_edition(tmp_path, **scopes):
-    document = tmp_path / "metadata.xml"
-    document.write_text(edition(**scopes), encoding="utf-8")
-    return document
+    (tmp_path / "metadata.xml").write_text(edition(**scopes), encoding="utf-8")
+    return str(tmp_path / "metadata.xml")
+
+
+def try_pack(run, tmp_path, metadata, *options, env=None):
+    (tmp_path / "payload.bin").write_bytes(PAYLOAD)
+    return run("pack", "-i", "payload.bin", "-m", metadata, "-o", "out.dcm", *options, env=env)
 
 
 def assert_unpacks_and_describes(run, tmp_path, packed):
-    restored = tmp_path / "restored.bin"
-    result = run("unpack", "-i", str(packed), "-o", str(restored), "-f")
+    result = run("unpack", "-i", str(packed), "-o", "restored.bin", "-f")
     assert (result.status, result.err) == (0, ""), result.err
-    assert restored.read_bytes() == PAYLOAD
+    assert (tmp_path / "restored.bin").read_bytes() == PAYLOAD
     info = run("info", "-i", str(packed))
     assert (info.status, info.err) == (0, "")
 
@@ -140,44 +123,42 @@ def assert_patient_and_study_kept(packed, name="Doe^John"):
 
 @pytest.mark.parametrize("encoding", ENCODINGS)
 @pytest.mark.parametrize("vr, tag, value", VR_ELEMENTS, ids=[e[0] for e in VR_ELEMENTS])
-def test_file_of_each_vr_is_accepted_as_metadata(run, tmp_path, vr, tag, value, encoding):
+def test_file_of_each_vr_is_accepted_as_metadata(run, pack, tmp_path, vr, tag, value, encoding):
     ds = new_source()
     ds.add_new(tag, vr, value)
-    packed = pack_from(run, tmp_path, save(ds, tmp_path / "source.dcm", ENCODINGS[encoding]))
+    packed = pack("-m", str(save(ds, tmp_path / "source.dcm", ENCODINGS[encoding])))
     assert_patient_and_study_kept(packed)
     assert_peers_read_cleanly(packed)
     assert_unpacks_and_describes(run, tmp_path, packed)
 
 
 @pytest.mark.parametrize("charset, name", CHARSETS, ids=[str(c.values[0] if hasattr(c, "values") else c[0]) for c in CHARSETS])
-def test_each_character_set_term_is_accepted(run, tmp_path, charset, name):
+def test_each_character_set_term_is_accepted(run, pack, tmp_path, charset, name):
     source = save(new_source(SpecificCharacterSet=charset, PatientName=name), tmp_path / "source.dcm")
     assert str(pydicom.dcmread(source).PatientName) == name  # the peer wrote what we meant
-    packed = pack_from(run, tmp_path, source)
+    packed = pack("-m", str(source))
     assert_patient_and_study_kept(packed, name)
     assert_peers_read_cleanly(packed, source)
     assert_unpacks_and_describes(run, tmp_path, packed)
 
 
-def test_undeclared_latin1_is_read_as_latin1(run, tmp_path):
+def test_undeclared_latin1_is_read_as_latin1(run, pack, tmp_path):
     source = save(new_source(PatientName="Jerome^Muller"), tmp_path / "source.dcm")
     name = "Jérôme^Müller"
     source.write_bytes(source.read_bytes().replace(b"Jerome^Muller", name.encode("latin-1"), 1))
-    packed = pack_from(run, tmp_path, source)
+    packed = pack("-m", str(source))
     ds = pydicom.dcmread(packed)
     assert str(ds.PatientName) == name
     assert ds.SpecificCharacterSet == "ISO_IR 192"
     assert_peers_read_cleanly(packed)
 
 
-def test_deflated_files_are_read(run, tmp_path):
-    if not shutil.which("dcmconv"):
-        pytest.skip("dcmconv is not installed")
+def test_deflated_files_are_read(run, pack, tmp_path):
     source = save(new_source(), tmp_path / "plain.dcm")
     deflated_source = tmp_path / "deflated-source.dcm"
     subprocess.run(["dcmconv", "+td", str(source), str(deflated_source)], check=True)
     assert pydicom.dcmread(deflated_source).file_meta.TransferSyntaxUID == DeflatedExplicitVRLittleEndian
-    packed = pack_from(run, tmp_path, deflated_source)
+    packed = pack("-m", str(deflated_source))
     assert_patient_and_study_kept(packed)
     deflated_packed = tmp_path / "deflated-packed.dcm"
     subprocess.run(["dcmconv", "+td", str(packed), str(deflated_packed)], check=True)
@@ -191,14 +172,12 @@ def test_deflated_files_are_read(run, tmp_path):
 
 @pytest.mark.parametrize("change", [
     "(0008,1190)=http://pacs/wado", "(0018,9367)=Source 1", "(0016,0020)=Unlimited", "(0010,1000)=Other ID"])
-def test_packed_file_modified_by_dcmodify_still_unpacks(run, tmp_path, change):
-    if not shutil.which("dcmodify"):
-        pytest.skip("dcmodify is not installed")
-    packed = pack_from(run, tmp_path, save(new_source(), tmp_path / "source.dcm"))
+def test_packed_file_modified_by_dcmodify_still_unpacks(run, pack, tmp_path, change):
+    packed = pack("-m", str(save(new_source(), tmp_path / "source.dcm")))
     subprocess.run(["dcmodify", "-nb", "-i", change, str(packed)], check=True, capture_output=True)
     assert_unpacks_and_describes(run, tmp_path, packed)
     # and as metadata of a new pack
-    repacked = pack_from(run, tmp_path, packed, output="again.dcm")
+    repacked = pack("-m", str(packed), output="again.dcm")
     assert_patient_and_study_kept(repacked)
 
 
@@ -211,13 +190,13 @@ def element_xml(tag, vr, value):
 
 
 @pytest.mark.parametrize("inside_sequence", [False, True], ids=["top-level", "in-sequence"])
-def test_edition_with_each_vr_writes_a_clean_file(run, tmp_path, inside_sequence):
+def test_edition_with_each_vr_writes_a_clean_file(run, pack, tmp_path, inside_sequence):
     elements = "".join(element_xml(tag, vr, value) for vr, tag, value in TEXT_VRS)
     if inside_sequence:
         elements = f'<Sequence Name="ImageSetSelectorSequence"><Item>{elements}</Item></Sequence>'
     document = write_edition(tmp_path, Patient='<Name Name="PatientName" Family="Doe" Given="John"/>',
                              Instance=elements)
-    packed = pack_from(run, tmp_path, document)
+    packed = pack("-m", document)
     ds = pydicom.dcmread(packed)
     assert str(ds.PatientName) == "Doe^John"
     holder = ds.ImageSetSelectorSequence[0] if inside_sequence else ds
@@ -261,10 +240,8 @@ def test_nesting_deeper_than_the_reader_accepts_is_refused(run, tmp_path, depth,
 
 def test_trace_reaches_standard_error_on_request(run, tmp_path):
     document = write_edition(tmp_path, Instance=element_xml(0x00100010, "PN", "x"))
-    (tmp_path / "payload.bin").write_bytes(PAYLOAD)
-    args = ("pack", "-i", "payload.bin", "-m", str(document), "-o", "out.dcm")
-    quiet = run(*args)
-    traced = run(*args, env={"DICAPSULE_TRACE": "1", "PATH": "/usr/bin:/bin"})
+    quiet = try_pack(run, tmp_path, document)
+    traced = try_pack(run, tmp_path, document, env={"DICAPSULE_TRACE": "1", "PATH": "/usr/bin:/bin"})
     assert quiet.status == traced.status == 1
     extra = traced.err.replace(quiet.err, "")
     assert "Module LVDataEditor LVDataEditor.cpp:" in extra and "(0010,0010)" in extra
@@ -272,9 +249,9 @@ def test_trace_reaches_standard_error_on_request(run, tmp_path):
 
 @pytest.mark.parametrize("body_part, laterality", [("CHEST", None), ("KNEE", ""), (None, "")],
                          ids=["unpaired", "paired", "unknown"])
-def test_laterality_only_where_the_body_part_may_be_paired(run, tmp_path, body_part, laterality):
+def test_laterality_only_where_the_body_part_may_be_paired(run, pack, tmp_path, body_part, laterality):
     series = f'<String Name="BodyPartExamined" Value="{body_part}"/>' if body_part else ""
-    ds = pydicom.dcmread(pack_from(run, tmp_path, write_edition(tmp_path, Series=series)))
+    ds = pydicom.dcmread(pack("-m", write_edition(tmp_path, Series=series)))
     assert ds.get("Laterality") == laterality
     assert not dciodvfy_errors(tmp_path / "out.dcm")
 
@@ -292,8 +269,6 @@ def peak_rss_mib(command, tmp_path):
 
 @pytest.mark.skipif(WINDOWS, reason="measures the peak memory of a native process")
 def test_deflated_unpack_streams_the_payload(run, tool, tmp_path):
-    if not shutil.which("dcmconv"):
-        pytest.skip("dcmconv is not installed")
     size = 48 << 20
     (tmp_path / "big.bin").write_bytes(bytes(range(251)) * (size // 251))
     source = save(new_source(), tmp_path / "source.dcm")
