@@ -97,10 +97,6 @@ def test_dump2dcm_files_give_patient_and_study_to_a_new_series(pack, tmp_path, o
     assert packed.Modality == "OT"
 
 
-def test_dicom_source_packs_without_iod_errors(pack):
-    assert dciodvfy_errors(pack("-m", str(PYDICOM_DATA / "test_files/CT_small.dcm"))) == []
-
-
 def test_document_as_file_and_as_text_write_the_same_instance(pack, tmp_path):
     env = dict(os.environ, CONVERTIX_TESTMODE="")
     text = pathlib.Path(METADATA).read_text(encoding="utf-8")
@@ -128,26 +124,29 @@ WITH_UIDS = edition(Study='<String Name="StudyInstanceUID" Value="1.2.3.100"/>',
                     Instance='<String Name="SOPInstanceUID" Value="1.2.3.100.1.1"/>')
 WITHOUT = '<orchid type="ConvertixToFp"/>'
 NEW = None  # a generated UID
+REFERENCES = ["-r", "1.2.3:1.2.3.4:1.2.3.4.5", "-r", "1.2.3:1.2.3.4:1.2.3.4.6:1.2.840.10008.5.1.4.1.1.7"]
 
-# id, metadata, --Identifier, Study, Series and SOP Instance UIDs, InstanceNumber.
+# id, metadata, options, Study, Series and SOP Instance UIDs, InstanceNumber, Modality written.
 IDENTIFIERS = [
-    ("none", WITHOUT, [], NEW, NEW, NEW, "1"),
-    ("all", WITHOUT, ["-I", "1.2.3:1.2.3.4:1.2.3.4.5:7"], "1.2.3", "1.2.3.4", "1.2.3.4.5", "7"),
-    ("empty-fields", WITHOUT, ["-I", "::"], NEW, NEW, NEW, "1"),
-    ("sop-only", WITHOUT, ["-I", "::1.9"], NEW, NEW, "1.9", "1"),
-    ("number-only", WITHOUT, ["-I", ":::12"], NEW, NEW, NEW, "12"),
-    ("from-metadata", WITH_UIDS, [], "1.2.3.100", "1.2.3.100.1", "1.2.3.100.1.1", "1"),
-    ("study-overrides", WITH_UIDS, ["-I", "9.8:::"], "9.8", "1.2.3.100.1", "1.2.3.100.1.1", "1"),
-    ("series-overrides", WITH_UIDS, ["--Identifier", ":9.8.7"], "1.2.3.100", "9.8.7", "1.2.3.100.1.1", "1"),
+    ("none", WITHOUT, [], NEW, NEW, NEW, "1", "OT"),
+    ("all", WITHOUT, ["-I", "1.2.3:1.2.3.4:1.2.3.4.5:7"], "1.2.3", "1.2.3.4", "1.2.3.4.5", "7", "OT"),
+    ("empty-fields", WITHOUT, ["-I", "::"], NEW, NEW, NEW, "1", "OT"),
+    ("sop-only", WITHOUT, ["-I", "::1.9", "-M", "mr"], NEW, NEW, "1.9", "1", "MR"),
+    ("number-only", WITHOUT, ["-I", ":::12", "--Modality", "Doc"], NEW, NEW, NEW, "12", "DOC"),
+    ("from-metadata", WITH_UIDS, [], "1.2.3.100", "1.2.3.100.1", "1.2.3.100.1.1", "1", "CT"),
+    ("study-overrides", WITH_UIDS, ["-I", "1.9.8:::", "-M", "sr"], "1.9.8", "1.2.3.100.1", "1.2.3.100.1.1", "1", "SR"),
+    ("series-overrides", WITH_UIDS, ["--Identifier", ":1.9.8.7"], "1.2.3.100", "1.9.8.7", "1.2.3.100.1.1", "1", "CT"),
     ("dicom-source", str(PYDICOM_DATA / "test_files/MR_small.dcm"), ["-I", "::2.25.1:4"],
-     "1.3.6.1.4.1.5962.1.2.4.20040826185059.5457", NEW, "2.25.1", "4"),
+     "1.3.6.1.4.1.5962.1.2.4.20040826185059.5457", NEW, "2.25.1", "4", "OT"),
+    ("example-with-references", METADATA, REFERENCES, NEW, NEW, NEW, "1", "DOC"),
 ]
 
 
-@pytest.mark.parametrize("metadata,options,study,series,sop,number", [c[1:] for c in IDENTIFIERS],
+@pytest.mark.parametrize("metadata,options,study,series,sop,number,modality", [c[1:] for c in IDENTIFIERS],
                          ids=[c[0] for c in IDENTIFIERS])
-def test_identifiers_written(pack, metadata, options, study, series, sop, number):
-    ds = pydicom.dcmread(pack("-m", metadata, *options))
+def test_identifiers_and_modality_written(pack, metadata, options, study, series, sop, number, modality):
+    path = pack("-m", metadata, *options)
+    ds = pydicom.dcmread(path)
     written = [ds.StudyInstanceUID, ds.SeriesInstanceUID, ds.SOPInstanceUID]
     for value, expected in zip(written, [study, series, sop]):
         if expected is NEW:
@@ -156,29 +155,6 @@ def test_identifiers_written(pack, metadata, options, study, series, sop, number
             assert value == expected
     assert len(set(written)) == 3
     assert ds.file_meta.MediaStorageSOPInstanceUID == ds.SOPInstanceUID
-    assert ds.InstanceNumber == int(number)
+    assert (ds.InstanceNumber, ds.Modality, ds.SOPClassUID) == (int(number), modality, "1.2.840.10008.5.1.4.1.1.66")
     assert ds[0x0018, 0x1020].value == "Dicapsule 2.0.10"
-
-
-# id, metadata, --Modality, Modality written.
-MODALITIES = [
-    ("default", WITHOUT, [], "OT"),
-    ("lower-case", WITHOUT, ["-M", "mr"], "MR"),
-    ("mixed-case", WITHOUT, ["--Modality", "Doc"], "DOC"),
-    ("from-metadata", WITH_UIDS, [], "CT"),
-    ("overrides-metadata", WITH_UIDS, ["-M", "sr"], "SR"),
-    ("example-document", METADATA, [], "DOC"),
-]
-
-
-@pytest.mark.parametrize("metadata,options,modality", [c[1:] for c in MODALITIES], ids=[c[0] for c in MODALITIES])
-def test_modality_written(pack, metadata, options, modality):
-    ds = pydicom.dcmread(pack("-m", metadata, *options))
-    assert ds.Modality == modality
-    assert ds.SOPClassUID == "1.2.840.10008.5.1.4.1.1.66"
-
-
-@pytest.mark.parametrize("options", [[], ["-r", "1.2.3:1.2.3.4:1.2.3.4.5", "-r", "1.2.3:1.2.3.4:1.2.3.4.6:1.2.840.10008.5.1.4.1.1.7"]],
-                         ids=["plain", "references"])
-def test_packed_example_has_no_iod_errors(pack, options):
-    assert dciodvfy_errors(pack("-m", METADATA, *options)) == []
+    assert dciodvfy_errors(path) == []
