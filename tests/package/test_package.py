@@ -12,17 +12,9 @@ from conftest import OPERATIONS, SOURCE, env, render, run
 
 ARCH = subprocess.run(["dpkg", "--print-architecture"], capture_output=True, text=True).stdout.strip()
 DOC = "usr/share/doc/dicapsule"
-FILES = {
-    "usr/bin/dicapsule",
-    "usr/share/man/man1/dicapsule.1.gz",
-    f"{DOC}/copyright",
-    f"{DOC}/changelog.gz",
-    f"{DOC}/metadata-format.md",
-    f"{DOC}/metadata.xsd",
-    f"{DOC}/examples/metadata.xml",
-    f"{DOC}/examples/report.pdf",
-    f"{DOC}/examples/thumbnail.png",
-}
+FILES = {"usr/bin/dicapsule", "usr/share/man/man1/dicapsule.1.gz", *(f"{DOC}/{name}" for name in (
+    "copyright", "changelog.gz", "metadata-format.md", "metadata.xsd", "examples/metadata.xml",
+    "examples/report.pdf", "examples/thumbnail.png"))}
 
 
 @pytest.fixture(scope="session")
@@ -49,20 +41,13 @@ def control(deb):
     return dict(re.findall(r"^(\S+): (.*)$", text, re.M))
 
 
-@pytest.mark.parametrize("field,pattern", [
-    ("Package", r"dicapsule"),
-    ("Version", None),
-    ("Architecture", None),
-    ("Section", r"science"),
-    ("Priority", r"optional"),
-    ("Maintainer", r".+ <[^@ ]+@[^@ ]+>"),
-    ("Installed-Size", r"[1-9][0-9]*"),
-    ("Description", r"wrap any file into a DICOM .+"),
-])
-def test_control_fields(deb, field, pattern):
-    pattern = pattern or {"Version": re.escape(env("DICAPSULE_VERSION")), "Architecture": ARCH}[field]
+def test_control_fields(deb):
     fields = control(deb)
-    assert re.fullmatch(pattern, fields.get(field, "")), fields
+    for field, pattern in {"Package": r"dicapsule", "Version": re.escape(env("DICAPSULE_VERSION")),
+                           "Architecture": ARCH, "Section": r"science", "Priority": r"optional",
+                           "Maintainer": r".+ <[^@ ]+@[^@ ]+>", "Installed-Size": r"[1-9][0-9]*",
+                           "Description": r"wrap any file into a DICOM .+"}.items():
+        assert re.fullmatch(pattern, fields.get(field, "")), (field, fields)
 
 
 def modules():
@@ -100,16 +85,12 @@ def test_packaged_tool_prints_the_usage_of_the_built_one(root, args):
 def test_packaged_tool_round_trips_the_packaged_example(root, tmp_path):
     tool, examples = root / "usr/bin/dicapsule", root / DOC / "examples"
     packed, restored = tmp_path / "report.dcm", tmp_path / "restored.pdf"
-    steps = [
-        ["pack", "-i", examples / "report.pdf", "-m", examples / "metadata.xml",
-         "-t", examples / "thumbnail.png", "-o", packed],
-        ["info", "-i", packed],
-        ["unpack", "-i", packed, "-o", restored],
-    ]
-    for step in steps:
+    for step in (["pack", "-i", examples / "report.pdf", "-m", examples / "metadata.xml",
+                  "-t", examples / "thumbnail.png", "-o", packed],
+                 ["info", "-i", packed], ["unpack", "-i", packed, "-o", restored]):
         done = run(tool, *map(str, step), cwd=tmp_path)
         assert done.returncode == 0, (step, done.stderr)
-    assert "report.pdf" in run(tool, "info", "-i", str(packed)).stdout
+        assert step[0] != "info" or 'originalname="report.pdf"' in done.stdout
     assert filecmp.cmp(examples / "report.pdf", restored, shallow=False)
 
 
@@ -119,15 +100,14 @@ def test_packaged_tool_loads_its_module_from_the_package(root, tmp_path):
     if not module.is_file():
         pytest.skip("this build has no extended JPEG module")
     pydicom = pytest.importorskip("pydicom")
-    from pydicom.dataset import FileMetaDataset
     source = pydicom.Dataset()
-    source.file_meta = FileMetaDataset()
+    source.file_meta = pydicom.dataset.FileMetaDataset()
     source.file_meta.TransferSyntaxUID = pydicom.uid.ExplicitVRLittleEndian
     source.file_meta.MediaStorageSOPClassUID = source.SOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
     source.file_meta.MediaStorageSOPInstanceUID = source.SOPInstanceUID = "1.2.3.4"
     source.update(dict(Rows=8, Columns=8, SamplesPerPixel=1, PhotometricInterpretation="MONOCHROME2",
-                       BitsAllocated=16, BitsStored=12, HighBit=11, PixelRepresentation=0))
-    source.PixelData = bytes(v % 256 for v in range(128))
+                       BitsAllocated=16, BitsStored=12, HighBit=11, PixelRepresentation=0,
+                       PixelData=bytes(v % 256 for v in range(128))))
     source.is_little_endian, source.is_implicit_VR = True, False
     source.save_as(tmp_path / "grey12.dcm", write_like_original=False)
     subprocess.run(["dcmcjpeg", "+ee", tmp_path / "grey12.dcm", tmp_path / "thumb.dcm"], check=True)
