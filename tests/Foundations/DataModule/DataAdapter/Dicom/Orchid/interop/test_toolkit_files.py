@@ -155,29 +155,18 @@ CONTENT = rf"""
 (0072,0026) AT (0010,0010)\(0029,1010)
 """
 
-DCMTK_VARIANTS = {
-    "dcmtk-implicit-defined": ["+ti", "+e"],
-    "dcmtk-implicit-undefined": ["+ti", "-e"],
-    "dcmtk-explicit-defined": ["+te", "+e"],
-    "dcmtk-explicit-undefined": ["+te", "-e"],
-    "dcmtk-big-defined": ["+tb", "+e"],
-    "dcmtk-big-undefined": ["+tb", "-e"],
-    "dcmtk-implicit-no-preamble": ["+ti", "-F"],
-}
-
+ENCODINGS = ["implicit", "explicit", "big"]
+DCMTK_VARIANTS = {f"dcmtk-{encoding}-{lengths}": [f"+t{encoding[0]}", option] for encoding in ENCODINGS
+                  for lengths, option in (("defined", "+e"), ("undefined", "-e"))}
+DCMTK_VARIANTS["dcmtk-implicit-no-preamble"] = ["+ti", "-F"]
 # name: (implicit VR, little endian, transfer syntax, undefined lengths)
 PYDICOM_VARIANTS = {
-    f"pydicom-{encoding}-{lengths}": (implicit, little, syntax, lengths == "undefined")
-    for encoding, implicit, little, syntax in [
-        ("implicit", True, True, pydicom.uid.ImplicitVRLittleEndian),
-        ("explicit", False, True, pydicom.uid.ExplicitVRLittleEndian),
-        ("big", False, False, pydicom.uid.ExplicitVRBigEndian),
-    ]
+    f"pydicom-{encoding}-{lengths}": (encoding == "implicit", encoding != "big", syntax, lengths == "undefined")
+    for encoding, syntax in zip(ENCODINGS, [pydicom.uid.ImplicitVRLittleEndian, pydicom.uid.ExplicitVRLittleEndian,
+                                            pydicom.uid.ExplicitVRBigEndian])
     for lengths in ("defined", "undefined")
 }
-
 VARIANTS = [*DCMTK_VARIANTS, *PYDICOM_VARIANTS]
-ENCODINGS = ["implicit", "explicit", "big"]
 
 
 def write_with_pydicom(source, target, implicit, little, syntax, undefined):
