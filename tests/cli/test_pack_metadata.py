@@ -1,8 +1,7 @@
-"""Metadata sources of pack through the built tool: DICOM files in several character sets and transfer
-syntaxes, documents given as files or as text, and what --Identifier and --Modality make of them."""
+"""Metadata documents of pack through the built tool, given as files or as text, and what
+--Identifier and --Modality make of them."""
 import os
 import pathlib
-import subprocess
 
 import pydicom
 import pytest
@@ -10,92 +9,6 @@ import pytest
 from conftest import METADATA, dciodvfy_errors, edition
 
 PYDICOM_DATA = pathlib.Path(pydicom.__file__).parent / "data"
-
-# Patient and study attributes a DICOM source hands to the packed instance.
-KEPT_KEYWORDS = ["PatientName", "PatientID", "PatientBirthDate", "PatientSex", "StudyInstanceUID",
-                 "AccessionNumber", "StudyID", "StudyDate", "StudyTime", "StudyDescription",
-                 "ReferringPhysicianName", "PatientAge", "PatientWeight"]
-
-PYDICOM_SOURCES = [f"charset_files/{name}.dcm" for name in (
-    "chrArab", "chrFren", "chrFrenMulti", "chrGerm", "chrGreek", "chrH31", "chrH32", "chrHbrw", "chrI2",
-    "chrJapMulti", "chrJapMultiExplicitIR6", "chrKoreanMulti", "chrRuss", "chrX1", "chrX2")] + [
-    f"test_files/{name}.dcm" for name in (
-        "CT_small", "MR_small", "MR_small_bigendian", "MR_small_implicit", "MR_small_RLE", "JPEG2000",
-        "SC_rgb_jpeg_dcmtk", "rtplan", "ExplVR_LitEndNoMeta")]
-
-# dump2dcm sources: id, dump2dcm options, Specific Character Set, encoding of the dump's bytes.
-DUMP_SOURCES = [
-    ("latin1-explicit-le", ["+te"], "ISO_IR 100", "latin-1"),
-    ("latin1-implicit-le", ["+ti"], "ISO_IR 100", "latin-1"),
-    ("latin1-explicit-be", ["+tb"], "ISO_IR 100", "latin-1"),
-    ("utf8-bare-explicit-le", ["-F", "+te"], "ISO_IR 192", "utf-8"),
-    ("utf8-bare-implicit-le", ["-F", "+ti"], "ISO_IR 192", "utf-8"),
-    ("cyrillic-explicit-le", ["+te"], "ISO_IR 144", "iso8859_5"),
-]
-DUMP = """(0008,0005) CS [{charset}]
-(0008,0016) UI =SecondaryCaptureImageStorage
-(0008,0018) UI [1.2.826.0.1.3680043.9.7.5]
-(0008,0020) DA [20240102]
-(0008,0030) TM [101500]
-(0008,0050) SH [ACC-7]
-(0008,0060) CS [MR]
-(0008,0070) LO [Acme]
-(0008,1030) LO [Kontrolle {name}]
-(0010,0010) PN [{name}]
-(0010,0020) LO [PID-7]
-(0010,0040) CS [M]
-(0020,000d) UI [1.2.826.0.1.3680043.9.7]
-(0020,000e) UI [1.2.826.0.1.3680043.9.7.1]
-(0020,0010) SH [S7]
-"""
-
-
-def written_charset(source):
-    """The Specific Character Set written for a source's: an empty first value before a code
-    extension becomes "ISO 2022 IR 6", except before Korean, whose form keeps it empty."""
-    terms = source.get("SpecificCharacterSet", "")
-    if isinstance(terms, str) or terms[0] or terms[1] == "ISO 2022 IR 149":
-        return terms
-    return ["ISO 2022 IR 6", *terms[1:]]
-
-
-def comparable(ds, keyword):
-    value = ds.get(keyword, "")
-    if keyword == "PatientWeight" and value != "":
-        return float(value)
-    # Name groups of empty components are written as nothing.
-    return str(value).rstrip("^=")
-
-
-def check_taken_over(source_path, packed_path):
-    source = pydicom.dcmread(source_path, force=True)
-    packed = pydicom.dcmread(packed_path)
-    for keyword in KEPT_KEYWORDS:
-        if keyword in source:
-            assert comparable(packed, keyword) == comparable(source, keyword), keyword
-    assert packed.get("SpecificCharacterSet", "") == written_charset(source)
-    assert packed.SeriesInstanceUID not in ("", source.get("SeriesInstanceUID"))
-    assert packed.SOPInstanceUID not in ("", source.get("SOPInstanceUID"), packed.SeriesInstanceUID)
-    assert packed.file_meta.MediaStorageSOPInstanceUID == packed.SOPInstanceUID
-    return packed
-
-
-@pytest.mark.parametrize("source", PYDICOM_SOURCES)
-def test_pydicom_files_give_patient_and_study_to_a_new_series(pack, source):
-    check_taken_over(PYDICOM_DATA / source, pack("-m", str(PYDICOM_DATA / source)))
-
-
-@pytest.mark.parametrize("options,charset,codec", [c[1:] for c in DUMP_SOURCES], ids=[c[0] for c in DUMP_SOURCES])
-def test_dump2dcm_files_give_patient_and_study_to_a_new_series(pack, tmp_path, options, charset, codec):
-    name = {"latin-1": "M\u00fcller^J\u00fcrgen", "utf-8": "M\u00fcller^\u00c5sa",
-            "iso8859_5": "\u041c\u044e\u043b\u043b\u0435\u0440^\u042e\u0440\u0438\u0439"}[codec]
-    (tmp_path / "source.txt").write_bytes(DUMP.format(charset=charset, name=name).encode(codec))
-    subprocess.run(["dump2dcm", *options, "source.txt", "source.dcm"], cwd=tmp_path, check=True)
-    packed = check_taken_over(tmp_path / "source.dcm", pack("-m", "source.dcm"))
-    assert str(packed.PatientName) == name
-    # A new series of raw data: the source's modality is not taken over.
-    assert packed.Modality == "OT"
-
 
 def test_document_as_file_and_as_text_write_the_same_instance(pack, tmp_path):
     env = dict(os.environ, CONVERTIX_TESTMODE="")
