@@ -3,7 +3,7 @@ time with dump2dcm and pydicom (a file per VR in each encoding, each Specific Ch
 undeclared Latin-1, deflated files, packed files modified afterwards). Each gives its patient and
 study to a new series in the character set it names; each packed file unpacks byte for byte, and
 every file pack writes from them reads cleanly in dcmdump, gdcminfo, pydicom and dciodvfy, and in
-unpack and info. Edition documents with every VR, sequence text and nesting limits."""
+unpack and info. Edition documents with every VR and nesting limits."""
 import pathlib
 import struct
 import subprocess
@@ -282,23 +282,6 @@ def test_edition_with_each_vr_writes_a_clean_file(run, pack, tmp_path, inside_se
         assert str(holder[tag].value) == str(value), vr
     assert_peers_read_cleanly(packed)
     assert_unpacks_and_describes(run, tmp_path, packed)
-
-
-@pytest.mark.parametrize("encoding, meaning, charset", [
-    ("western", "réalisée", "ISO_IR 100"), (None, "réalisée", "ISO_IR 192"), ("western", "山田", None)],
-    ids=["western", "default", "outside-western"])
-def test_sequence_text_is_written_in_the_output_character_set_or_refused(run, tmp_path, encoding, meaning, charset):
-    code = f'<Code Name="ProcedureCodeSequence" Code="P1" Scheme="99X" Meaning="{meaning}"/>'
-    document = write_edition(tmp_path, Instance=f'<Sequence Name="ImageSetSelectorSequence"><Item>{code}</Item></Sequence>')
-    result = try_pack(run, tmp_path, document, *(["-e", encoding] if encoding else []))
-    if charset is None:
-        assert result.status == 1 and not (tmp_path / "out.dcm").exists()
-        return
-    assert (result.status, result.err) == (0, "")
-    ds = pydicom.dcmread(tmp_path / "out.dcm")
-    assert ds.SpecificCharacterSet == charset
-    assert ds.ImageSetSelectorSequence[0].ProcedureCodeSequence[0].CodeMeaning == meaning
-    assert not dciodvfy_errors(tmp_path / "out.dcm")
 
 
 @pytest.mark.parametrize("depth, accepted", [(64, True), (65, False)])

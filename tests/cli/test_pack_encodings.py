@@ -8,11 +8,20 @@ import pytest
 from conftest import dciodvfy_errors, edition
 
 
-def named(name, description="", charset=""):
+def named(name, description="", charset="", meaning=""):
+    """A document with a patient's name, a study description, the meaning of a code in a sequence item
+    and a Specific Character Set, each if given."""
     instance = f'<String Name="SpecificCharacterSet" Value="{charset}"/>' if charset else ""
+    if meaning:
+        instance += ('<Sequence Name="ImageSetSelectorSequence"><Item><Code Name="ProcedureCodeSequence" Code="P1" '
+                     f'Scheme="99X" Meaning="{meaning}"/></Item></Sequence>')
     return edition(Patient=f'<String Name="PatientName" Value="{name}"/><String Name="PatientID" Value="ID-1"/>',
                    Study=f'<String Name="StudyDescription" Value="{description}"/>' if description else "",
                    Instance=instance)
+
+
+def meaning(ds):
+    return ds.ImageSetSelectorSequence[0].ProcedureCodeSequence[0].CodeMeaning
 
 
 # word, patient name that needs it, study description, Specific Character Set expected.
@@ -33,11 +42,10 @@ ENCODINGS = [
 @pytest.mark.parametrize("word,name,description,charset", ENCODINGS, ids=[c[0] for c in ENCODINGS])
 def test_encoding_writes_its_character_set_and_the_text_reads_back(pack, word, name, description, charset):
     # The metadata asks for UTF-8: the command line wins.
-    path = pack("-m", named(name, description, "ISO_IR 192"), "-e", word)
+    path = pack("-m", named(name, description, "ISO_IR 192", description or "x"), "-e", word)
     ds = pydicom.dcmread(path)
     assert ds.get("SpecificCharacterSet", "") == charset
-    assert str(ds.PatientName) == name
-    assert ds.get("StudyDescription", "") == description
+    assert (str(ds.PatientName), ds.get("StudyDescription", ""), meaning(ds)) == (name, description, description or "x")
     assert dciodvfy_errors(path) == []
 
 
@@ -47,13 +55,14 @@ UNWRITABLE = [
     ("hangul-in-hebrew", ["-e", "hebrew"], "\ud64d^\uae38\ub3d9"),
     ("hebrew-in-japanese", ["-e", "japanese"], "\u05e9\u05e8\u05d5\u05df"),
     ("hebrew-in-korean", ["-e", "korean"], "\u05e9\u05e8\u05d5\u05df"),
+    ("kanji-in-a-sequence-in-western", ["-e", "western"], "Doe^John", "\u5c71\u7530"),
 ]
 
 
-@pytest.mark.parametrize("options,name", [c[1:] for c in UNWRITABLE], ids=[c[0] for c in UNWRITABLE])
-def test_text_the_character_set_cannot_hold_is_refused(run, tmp_path, options, name):
+@pytest.mark.parametrize("options,name,meaning", [(c + ("",))[1:4] for c in UNWRITABLE], ids=[c[0] for c in UNWRITABLE])
+def test_text_the_character_set_cannot_hold_is_refused(run, tmp_path, options, name, meaning):
     (tmp_path / "payload.bin").write_bytes(b"x")
-    result = run("pack", "-i", "payload.bin", "-m", named(name), "-o", "out.dcm", *options)
+    result = run("pack", "-i", "payload.bin", "-m", named(name, meaning=meaning), "-o", "out.dcm", *options)
     assert (result.status, result.out) == (1, "")
     assert result.err == 'Error: Could not write the output Dicom file "out.dcm".\n'
     assert os.listdir(tmp_path) == ["payload.bin"]
@@ -75,7 +84,7 @@ KEPT = [
 
 @pytest.mark.parametrize("source,name,written", KEPT, ids=[str(c[0]) + "-" + c[1][:3] for c in KEPT])
 def test_without_encoding_the_metadata_character_set_is_kept(pack, source, name, written):
-    path = pack("-m", named(name, charset=source))
-    ds = pydicom.dcmread(path)
+    # The name also in a sequence item, but for the ASCII case: a sequence alone makes the tool declare UTF-8.
+    ds = pydicom.dcmread(pack("-m", named(name, charset=source, meaning="" if name.isascii() else name)))
     assert ds.get("SpecificCharacterSet") == written
-    assert str(ds.PatientName) == name
+    assert str(ds.PatientName) == name and ("ImageSetSelectorSequence" not in ds or meaning(ds) == name)
