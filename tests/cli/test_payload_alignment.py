@@ -103,7 +103,8 @@ def shared_blocks(path):
 
 def free_bytes(directory):
     os.sync()
-    return os.statvfs(directory).f_bfree * os.statvfs(directory).f_frsize
+    stats = os.statvfs(directory)
+    return stats.f_bfree * stats.f_frsize
 
 
 @pytest.mark.skipif(WINDOWS, reason="cloning is copy_file_range on a Linux file system")

@@ -54,8 +54,6 @@ PREVIEW_CASES = [("thumbnail-duplicated", ["-t", THUMBNAIL, "--hackforbmpacs"]),
 MINIMAL_XML = ('<?xml version="1.0" encoding="UTF-8"?><orchid type="ConvertixToFp"><operations>'
                '<operation type="edition"><Patient><Name Name="PatientName" Family="Nobody"/></Patient>'
                '</operation></operations></orchid>')
-
-
 CALLED_AET, LOOPBACK = "DICAPSULEPACS", "127.0.0.1"
 # Proxies from the environment are ignored: every request goes to the loopback address.
 OPENER = urllib.request.build_opener(urllib.request.ProxyHandler({}))
@@ -149,9 +147,9 @@ def main(plan_path):
 
 
 def run_tool(tool, *args, cwd):
-    # A cross-built tool runs under the command ctest names (wine for the Windows build).
-    runner = shlex.split(os.environ.get("DICAPSULE_RUNNER", ""))
-    return subprocess.run([*runner, tool, *args], cwd=cwd, capture_output=True, text=True, timeout=300)
+    """The tool, under the command ctest names for a cross-built tool (wine for the Windows build)."""
+    return subprocess.run([*shlex.split(os.environ.get("DICAPSULE_RUNNER", "")), tool, *args], cwd=cwd,
+                          capture_output=True, text=True, timeout=300)
 
 
 def pack_all(tool, work):

@@ -180,18 +180,16 @@ def write_with_pydicom(source, target, implicit, little, syntax, undefined):
             # pydicom writes OW bytes as they are; give it big-endian words.
             elem.value = b"".join(elem.value[i:i + 2][::-1] for i in range(0, len(elem.value), 2))
     ds.file_meta.TransferSyntaxUID = syntax
-    ds.is_implicit_VR = implicit
-    ds.is_little_endian = little
+    ds.is_implicit_VR, ds.is_little_endian = implicit, little
     ds.save_as(target, write_like_original=False)
 
 
 @pytest.fixture(scope="session")
 def files(tmp_path_factory):
     folder = tmp_path_factory.mktemp("toolkit_files")
-    dump = folder / "content.dump"
-    dump.write_text(CONTENT)
+    (folder / "content.dump").write_text(CONTENT)
     source = folder / "source.dcm"
-    run("dump2dcm", dump, source)
+    run("dump2dcm", folder / "content.dump", source)
     made = {"source": source}
     for name, options in DCMTK_VARIANTS.items():
         made[name] = folder / f"{name}.dcm"
