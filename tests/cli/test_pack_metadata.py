@@ -102,15 +102,10 @@ CHARSETS = [
 
 
 def new_source(**extra):
-    meta = FileMetaDataset()
-    meta.MediaStorageSOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
-    meta.MediaStorageSOPInstanceUID = "1.2.826.0.1.3680043.9.7.43"
-    meta.TransferSyntaxUID = ExplicitVRLittleEndian
-    ds = FileDataset("source.dcm", {}, file_meta=meta, preamble=b"\0" * 128)
-    ds.SOPClassUID = meta.MediaStorageSOPClassUID
-    ds.SOPInstanceUID = meta.MediaStorageSOPInstanceUID
-    ds.Modality = "OT"
-    ds.SeriesInstanceUID = "1.2.826.0.1.3680043.9.7.44"
+    ds = FileDataset("source.dcm", {}, file_meta=FileMetaDataset(), preamble=b"\0" * 128)
+    ds.file_meta.MediaStorageSOPClassUID = ds.SOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
+    ds.file_meta.MediaStorageSOPInstanceUID = ds.SOPInstanceUID = "1.2.826.0.1.3680043.9.7.43"
+    ds.Modality, ds.SeriesInstanceUID = "OT", "1.2.826.0.1.3680043.9.7.44"
     for keyword, value in {**PATIENT, **STUDY, **extra}.items():
         setattr(ds, keyword, value)
     return ds
@@ -118,8 +113,7 @@ def new_source(**extra):
 
 def save(ds, path, syntax=ExplicitVRLittleEndian):
     ds.file_meta.TransferSyntaxUID = syntax
-    ds.is_implicit_VR = syntax == ImplicitVRLittleEndian
-    ds.is_little_endian = syntax != ExplicitVRBigEndian
+    ds.is_implicit_VR, ds.is_little_endian = syntax == ImplicitVRLittleEndian, syntax != ExplicitVRBigEndian
     ds.save_as(path, write_like_original=False)
     return path
 
@@ -355,9 +349,7 @@ def test_document_as_file_and_as_text_write_the_same_instance(pack, tmp_path):
 
 
 def test_ill_formed_document_text_is_reported_as_given(run, tmp_path):
-    (tmp_path / "payload.bin").write_bytes(b"x")
-    text = '<orchid type="ConvertixToFp"><operations>'
-    result = run("pack", "-i", "payload.bin", "-m", text)
+    result = try_pack(run, tmp_path, '<orchid type="ConvertixToFp"><operations>')
     assert (result.status, result.out) == (1, "")
     assert result.err == ('Error: The metadata file "<orchid type=&"ConvertixToFp&"><operations>" '
                           "either doesn't exist or is ill-formed.\n")
@@ -458,8 +450,7 @@ UNWRITABLE = [
 
 @pytest.mark.parametrize("options,name,meaning", [(c + ("",))[1:4] for c in UNWRITABLE], ids=[c[0] for c in UNWRITABLE])
 def test_text_the_character_set_cannot_hold_is_refused(run, tmp_path, options, name, meaning):
-    (tmp_path / "payload.bin").write_bytes(b"x")
-    result = run("pack", "-i", "payload.bin", "-m", named(name, meaning=meaning), "-o", "out.dcm", *options)
+    result = try_pack(run, tmp_path, named(name, meaning=meaning), *options)
     assert (result.status, result.out) == (1, "")
     assert result.err == 'Error: Could not write the output Dicom file "out.dcm".\n'
     assert os.listdir(tmp_path) == ["payload.bin"]
