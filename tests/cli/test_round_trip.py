@@ -58,20 +58,6 @@ def test_info_document(run, tmp_path):
     assert all(item.PurposeOfReferenceCodeSequence[0].CodingSchemeDesignator == "99DCAPS" for item in items)
 
 
-@pytest.mark.parametrize("args,written", [
-    ([], "x.PDF"), (["-u"], "report.PDF"), (["-o", "y"], "y"), (["-O", "sub"], "sub/x.PDF"),
-    (["-O", "sub", "-u"], "sub/report.PDF"),
-])
-def test_unpack_output_names(run, tmp_path, args, written):
-    source, data = make_payload(tmp_path, "report.PDF", 33)
-    assert run("pack", "-i", "report.PDF", "-m", METADATA, "-o", "x.dcm").status == 0
-    source.unlink()
-    (tmp_path / "sub").mkdir()
-    result = run("unpack", "-i", "x.dcm", *args)
-    assert (result.status, result.err) == (0, "")
-    assert (tmp_path / written).read_bytes() == data
-
-
 def test_existing_outputs_need_force(run, tmp_path):
     make_payload(tmp_path, "a.pdf", 40)
     assert run("pack", "-i", "a.pdf", "-m", METADATA).status == 0
