@@ -85,7 +85,8 @@ def dcmftest_accepts(path):
 def dciodvfy_errors(path):
     """The "Error" lines dciodvfy prints for a file (its exit status does not tell); text of any character set."""
     out = subprocess.run(["dciodvfy", str(path)], capture_output=True)
-    return [line for line in (out.stdout + out.stderr).decode("utf-8", "replace").splitlines() if line.startswith("Error")]
+    text = (out.stdout + out.stderr).decode("utf-8", "replace")
+    return [line for line in text.splitlines() if line.startswith("Error")]
 
 
 PAYLOAD = b"\x00payload\xff"

@@ -27,7 +27,8 @@ def test_names_round_trip_and_are_reported(run, tmp_path, name):
     escaped = name.replace("&", "&amp;").replace('"', "&quot;")
     quoted = f"&quot;{escaped}&quot;" if " " in name else escaped
     assert (info.status, info.err) == (0, "")
-    assert f'<parameters originalname="{escaped}" commandline="pack -i {quoted} -m {METADATA} -o out.dcm" />' in info.out
+    assert (f'<parameters originalname="{escaped}" commandline="pack -i {quoted} -m {METADATA} -o out.dcm" />'
+            in info.out)
     source.unlink()
     assert run("unpack", "-i", "out.dcm", "-u").status == 0
     assert (tmp_path / name).read_bytes() == data

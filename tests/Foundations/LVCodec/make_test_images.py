@@ -99,7 +99,8 @@ golden("tiff_pages.tif", page.convert("RGB"))
 image("RGB").save(path("source_RGB.ppm"))
 with open(path("source_16.pgm"), "wb") as f:
     f.write(pgm16)
-for source, name in (("source_L.pgm", "j2k_L.j2k"), ("source_RGB.ppm", "j2k_RGB.jp2"), ("source_16.pgm", "j2k_grey16.j2k")):
+for source, name in (("source_L.pgm", "j2k_L.j2k"), ("source_RGB.ppm", "j2k_RGB.jp2"),
+                     ("source_16.pgm", "j2k_grey16.j2k")):
     run("opj_compress", "-n", "3", "-i", path(source), "-o", path(name))
     golden(name, Image.open(path(name)))
 
@@ -109,7 +110,8 @@ save("bmp_palette8.bmp", image("RGB").convert("P", palette=Image.ADAPTIVE, color
 save("bmp_RGB.bmp", image("RGB"))
 save("bmp_RGBA.bmp", image("RGBA"))
 if shutil.which("convert"):
-    for name, options in (("bmp_palette4.bmp", ["-colors", "12"]), ("bmp_rle8.bmp", ["-colors", "200", "-compress", "RLE"])):
+    for name, options in (("bmp_palette4.bmp", ["-colors", "12"]),
+                          ("bmp_rle8.bmp", ["-colors", "200", "-compress", "RLE"])):
         run("convert", path("source_RGB.ppm"), *options, "BMP3:" + path(name))
         golden_as_read(name, "RGB")
 
@@ -122,7 +124,8 @@ golden_as_read("pnm_P5_16.pgm")
 for name, source, command in (("pnm_P1.pbm", "pnm_P4.pbm", ["pnmtoplainpnm", path("pnm_P4.pbm")]),
                               ("pnm_P2.pgm", "pnm_P5.pgm", ["pnmtoplainpnm", path("pnm_P5.pgm")]),
                               ("pnm_P3.ppm", "pnm_P6.ppm", ["pnmtoplainpnm", path("pnm_P6.ppm")]),
-                              ("pnm_grey.pam", "pnm_P5.pgm", ["pamtopam"]), ("pnm_RGB.pam", "pnm_P6.ppm", ["pamtopam"])):
+                              ("pnm_grey.pam", "pnm_P5.pgm", ["pamtopam"]),
+                              ("pnm_RGB.pam", "pnm_P6.ppm", ["pamtopam"])):
     with open(path(name), "wb") as f, open(path(source), "rb") as given:
         run(*command, stdin=given, stdout=f)
     same_golden(name, source)

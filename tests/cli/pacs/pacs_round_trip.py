@@ -49,7 +49,8 @@ IDENTITY_CASES = [
 ]
 
 # id, extra pack arguments; only the duplicated thumbnail has to render as the preview
-PREVIEW_CASES = [("thumbnail-duplicated", ["-t", THUMBNAIL, "--hackforbmpacs"]), ("thumbnail-icon-only", ["-t", THUMBNAIL])]
+PREVIEW_CASES = [("thumbnail-duplicated", ["-t", THUMBNAIL, "--hackforbmpacs"]),
+                 ("thumbnail-icon-only", ["-t", THUMBNAIL])]
 
 MINIMAL_XML = ('<?xml version="1.0" encoding="UTF-8"?><orchid type="ConvertixToFp"><operations>'
                '<operation type="edition"><Patient><Name Name="PatientName" Family="Nobody"/></Patient>'
