@@ -24,16 +24,12 @@ SEP = "\\" if WINDOWS else "/"
 class Result:
     def __init__(self, completed):
         self.status = completed.returncode
-        self.out = completed.stdout.decode("utf-8", "surrogateescape")
-        self.err = completed.stderr.decode("utf-8", "surrogateescape")
+        self.out, self.err = (s.decode("utf-8", "surrogateescape") for s in (completed.stdout, completed.stderr))
 
 
 @pytest.fixture(scope="session")
 def tool():
-    path = os.environ.get("DICAPSULE")
-    if not path:
-        pytest.fail("DICAPSULE must name the built tool (ctest sets it)")
-    return path
+    return os.environ.get("DICAPSULE") or pytest.fail("DICAPSULE must name the built tool (ctest sets it)")
 
 
 @pytest.fixture
@@ -83,27 +79,29 @@ def edition(**scopes):
 
 
 def dcmftest_accepts(path):
-    out = subprocess.run(["dcmftest", str(path)], capture_output=True, text=True)
-    return out.stdout.startswith("yes:")
+    return subprocess.run(["dcmftest", str(path)], capture_output=True, text=True).stdout.startswith("yes:")
 
 
 def dciodvfy_errors(path):
-    """The "Error" lines dciodvfy prints for a file (its exit status does not tell)."""
-    out = subprocess.run(["dciodvfy", str(path)], capture_output=True, text=True)
-    return [line for line in (out.stdout + out.stderr).splitlines() if line.startswith("Error")]
+    """The "Error" lines dciodvfy prints for a file (its exit status does not tell); text of any character set."""
+    out = subprocess.run(["dciodvfy", str(path)], capture_output=True)
+    text = (out.stdout + out.stderr).decode("utf-8", "replace")
+    return [line for line in text.splitlines() if line.startswith("Error")]
+
+
+PAYLOAD = b"\x00payload\xff"
 
 
 @pytest.fixture
 def pack(run, tmp_path):
     """pack(*options, output="out.dcm") -> path of the file written; the run must succeed silently and
-    dcmftest must accept the file. The payload is a small binary file of the test's directory."""
-    (tmp_path / "payload.bin").write_bytes(b"\x00payload\xff")
+    dcmftest must accept the file. The payload is PAYLOAD, in payload.bin of the test's directory."""
+    (tmp_path / "payload.bin").write_bytes(PAYLOAD)
 
     def _pack(*options, output="out.dcm", env=None):
         result = run("pack", "-i", "payload.bin", "-o", output, "-f", *options, env=env)
         assert (result.status, result.out, result.err) == (0, "", "")
-        path = tmp_path / output
-        assert dcmftest_accepts(path)
-        return path
+        assert dcmftest_accepts(tmp_path / output)
+        return tmp_path / output
 
     return _pack

@@ -6,6 +6,7 @@ import signal
 import stat
 import subprocess
 import tempfile
+import threading
 import time
 import xml.etree.ElementTree as ElementTree
 
@@ -33,8 +34,7 @@ def test_parallel_packs_without_force_exactly_one_wins(tool, tmp_path):
     runs = [subprocess.Popen([*RUNNER, tool, *pack_args()], cwd=tmp_path, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
             for _ in range(8)]
     results = [(run.wait(60), run.stdout.read(), run.stderr.read().decode()) for run in runs]
-    winners = [result for result in results if result[0] == 0]
-    assert len(winners) == 1, results
+    assert [status for status, _, _ in results].count(0) == 1, results
     for status, out, err in results:
         assert status == 0 or (out, err) == (b"", "Error: " + ALREADY.format("a.dcm") + "\n")
     assert dcmftest_accepts(tmp_path / "a.dcm")
@@ -42,15 +42,26 @@ def test_parallel_packs_without_force_exactly_one_wins(tool, tmp_path):
 
 
 @posix_only
-@pytest.mark.parametrize("operation", ["pack", "unpack"])
-def test_a_dangling_symbolic_link_is_never_followed_without_force(run, tmp_path, operation):
+@pytest.mark.parametrize("operation,mode", [("pack", 0o600), ("unpack", 0o751)], ids=["pack-0600", "unpack-0751"])
+def test_existing_outputs_links_never_followed_and_force_keeps_mode_and_owner(run, tmp_path, operation, mode):
+    def args(output):
+        return pack_args("a.pdf", output) if operation == "pack" else ["unpack", "-i", "a.dcm", "-o", output]
+
     (tmp_path / "a.pdf").write_bytes(b"payload")
     assert run(*pack_args()).status == 0
     (tmp_path / "link").symlink_to("nowhere")
-    args = pack_args("a.pdf", "link") if operation == "pack" else ["unpack", "-i", "a.dcm", "-o", "link"]
-    result = run(*args)
+    result = run(*args("link"))
     assert (result.status, result.err) == (1, "Error: " + ALREADY.format("link") + "\n")
     assert not (tmp_path / "nowhere").exists()
+
+    target = tmp_path / "old.bin"
+    target.write_bytes(b"old")
+    os.chmod(target, mode)
+    os.chown(target, 1234, 5678)
+    assert run(*args("old.bin"), "-f").status == 0
+    info = os.stat(target)
+    assert (stat.S_IMODE(info.st_mode), info.st_uid, info.st_gid) == (mode, 1234, 5678)
+    assert target.read_bytes() != b"old"
 
 
 def temporary_output_is_open(pid, directory):
@@ -67,8 +78,8 @@ def temporary_output_is_open(pid, directory):
 @pytest.mark.parametrize("signal_number", [signal.SIGKILL, signal.SIGTERM, signal.SIGINT, signal.SIGHUP],
                          ids=["KILL", "TERM", "INT", "HUP"])
 def test_a_run_killed_mid_write_leaves_nothing(run, tool, tmp_path, operation, signal_number):
-    with open(tmp_path / "big.bin", "wb") as big:
-        big.truncate(512 << 20)  # sparse: costs no disk until copied
+    (tmp_path / "big.bin").touch()
+    os.truncate(tmp_path / "big.bin", 512 << 20)  # sparse: costs no disk until copied
     if operation == "pack":
         args = pack_args("big.bin", "out/big.dcm")
     else:
@@ -101,48 +112,23 @@ def test_names_up_to_the_file_system_limit(run, tmp_path, length):
     assert (tmp_path / ("o" * length)).read_bytes() == b"long name payload"
 
 
-FORCED = [("pack-0600", "pack", 0o600), ("unpack-0751", "unpack", 0o751)]
-
-
-@posix_only
-@pytest.mark.parametrize("operation,mode", [c[1:] for c in FORCED], ids=[c[0] for c in FORCED])
-def test_force_keeps_the_replaced_files_mode_and_owner(run, tmp_path, operation, mode):
-    (tmp_path / "a.pdf").write_bytes(b"payload")
-    assert run(*pack_args()).status == 0
-    target = tmp_path / ("a.dcm" if operation == "pack" else "x.pdf")
-    target.write_bytes(b"old")
-    os.chmod(target, mode)
-    os.chown(target, 1234, 5678)
-    args = pack_args("a.pdf", "a.dcm", "-f") if operation == "pack" else ["unpack", "-i", "a.dcm", "-o", "x.pdf", "-f"]
-    assert run(*args).status == 0
-    info = os.stat(target)
-    assert (stat.S_IMODE(info.st_mode), info.st_uid, info.st_gid) == (mode, 1234, 5678)
-    assert target.read_bytes() != b"old"
-
-
-@pytest.fixture
-def shared_directory():
-    """A directory that an unprivileged user can work in (pytest's own is private to root)."""
-    directory = tempfile.mkdtemp(prefix="dicapsule-shared-")
-    os.chmod(directory, 0o777)
-    yield directory
-    shutil.rmtree(directory)
-
-
 @posix_only
 @pytest.mark.skipif(os.geteuid() != 0, reason="switching to an unprivileged user needs root")
 @pytest.mark.parametrize("metadata", ["metadata.xml", "missing.xml"])
-def test_unreadable_input_is_reported_before_the_metadata(tool, shared_directory, metadata):
-    shutil.copy(METADATA, os.path.join(shared_directory, "metadata.xml"))
-    secret = os.path.join(shared_directory, "secret.pdf")
-    with open(secret, "wb") as data:
-        data.write(b"private")
-    os.chmod(secret, 0o200)
-    command = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups", tool,
-               "pack", "-i", "secret.pdf", "-m", metadata, "-o", "out.dcm"]
-    result = subprocess.run(command, cwd=shared_directory, capture_output=True, text=True)
-    assert (result.returncode, result.stdout, result.stderr) == (1, "", 'Error: Could not read "secret.pdf".\n')
-    assert sorted(os.listdir(shared_directory)) == ["metadata.xml", "secret.pdf"]
+def test_unreadable_input_is_reported_before_the_metadata(tool, metadata):
+    # pytest's temporary folder is private to root: the unprivileged user works in a shared one.
+    with tempfile.TemporaryDirectory(prefix="dicapsule-shared-") as directory:
+        os.chmod(directory, 0o777)
+        shutil.copy(METADATA, os.path.join(directory, "metadata.xml"))
+        secret = os.path.join(directory, "secret.pdf")
+        with open(secret, "wb") as data:
+            data.write(b"private")
+        os.chmod(secret, 0o200)
+        result = subprocess.run(["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups", tool, "pack",
+                                 "-i", "secret.pdf", "-m", metadata, "-o", "out.dcm"],
+                                cwd=directory, capture_output=True, text=True)
+        assert (result.returncode, result.stdout, result.stderr) == (1, "", 'Error: Could not read "secret.pdf".\n')
+        assert listing(directory) == ["metadata.xml", "secret.pdf"]
 
 
 @posix_only
@@ -170,29 +156,11 @@ def test_unpack_without_original_name_uses_only_the_stored_extension(run, tmp_pa
     assert refused.status == 1 and "is not a plain file name" in refused.err
 
 
-@pytest.mark.parametrize("args,message", [
-    (["-m", b"meta\xffdata.xml"], "Cannot decode UTF-8 string."),
-    (["-m", METADATA, "-r", "1.2.3:1.2.3.4:1.2.x"], '"1.2.x" is not a valid UID.'),
-    (["-m", METADATA, "-r", "1.2.3:1.2.3.4:1.2.3.4.5:1.2.840..1"], '"1.2.840..1" is not a valid UID.'),
-    (["-m", METADATA, "-r", "1.2.3:1.2.3.4:1.2.3.4.5", "-r", "01.2:1.3:1.4"], '"01.2" is not a valid UID.'),
-], ids=["metadata-not-utf8", "reference-sop-instance", "reference-sop-class", "second-reference"])
-def test_values_are_checked_with_their_messages(run, tmp_path, args, message):
-    if WINDOWS and isinstance(args[1], bytes):
-        pytest.skip("a Windows command line is UTF-16: it cannot carry bytes that are not UTF-8")
-    (tmp_path / "a.pdf").write_bytes(b"payload")
-    result = run("pack", "-i", "a.pdf", "-o", "a.dcm", *args)
-    assert (result.status, result.out, result.err) == (1, "", "Error: " + message + "\n")
-    assert listing(tmp_path) == ["a.pdf"]
-
-
-def long_uid(prefix, index):
-    return (f"{prefix}.{index}.").ljust(64, "7")
-
-
 @pytest.mark.skipif(WINDOWS, reason="a Windows command line holds at most 32767 characters")
 def test_info_prints_hundreds_of_references_and_the_whole_command_line(run, tmp_path):
     (tmp_path / "a.pdf").write_bytes(b"payload")
-    references = [(long_uid("1.2.840.1", 0), long_uid("1.2.840.2", 0), long_uid("1.2.840.3", i)) for i in range(340)]
+    references = [("1.2.840.1.0.".ljust(64, "7"), "1.2.840.2.0.".ljust(64, "7"), f"1.2.840.3.{i}.".ljust(64, "7"))
+                  for i in range(340)]
     options = [word for reference in references for word in ("-r", ":".join(reference))]
     assert run(*pack_args(), *options).status == 0
     result = run("info", "-i", "a.dcm")
@@ -213,16 +181,12 @@ def test_info_prints_hundreds_of_references_and_the_whole_command_line(run, tmp_
     assert bad.err == 'Error: Could not parse one of the reference strings of the input file "bad.dcm".\n'
 
 
-STORED_NAMES = [
-    ("control-characters", "c\x01\x1f\x7f.bin", "c\ufffd\ufffd\x7f.bin"),
-    ("invalid-utf8", b"\xff\xc3(\xed\xa0\x80.bin", "\ufffd\ufffd(\ufffd\ufffd\ufffd.bin"),
-    ("markup", 'a<b>&"c\'.bin', 'a<b>&"c\'.bin'),
-]
-
-
-@pytest.mark.parametrize("stored,shown", [c[1:] for c in STORED_NAMES], ids=[c[0] for c in STORED_NAMES])
+@pytest.mark.parametrize("stored,shown", [
+    (b"c\x01\x1f\x7f.bin", "c\ufffd\ufffd\x7f.bin"),
+    (b"\xff\xc3(\xed\xa0\x80.bin", "\ufffd\ufffd(\ufffd\ufffd\ufffd.bin"),
+    (b'a<b>&"c\'.bin', 'a<b>&"c\'.bin'),
+], ids=["control-characters", "invalid-utf8", "markup"])
 def test_info_writes_well_formed_xml_for_any_stored_name(run, tmp_path, stored, shown):
-    stored = stored if isinstance(stored, bytes) else stored.encode()
     marker = b"M" * len(stored)
     (tmp_path / marker.decode()).write_bytes(b"payload")
     assert run(*pack_args(marker.decode(), "a.dcm")).status == 0
@@ -232,10 +196,6 @@ def test_info_writes_well_formed_xml_for_any_stored_name(run, tmp_path, stored, 
     result = run("info", "-i", "a.dcm")
     assert (result.status, result.err) == (0, "")
     assert ElementTree.fromstring(result.out.encode()).find("parameters").get("originalname") == shown
-
-
-def sanitized(tool):
-    return b"libasan" in subprocess.run(["ldd", tool], capture_output=True).stdout
 
 
 def nested(depth, open_tag, close_tag, inner=""):
@@ -256,18 +216,19 @@ HOSTILE = [
 
 @posix_only
 @pytest.mark.parametrize("document,status", [c[1:] for c in HOSTILE], ids=[c[0] for c in HOSTILE])
-def test_hostile_metadata_is_refused_or_read_quickly_in_little_memory(tool, tmp_path, document, status):
+def test_hostile_metadata_is_refused_or_read_in_little_memory(tool, tmp_path, document, status):
+    """The time limit only catches a runaway (a quadratic reading); speed belongs to the benchmarks."""
     (tmp_path / "meta.xml").write_text(document)
     (tmp_path / "a.pdf").write_bytes(b"payload")
-    start = time.monotonic()
     process = subprocess.Popen([tool, "pack", "-i", "a.pdf", "-m", "meta.xml", "-o", "a.dcm"],
                                cwd=tmp_path, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    timer = threading.Timer(60, process.kill)
+    timer.start()
     _, wait_status, usage = os.wait4(process.pid, 0)
-    seconds = time.monotonic() - start
+    timer.cancel()
     error = process.stderr.read().decode()
-    assert os.waitstatus_to_exitcode(wait_status) == status, error
+    assert os.waitstatus_to_exitcode(wait_status) == status, error or "killed after 60 s"
     if status:
         assert error == "Error: The metadata file \"meta.xml\" either doesn't exist or is ill-formed.\n"
-    if not sanitized(tool):
-        assert seconds < 2.0
+    if b"libasan" not in subprocess.run(["ldd", tool], capture_output=True).stdout:
         assert usage.ru_maxrss < 100 * 1024  # KiB

@@ -1,8 +1,8 @@
-"""The packed payload's value starts on a 4096-byte boundary when it is at least 64 KiB, so that it
-can be cloned; the padding keeps every peer reading the file, and a file whose layout another tool
-changed still unpacks. On an XFS image with reflink (root only), pack and unpack share extents."""
+"""Payloads of every size round trip byte for byte. The packed payload's value starts on a 4096-byte
+boundary when it is at least 64 KiB, so that it can be cloned; the padding keeps every peer reading
+the file, and a file whose layout another tool changed still unpacks. On an XFS image with reflink
+(root only), pack and unpack share extents."""
 import os
-import pathlib
 import random
 import shutil
 import subprocess
@@ -16,53 +16,54 @@ BLOCK = 4096
 MINIMUM = 64 * 1024
 
 
-def packed(run, directory, size, name="payload.bin"):
+def packed(run, directory, size):
     data = random.Random(size).randbytes(size)
-    (pathlib.Path(directory) / name).write_bytes(data)
-    result = run("pack", "-i", name, "-m", METADATA, "-o", "out.dcm", "-f")
-    assert (result.status, result.err) == (0, "")
-    return pathlib.Path(directory) / "out.dcm", data
+    (directory / "payload.bin").write_bytes(data)
+    result = run("pack", "-i", "payload.bin", "-m", METADATA)
+    assert (result.status, result.out, result.err) == (0, "", "")
+    return directory / "payload.dcm", data
 
 
 def meta_elements(raw):
     """(element number, encoded size) of each explicit VR meta group element after "DICM"."""
     at, found = 132, []
     while raw[at:at + 2] == b"\x02\x00":
-        element = int.from_bytes(raw[at + 2:at + 4], "little")
         if raw[at + 4:at + 6] in (b"OB", b"UN", b"SQ", b"UT", b"OW"):
             size = 12 + int.from_bytes(raw[at + 8:at + 12], "little")
         else:
             size = 8 + int.from_bytes(raw[at + 6:at + 8], "little")
-        found.append((element, size))
+        found.append((int.from_bytes(raw[at + 2:at + 4], "little"), size))
         at += size
     return found
 
 
-@pytest.mark.parametrize("size", [1, 4096, MINIMUM - 2, MINIMUM - 1, MINIMUM, MINIMUM + 1,
-                                  MINIMUM + BLOCK - 1, 3 * MINIMUM + 7, 1024 * 1024])
-def test_payload_alignment_and_peers(run, tmp_path, size):
+@pytest.mark.parametrize("size", [1, 2, 3, 1023, 4096, MINIMUM - 2, MINIMUM - 1, MINIMUM, MINIMUM + 1,
+                                  MINIMUM + BLOCK - 1, 3 * MINIMUM + 7, 1024 * 1024, 3 * 1024 * 1024 + 1])
+def test_payload_alignment_peers_and_round_trip(run, tmp_path, size):
     path, data = packed(run, tmp_path, size)
     raw = path.read_bytes()
-    offset = raw.find(data[:64]) if size >= 64 else raw.find(data)
+    offset = raw.find(data[:64])
     assert offset > 0 and raw[offset:offset + size] == data
     elements = meta_elements(raw)
-    numbers = [number for number, _ in elements]
-    assert int.from_bytes(raw[140:144], "little") == sum(s for n, s in elements if n != 0)
+    group_length = sum(s for n, s in elements if n != 0)
+    assert int.from_bytes(raw[140:144], "little") == group_length
+    assert pydicom.dcmread(path).file_meta.FileMetaInformationGroupLength == group_length
     if size >= MINIMUM:
         assert offset % BLOCK == 0
     else:
-        assert 0x0100 not in numbers and 0x0102 not in numbers
+        assert not {0x0100, 0x0102} & {number for number, _ in elements}
     assert dcmftest_accepts(path)
     assert dciodvfy_errors(path) == []
     assert subprocess.run(["gdcminfo", str(path)], capture_output=True).returncode == 0
-    dataset = pydicom.dcmread(path)
-    assert dataset.file_meta.FileMetaInformationGroupLength == sum(s for n, s in elements if n != 0)
+    (tmp_path / "payload.bin").unlink()
+    result = run("unpack", "-i", "payload.dcm", "-u")
+    assert (result.status, result.out, result.err) == (0, "", "")
+    assert (tmp_path / "payload.bin").read_bytes() == data
 
 
 def test_file_rewritten_without_padding_still_unpacks(run, tmp_path):
     path, data = packed(run, tmp_path, MINIMUM + 100)
     dataset = pydicom.dcmread(path)
-    assert "PrivateInformation" in dataset.file_meta
     del dataset.file_meta.PrivateInformation
     del dataset.file_meta.PrivateInformationCreatorUID
     dataset.save_as(tmp_path / "rewritten.dcm", write_like_original=False)
@@ -77,8 +78,8 @@ def xfs_mount(tmp_path):
     if os.geteuid() != 0 or shutil.which("mkfs.xfs") is None:
         pytest.skip("needs root and mkfs.xfs for an XFS loop image")
     image, mount = tmp_path / "xfs.img", tmp_path / "mnt"
-    with open(image, "wb") as out:
-        out.truncate(512 * 1024 * 1024)
+    image.touch()
+    os.truncate(image, 512 << 20)
     mount.mkdir()
     subprocess.run(["mkfs.xfs", "-q", "-m", "reflink=1", str(image)], check=True)
     if subprocess.run(["mount", "-o", "loop", str(image), str(mount)], capture_output=True).returncode != 0:
@@ -117,7 +118,6 @@ def test_pack_and_unpack_clone_on_xfs(run, xfs_mount):
     used = before - free_bytes(xfs_mount)
     assert (xfs_mount / "back.bin").read_bytes() == data
     assert dcmftest_accepts(xfs_mount / "out.dcm")
-    payload_blocks = size // BLOCK
-    assert shared_blocks(xfs_mount / "out.dcm") >= payload_blocks
-    assert shared_blocks(xfs_mount / "back.bin") >= payload_blocks
+    assert shared_blocks(xfs_mount / "out.dcm") >= size // BLOCK
+    assert shared_blocks(xfs_mount / "back.bin") >= size // BLOCK
     assert used < 8 * 1024 * 1024

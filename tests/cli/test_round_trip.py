@@ -1,31 +1,18 @@
 """pack -> info -> unpack through the built tool: payloads, names, output naming and every message."""
 import os
-import pathlib
 import random
 import subprocess
 
 import pydicom
 import pytest
 
-from conftest import METADATA, SEP, WINDOWS, dcmftest_accepts
+from conftest import METADATA, SEP, WINDOWS
 
 
-def make_payload(directory, name, size, seed=7):
-    data = random.Random(seed + size).randbytes(size)
-    path = pathlib.Path(directory) / name
-    path.write_bytes(data)
-    return path, data
-
-
-@pytest.mark.parametrize("size", [1, 2, 3, 1023, 4096, 65537, 3 * 1024 * 1024 + 1])
-def test_payload_sizes_round_trip(run, tmp_path, size):
-    source, data = make_payload(tmp_path, "payload.bin", size)
-    assert run("pack", "-i", source.name, "-m", METADATA).status == 0
-    assert dcmftest_accepts(tmp_path / "payload.dcm")
-    source.unlink()
-    result = run("unpack", "-i", "payload.dcm", "-u")
-    assert (result.status, result.out, result.err) == (0, "", "")
-    assert source.read_bytes() == data
+def make_payload(directory, name, size):
+    data = random.Random(size).randbytes(size)
+    (directory / name).write_bytes(data)
+    return directory / name, data
 
 
 @pytest.mark.parametrize("name", [
@@ -37,9 +24,11 @@ def test_names_round_trip_and_are_reported(run, tmp_path, name):
     source, data = make_payload(tmp_path, name, 100)
     assert run("pack", "-i", name, "-m", METADATA, "-o", "out.dcm").status == 0
     info = run("info", "-i", "out.dcm")
-    assert info.status == 0
     escaped = name.replace("&", "&amp;").replace('"', "&quot;")
-    assert f'originalname="{escaped}"' in info.out
+    quoted = f"&quot;{escaped}&quot;" if " " in name else escaped
+    assert (info.status, info.err) == (0, "")
+    assert (f'<parameters originalname="{escaped}" commandline="pack -i {quoted} -m {METADATA} -o out.dcm" />'
+            in info.out)
     source.unlink()
     assert run("unpack", "-i", "out.dcm", "-u").status == 0
     assert (tmp_path / name).read_bytes() == data
@@ -70,28 +59,6 @@ def test_info_document(run, tmp_path):
     assert all(item.PurposeOfReferenceCodeSequence[0].CodingSchemeDesignator == "99DCAPS" for item in items)
 
 
-def test_info_without_references_and_quoted_arguments(run, tmp_path):
-    make_payload(tmp_path, "a b.pdf", 10)
-    assert run("pack", "-i", "a b.pdf", "-m", METADATA, "-o", "x.dcm", "-r", "1:2:3:").status == 0
-    out = run("info", "-i", "x.dcm").out
-    assert f'commandline="pack -i &quot;a b.pdf&quot; -m {METADATA} -o x.dcm -r 1:2:3:"' in out
-    assert '<reference studyinstanceuid="1" seriesinstanceuid="2" sopinstanceuid="3" />' in out
-
-
-@pytest.mark.parametrize("args,written", [
-    ([], "x.PDF"), (["-u"], "report.PDF"), (["-o", "y"], "y"), (["-O", "sub"], "sub/x.PDF"),
-    (["-O", "sub", "-u"], "sub/report.PDF"),
-])
-def test_unpack_output_names(run, tmp_path, args, written):
-    source, data = make_payload(tmp_path, "report.PDF", 33)
-    assert run("pack", "-i", "report.PDF", "-m", METADATA, "-o", "x.dcm").status == 0
-    source.unlink()
-    (tmp_path / "sub").mkdir()
-    result = run("unpack", "-i", "x.dcm", *args)
-    assert (result.status, result.err) == (0, "")
-    assert (tmp_path / written).read_bytes() == data
-
-
 def test_existing_outputs_need_force(run, tmp_path):
     make_payload(tmp_path, "a.pdf", 40)
     assert run("pack", "-i", "a.pdf", "-m", METADATA).status == 0
@@ -108,15 +75,23 @@ def test_existing_outputs_need_force(run, tmp_path):
     assert len((tmp_path / "a.pdf").read_bytes()) == 40
 
 
+PACK = ["pack", "-i", "a.pdf", "-o", "x.dcm", "-m"]
+
+
 @pytest.mark.parametrize("args,message", [
     (["pack", "-i", "missing.pdf", "-m", METADATA, "-o", "x.dcm"], 'Could not read "missing.pdf".'),
-    (["pack", "-i", "a.pdf", "-m", "nothing.xml", "-o", "x.dcm"], 'The metadata file "nothing.xml" either doesn\'t exist or is ill-formed.'),
-    (["pack", "-i", "a.pdf", "-m", "a.pdf", "-o", "x.dcm"], 'The metadata file "a.pdf" either doesn\'t exist or is ill-formed.'),
-    (["pack", "-i", "a.pdf", "-m", METADATA, "-t", "a.pdf", "-o", "x.dcm"], 'Could not load the thumbnail file "a.pdf".'),
+    (PACK + ["nothing.xml"], 'The metadata file "nothing.xml" either doesn\'t exist or is ill-formed.'),
+    (PACK + ["a.pdf"], 'The metadata file "a.pdf" either doesn\'t exist or is ill-formed.'),
+    pytest.param(PACK + [b"meta\xffdata.xml"], "Cannot decode UTF-8 string.",
+                 marks=pytest.mark.skipif(WINDOWS, reason="a UTF-16 command line holds no ill-formed UTF-8")),
+    (PACK + [METADATA, "-t", "a.pdf"], 'Could not load the thumbnail file "a.pdf".'),
     (["pack", "-i", "a.pdf", "-m", METADATA, "-o", "no/dir/x.dcm"],
      'Could not write the output Dicom file "no/dir/x.dcm". The directory "no/dir" does not exist.'),
-    (["pack", "-i", "a.pdf", "-m", METADATA, "-M", "XYZ", "-o", "x.dcm"], '"XYZ" is not a valid modality.'),
-    (["pack", "-i", "a.pdf", "-m", METADATA, "-I", "1.2.a", "-o", "x.dcm"], '"1.2.a" is not a valid UID.'),
+    (PACK + [METADATA, "-M", "XYZ"], '"XYZ" is not a valid modality.'),
+    (PACK + [METADATA, "-I", "1.2.a"], '"1.2.a" is not a valid UID.'),
+    (PACK + [METADATA, "-r", "1.2.3:1.2.3.4:1.2.x"], '"1.2.x" is not a valid UID.'),
+    (PACK + [METADATA, "-r", "1.2.3:1.2.3.4:1.2.3.4.5:1.2.840..1"], '"1.2.840..1" is not a valid UID.'),
+    (PACK + [METADATA, "-r", "1.2.3:1.2.3.4:1.2.3.4.5", "-r", "01.2:1.3:1.4"], '"01.2" is not a valid UID.'),
     (["unpack", "-i", "missing.dcm"], 'Could not load the input file "missing.dcm".'),
     (["info", "-i", "a.pdf"], 'Could not load the input file "a.pdf".'),
     (["unpack", "-i", "a.dcm", "-O", "no/dir"], f'Could not open "no/dir{SEP}a.pdf". The directory "no/dir" does not exist.'),
@@ -130,33 +105,26 @@ def test_operation_errors(run, tmp_path, args, message):
     assert sorted(os.listdir(tmp_path)) == before
 
 
-def test_empty_payload_is_not_a_packed_file(run, tmp_path):
+@pytest.mark.parametrize("operation", ["info", "unpack"])
+def test_empty_payload_and_foreign_file_are_not_packed_files(run, tmp_path, operation):
     (tmp_path / "empty.bin").write_bytes(b"")
     assert run("pack", "-i", "empty.bin", "-m", METADATA).status == 0
-    for operation in ("info", "unpack"):
-        result = run(operation, "-i", "empty.dcm")
-        assert result.status == 1
-        assert result.err == ('Error: The input file "empty.dcm" misses Dicapsule custom data. '
+    (tmp_path / "foreign.txt").write_text("(0008,0016) UI =SecondaryCaptureImageStorage\n(0008,0018) UI [1.2.3.4]\n"
+                                          "(0010,0010) PN [Doe^John]\n(0010,0020) LO [X1]\n")
+    subprocess.run(["dump2dcm", "foreign.txt", "foreign.dcm"], cwd=tmp_path, check=True)
+    for name in ("empty.dcm", "foreign.dcm"):
+        result = run(operation, "-i", name)
+        assert (result.status, result.out) == (1, "")
+        assert result.err == (f'Error: The input file "{name}" misses Dicapsule custom data. '
                               "It seems it hasn't been created by Dicapsule.\n")
-
-
-def test_foreign_dicom_file_is_not_a_packed_file(run, tmp_path):
-    dump = tmp_path / "foreign.txt"
-    dump.write_text("(0008,0016) UI =SecondaryCaptureImageStorage\n(0008,0018) UI [1.2.3.4]\n"
-                    "(0010,0010) PN [Doe^John]\n(0010,0020) LO [X1]\n")
-    subprocess.run(["dump2dcm", str(dump), str(tmp_path / "foreign.dcm")], check=True)
-    result = run("unpack", "-i", "foreign.dcm")
-    assert result.err == ('Error: The input file "foreign.dcm" misses Dicapsule custom data. '
-                          "It seems it hasn't been created by Dicapsule.\n")
 
 
 def test_truncated_and_corrupted_files_fail_cleanly(run, tmp_path):
     make_payload(tmp_path, "a.pdf", 5000)
     assert run("pack", "-i", "a.pdf", "-m", METADATA).status == 0
     whole = (tmp_path / "a.dcm").read_bytes()
-    damaged = {"cut-header": whole[:200], "cut-payload": whole[:len(whole) - 1000], "cut-last": whole[:-1],
-               "garbage": whole[:132] + bytes(range(256)) * 4}
-    for label, data in damaged.items():
+    for label, data in {"cut-header": whole[:200], "cut-payload": whole[:-1000], "cut-last": whole[:-1],
+                        "garbage": whole[:132] + bytes(range(256)) * 4}.items():
         (tmp_path / "bad.dcm").write_bytes(data)
         for args in (["info", "-i", "bad.dcm"], ["unpack", "-i", "bad.dcm", "-o", "out.bin"]):
             result = run(*args)

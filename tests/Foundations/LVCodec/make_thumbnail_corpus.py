@@ -57,30 +57,21 @@ def golden_from_pil(name, image):
 def golden_from_dicom(name, native_file, shift=0):
     """Golden of a native DICOM file an independent tool decompressed."""
     ds = pydicom.dcmread(path(native_file))
-    samples = ds.SamplesPerPixel
-    wide = ds.BitsAllocated > 8
-    raw = ds.PixelData
-    count = ds.Rows * ds.Columns * samples
-    values = list(struct.unpack(f"<{count}{'h' if ds.PixelRepresentation else 'H'}", raw[:2 * count])
-                  if wide else struct.unpack(f"<{count}{'b' if ds.PixelRepresentation else 'B'}", raw[:count]))
+    samples, wide, plane = ds.SamplesPerPixel, ds.BitsAllocated > 8, ds.Rows * ds.Columns
+    code = ("hH" if wide else "bB")[0 if ds.PixelRepresentation else 1]
+    values = struct.unpack(f"<{plane * samples}{code}", ds.PixelData[:plane * samples * (2 if wide else 1)])
     if samples == 3 and getattr(ds, "PlanarConfiguration", 0) == 1:
-        plane = ds.Rows * ds.Columns
         values = [values[p * plane + i] for i in range(plane) for p in range(3)]
-    values = [v + shift for v in values]
-    write_golden(name, samples, ds.Columns, ds.Rows, wide, values)
+    write_golden(name, samples, ds.Columns, ds.Rows, wide, [v + shift for v in values])
 
 
 def native_dicom(name, channels, bits_allocated, bits_stored, signed=False, values=None):
     ds = Dataset()
     ds.file_meta = FileMetaDataset()
-    ds.file_meta.MediaStorageSOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
-    ds.file_meta.MediaStorageSOPInstanceUID = "1.2.3.4.5"
+    ds.file_meta.MediaStorageSOPClassUID = ds.SOPClassUID = "1.2.840.10008.5.1.4.1.1.7"
+    ds.file_meta.MediaStorageSOPInstanceUID = ds.SOPInstanceUID = "1.2.3.4.5"
     ds.file_meta.TransferSyntaxUID = ExplicitVRLittleEndian
-    ds.SOPClassUID = ds.file_meta.MediaStorageSOPClassUID
-    ds.SOPInstanceUID = ds.file_meta.MediaStorageSOPInstanceUID
-    ds.Modality = "OT"
-    ds.Rows, ds.Columns = H, W
-    ds.SamplesPerPixel = channels
+    ds.Modality, ds.Rows, ds.Columns, ds.SamplesPerPixel = "OT", H, W, channels
     ds.PhotometricInterpretation = "RGB" if channels == 3 else "MONOCHROME2"
     if channels == 3:
         ds.PlanarConfiguration = 0
@@ -93,68 +84,48 @@ def native_dicom(name, channels, bits_allocated, bits_stored, signed=False, valu
     ds.save_as(path(name), write_like_original=False)
 
 
-def extract_stream(dicom_file, stream_file, transform=None):
+def extract_stream(dicom_file, stream_file):
     """Write the first frame of an encapsulated DICOM file as a plain file."""
-    ds = pydicom.dcmread(path(dicom_file))
-    frame = next(generate_pixel_data_frame(ds.PixelData, 1))
     with open(path(stream_file), "wb") as f:
-        f.write(transform(frame) if transform else frame)
+        f.write(next(generate_pixel_data_frame(pydicom.dcmread(path(dicom_file)).PixelData, 1)))
 
 
-# Sources: native DICOM files of each depth.
-native_dicom("src_grey8.dcm", 1, 8, 8)
-native_dicom("src_rgb8.dcm", 3, 8, 8)
-native_dicom("src_grey12.dcm", 1, 16, 12)
-native_dicom("src_rgb12.dcm", 3, 16, 12)
-native_dicom("src_grey16.dcm", 1, 16, 16)
-ct = [-1024 + v % 3072 for v in pattern(1, 12)]  # air at -1024 up to the top of 12 signed bits
-native_dicom("src_ct.dcm", 1, 16, 12, signed=True, values=ct)
+def encode(name, encoder, source, decoder, shift=0, stream=None, stream_shift=None):
+    """NAME.dcm: src_SOURCE.dcm through the encoder, its golden from what the decoder makes of it; with
+    `stream`, the first frame also as the plain file NAME+stream."""
+    run(*encoder, f"src_{source}.dcm", name + ".dcm")
+    run(*decoder, name + ".dcm", name + "_native.dcm")
+    golden_from_dicom(name + ".dcm", name + "_native.dcm", shift)
+    if stream:
+        extract_stream(name + ".dcm", name + stream)
+        golden_from_dicom(name + stream, name + "_native.dcm", shift if stream_shift is None else stream_shift)
+
+
+# Sources: native DICOM files of each depth; CT from air at -1024 up to the top of 12 signed bits.
+for name, channels, allocated, stored in (("grey8", 1, 8, 8), ("rgb8", 3, 8, 8), ("grey12", 1, 16, 12),
+                                          ("rgb12", 3, 16, 12), ("grey16", 1, 16, 16)):
+    native_dicom(f"src_{name}.dcm", channels, allocated, stored)
+native_dicom("src_ct.dcm", 1, 16, 12, signed=True, values=[-1024 + v % 3072 for v in pattern(1, 12)])
 native_dicom("src_ct16.dcm", 1, 16, 16, signed=True, values=[v - 32768 for v in pattern(1, 16)])
+golden_from_dicom("src_ct.dcm", "src_ct.dcm", shift=2048)
+golden_from_dicom("src_ct16.dcm", "src_ct16.dcm", shift=32768)
 
 # JPEG-LS: every interleave mode of colour, grey of 8 to 16 bits; in DICOM and as plain .jls files.
 # (dcmcjpls codes fewer than 8 stored bits as 8; the unit tests encode those depths with CharLS.)
-JPEG_LS = [("rgb8", "+il", "line"), ("rgb8", "+is", "sample"), ("rgb8", "+in", "none"), ("rgb12", "+il", "line"),
-           ("grey8", "+il", "grey"), ("grey12", "+il", "grey"), ("grey16", "+il", "grey")]
-for source, option, mode in JPEG_LS:
-    name = f"jls_{source}_{mode}"
-    run("dcmcjpls", option, f"src_{source}.dcm", name + ".dcm")
-    run("dcmdjpls", name + ".dcm", name + "_native.dcm")
-    golden_from_dicom(name + ".dcm", name + "_native.dcm")
-    extract_stream(name + ".dcm", name + ".jls")
-    golden_from_dicom(name + ".jls", name + "_native.dcm")
-
-# Signed CT: native, and through RLE and JPEG-LS.
-golden_from_dicom("src_ct.dcm", "src_ct.dcm", shift=2048)
-golden_from_dicom("src_ct16.dcm", "src_ct16.dcm", shift=32768)
-for tool, decoder, name in (("dcmcrle", "dcmdrle", "rle_ct.dcm"), ("dcmcjpls", "dcmdjpls", "jls_ct.dcm")):
-    run(tool, "src_ct.dcm", name)
-    run(decoder, name, name + "_native.dcm")
-    golden_from_dicom(name, name + "_native.dcm", shift=2048)
-
-# Signed CT through JPEG 2000 (GDCM codes it as signed 16-bit components), in DICOM and plain.
-run("gdcmconv", "--j2k", "src_ct.dcm", "j2k_ct.dcm")
-run("gdcmconv", "--raw", "j2k_ct.dcm", "j2k_ct_native.dcm")
-golden_from_dicom("j2k_ct.dcm", "j2k_ct_native.dcm", shift=2048)
-extract_stream("j2k_ct.dcm", "j2k_ct.j2k")
-golden_from_dicom("j2k_ct.j2k", "j2k_ct_native.dcm", shift=32768)
-
-# RLE: grey 8, grey 12 in 16, colour.
+for source, option, mode in [("rgb8", "+il", "line"), ("rgb8", "+is", "sample"), ("rgb8", "+in", "none"),
+                             ("rgb12", "+il", "line"), ("grey8", "+il", "grey"), ("grey12", "+il", "grey"),
+                             ("grey16", "+il", "grey")]:
+    encode(f"jls_{source}_{mode}", ["dcmcjpls", option], source, ["dcmdjpls"], stream=".jls")
+# Signed CT through RLE, JPEG-LS and JPEG 2000 (GDCM codes it as signed 16-bit components).
+encode("rle_ct", ["dcmcrle"], "ct", ["dcmdrle"], 2048)
+encode("jls_ct", ["dcmcjpls"], "ct", ["dcmdjpls"], 2048)
+encode("j2k_ct", ["gdcmconv", "--j2k"], "ct", ["gdcmconv", "--raw"], 2048, ".j2k", 32768)
 for source in ("grey8", "grey12", "rgb8"):
-    name = f"rle_{source}.dcm"
-    run("dcmcrle", f"src_{source}.dcm", name)
-    run("dcmdrle", name, name + "_native.dcm")
-    golden_from_dicom(name, name + "_native.dcm")
-
+    encode(f"rle_{source}", ["dcmcrle"], source, ["dcmdrle"])
 # 12-bit and lossless JPEG, decoded by GDCM for the goldens; the streams also as plain files.
-EXTENDED_JPEG = [("grey12", "+ee", "extended"), ("grey12", "+el", "lossless"), ("grey12", "+e1", "sv1"),
-                 ("grey16", "+e1", "sv1"), ("rgb8", "+e1", "sv1"), ("grey8", "+el", "lossless")]
-for source, option, process in EXTENDED_JPEG:
-    name = f"jpeg_{source}_{process}"
-    run("dcmcjpeg", option, f"src_{source}.dcm", name + ".dcm")
-    run("gdcmconv", "--raw", name + ".dcm", name + "_native.dcm")
-    golden_from_dicom(name + ".dcm", name + "_native.dcm")
-    extract_stream(name + ".dcm", name + ".jpg")
-    golden_from_dicom(name + ".jpg", name + "_native.dcm")
+for source, option, process in [("grey12", "+ee", "extended"), ("grey12", "+el", "lossless"), ("grey12", "+e1", "sv1"),
+                                ("grey16", "+e1", "sv1"), ("rgb8", "+e1", "sv1"), ("grey8", "+el", "lossless")]:
+    encode(f"jpeg_{source}_{process}", ["dcmcjpeg", option], source, ["gdcmconv", "--raw"], stream=".jpg")
 
 
 def without_app14(stream):
@@ -178,8 +149,7 @@ golden_from_dicom("jpeg_rgb_notransform.dcm", "jpeg_rgb_notransform_native.dcm")
 
 
 def picture(mode):
-    channels = {"L": 1, "RGB": 3, "CMYK": 4}[mode]
-    return Image.frombytes(mode, (W, H), bytes(pattern(channels, 8)))
+    return Image.frombytes(mode, (W, H), bytes(pattern(len(mode), 8)))
 
 
 def cmyk_to_rgb(image):
@@ -214,9 +184,8 @@ for source, name, layout in (("tiff_palette_o6.tif", "tiff_palette_o6_strips.tif
 # 16-bit grey TIFF turned by ImageMagick's -orient (it writes the Orientation tag).
 with open(path("src_grey16.pgm"), "wb") as f:
     f.write(b"P5\n%d %d\n65535\n" % (W, H) + struct.pack(f">{W * H}H", *pattern(1, 16)))
-IMAGEMAGICK_ORIENT = ["TopLeft", "TopRight", "BottomRight", "BottomLeft", "LeftTop", "RightTop", "RightBottom",
-                      "LeftBottom"]
-for orientation, orient in enumerate(IMAGEMAGICK_ORIENT, start=1):
+for orientation, orient in enumerate(["TopLeft", "TopRight", "BottomRight", "BottomLeft", "LeftTop", "RightTop",
+                                      "RightBottom", "LeftBottom"], start=1):
     name = f"tiff_grey16_o{orientation}.tif"
     run("convert", "src_grey16.pgm", "-orient", orient, "-depth", "16", name)
     upright = Image.open(path(name))
