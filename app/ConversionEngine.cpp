@@ -4,6 +4,7 @@
 #include "Foundations/DataModule/CharSet/MultiCharSetDataType.h"
 #include "Foundations/DataModule/Common/StringConversionUtils.h"
 #include "Foundations/DataModule/Common/TextUtils.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ExtraSequence.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
@@ -59,16 +60,15 @@ bool HasNonAscii(std::string_view text) {
     return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
-// True when an extra element holds text beyond ASCII, directly or in the items of a sequence (whose
-// stored text is UTF-8; a byte above 0x7F there may also be part of a binary number, and then
-// UTF-8 is declared without need, which does no harm).
+// True when an extra element holds text beyond ASCII, directly or in a text value of a sequence's
+// items (only their text: item headers and binary numbers hold bytes above 0x7F too).
 bool ExtrasNeedMoreThanAscii(const dm::ExtraElementList& extras) {
     for (const auto& [tag, extra] : extras) {
         if (const auto* text = std::get_if<std::string>(&extra.value)) {
             if (HasNonAscii(*text)) return true;
         } else if (extra.vr == "SQ") {
-            const auto& bytes = std::get<std::vector<std::uint8_t>>(extra.value);
-            if (std::any_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte >= 0x80; })) return true;
+            const auto& items = std::get<std::vector<std::uint8_t>>(extra.value);
+            if (dm::DataAdapterModule::StoredItemsHoldTextBeyondAscii(tag, items)) return true;
         }
     }
     return false;

@@ -1,6 +1,7 @@
 """--thumbnail and --hackforbmpacs through the built tool: the Icon Image Sequence holds the pixels PIL
 decodes from the same file, the duplicate at the top level equals the icon, dciodvfy finds no error
 and the payload still unpacks."""
+import os
 import random
 import struct
 import subprocess
@@ -9,7 +10,7 @@ import pydicom
 import pytest
 from PIL import Image, ImageOps
 
-from conftest import METADATA, PAYLOAD, dciodvfy_errors
+from conftest import METADATA, PAYLOAD, WINDOWS, dciodvfy_errors
 
 WIDTH, HEIGHT = 13, 7  # odd sizes: rows of odd length and pixel data padded to even length; a turn swaps them
 
@@ -106,3 +107,15 @@ def test_thumbnail_becomes_the_icon(pack, run, tmp_path, name, make, hack):
         assert [ds[k].value for k in IMAGE_PIXEL_KEYWORDS] == [icon[k].value for k in IMAGE_PIXEL_KEYWORDS]
     else:
         assert not any(k in ds for k in IMAGE_PIXEL_KEYWORDS)
+
+
+@pytest.mark.skipif(WINDOWS or os.geteuid() != 0, reason="hiding /proc takes root and a Linux mount namespace")
+def test_the_imaging_module_is_found_without_proc(tool, tmp_path):
+    # Bare chroots and some containers have no /proc, where the tool first looks for itself.
+    Image.new("L", (WIDTH, HEIGHT), 90).save(tmp_path / "grey.png")
+    (tmp_path / "payload.bin").write_bytes(PAYLOAD)
+    hidden = subprocess.run(["unshare", "--mount", "--fork", "sh", "-c", 'umount -l /proc && exec "$@"', "sh",
+                             tool, "pack", "-i", "payload.bin", "-m", METADATA, "-t", "grey.png", "-o", "out.dcm"],
+                            cwd=tmp_path, capture_output=True, text=True)
+    assert (hidden.returncode, hidden.stderr) == (0, "")
+    assert pydicom.dcmread(tmp_path / "out.dcm").IconImageSequence[0].PixelData[:1] == b"\x5a"

@@ -457,22 +457,24 @@ def test_text_the_character_set_cannot_hold_is_refused(run, tmp_path, options, n
 
 
 # Specific Character Set of the metadata document -> written without --encoding; a document that
-# names none gets UTF-8 when its text needs more than ASCII, and no Specific Character Set otherwise.
-KEPT = [
+# names none gets UTF-8 when its text (a sequence item's included) needs more than ASCII, and no
+# Specific Character Set otherwise. The name is also the meaning of a code in a sequence item, unless
+# a row gives that meaning.
+KEPT = [(row + (row[1],))[:4] for row in [
     (None, "Buc^J\u00e9r\u00f4me", "ISO_IR 192"),
     (None, "Doe^John", None),
+    (None, "Doe^John", "ISO_IR 192", "Contr\u00f4le"),
     ("ISO_IR 100", "Buc^J\u00e9r\u00f4me", "ISO_IR 100"),
     ("ISO_IR 144", "\u041b\u044e\u043a\u0441\u0435\u043c\u0431\u0443\u0440\u0433^\u0410\u0433\u043d\u0435\u0441\u0441\u0430",
      "ISO_IR 144"),
     ("\\ISO 2022 IR 149", "Hong^Gildong=\u6d2a^\u5409\u6d1e=\ud64d^\uae38\ub3d9", ["", "ISO 2022 IR 149"]),
     ("\\ISO 2022 IR 87", "Yamada^Tarou=\u5c71\u7530^\u592a\u90ce", ["ISO 2022 IR 6", "ISO 2022 IR 87"]),
     ("GB18030", "Wang^XiaoDong=\u738b^\u5c0f\u6771", "GB18030"),
-]
+]]
 
 
-@pytest.mark.parametrize("source,name,written", KEPT, ids=[str(c[0]) + "-" + c[1][:3] for c in KEPT])
-def test_without_encoding_the_metadata_character_set_is_kept(pack, source, name, written):
-    # The name also in a sequence item, but for the ASCII case: a sequence alone makes the tool declare UTF-8.
-    ds = pydicom.dcmread(pack("-m", named(name, charset=source, meaning="" if name.isascii() else name)))
+@pytest.mark.parametrize("source,name,written,code_meaning", KEPT, ids=[f"{c[0]}-{c[1][:3]}-{c[3][:3]}" for c in KEPT])
+def test_without_encoding_the_metadata_character_set_is_kept(pack, source, name, written, code_meaning):
+    ds = pydicom.dcmread(pack("-m", named(name, charset=source, meaning=code_meaning)))
     assert ds.get("SpecificCharacterSet") == written
-    assert str(ds.PatientName) == name and ("ImageSetSelectorSequence" not in ds or meaning(ds) == name)
+    assert (str(ds.PatientName), meaning(ds)) == (name, code_meaning)

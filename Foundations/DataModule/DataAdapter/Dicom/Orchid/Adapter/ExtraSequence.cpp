@@ -5,6 +5,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
 #include "Portability/Misc/DebugTrace.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -52,11 +53,27 @@ bool EncodeItemText(dcm::DicomDataSetSequenceElement& sequence, const MultiCharS
     return true;
 }
 
-}  // namespace
+// Whether a text value of the items, nested sequences included, goes beyond ASCII.
+bool ItemTextBeyondAscii(const dcm::DicomDataSetSequenceElement& sequence) {
+    for (const auto& item : sequence.Items()) {
+        if (!item) continue;
+        for (const auto& [tag, node] : *item) {
+            if (const auto* nested = dynamic_cast<const dcm::DicomDataSetSequenceElement*>(node.get())) {
+                if (ItemTextBeyondAscii(*nested)) return true;
+            } else if (dcm::VRCharacterSetApplies(node->vr)) {
+                const auto bytes = node->value.Bytes();
+                if (std::any_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte >= 0x80; }))
+                    return true;
+            }
+        }
+    }
+    return false;
+}
 
-std::unique_ptr<dcm::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag, std::span<const std::uint8_t> items,
-                                                            const MultiCharSetDataType& charset) {
-    // The items behind a sequence header of defined length, read as the file reader would.
+// The items behind a sequence header of defined length, read as the file reader would; null (the
+// reader's reason in `why`) when they do not read.
+std::unique_ptr<dcm::DicomDataSetElement> ReadStoredItems(std::uint32_t tag, std::span<const std::uint8_t> items,
+                                                          std::string& why) {
     std::vector<std::uint8_t> bytes;
     PutU16(bytes, dcm::TagGroup(tag));
     PutU16(bytes, dcm::TagElement(tag));
@@ -71,14 +88,34 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag, s
     dcm::DicomDataSet read;
     dcm::DicomDataSetFillCallback fill(read);
     if (items.size() >= dcm::kUndefinedLength || !stream.ReadElements(fill)) {
-        LV_TRACE(kModule, "The items of sequence TAG(%04X,%04X) do not read back: %s", dcm::TagGroup(tag),
-                 dcm::TagElement(tag), stream.ReadResult().Text().c_str());
+        why = stream.ReadResult().Text();
         return nullptr;
     }
-    std::unique_ptr<dcm::DicomDataSetElement> node = read.Release(tag);
+    return read.Release(tag);
+}
+
+}  // namespace
+
+std::unique_ptr<dcm::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag, std::span<const std::uint8_t> items,
+                                                            const MultiCharSetDataType& charset) {
+    std::string why;
+    std::unique_ptr<dcm::DicomDataSetElement> node = ReadStoredItems(tag, items, why);
+    if (!node) {
+        LV_TRACE(kModule, "The items of sequence TAG(%04X,%04X) do not read back: %s", dcm::TagGroup(tag),
+                 dcm::TagElement(tag), why.c_str());
+        return nullptr;
+    }
     auto* sequence = dynamic_cast<dcm::DicomDataSetSequenceElement*>(node.get());
     if (!sequence || !EncodeItemText(*sequence, charset)) return nullptr;
     return node;
+}
+
+bool StoredItemsHoldTextBeyondAscii(ElementTag tag, std::span<const std::uint8_t> items) {
+    std::string why;
+    const std::unique_ptr<dcm::DicomDataSetElement> node =
+        ReadStoredItems(dcm::MakeTagNumber(tag.group, tag.element), items, why);
+    const auto* sequence = dynamic_cast<const dcm::DicomDataSetSequenceElement*>(node.get());
+    return sequence != nullptr && ItemTextBeyondAscii(*sequence);
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

@@ -5,6 +5,7 @@
 
 #include "Foundations/DataModule/CharSet/MultiCharSetDataType.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"
+#include "Foundations/DataModule/Rows/ExtraElements.h"
 
 #include <cstdint>
 #include <memory>
@@ -19,5 +20,9 @@ namespace Lumivale::DataModule::DataAdapterModule {
 std::unique_ptr<DicomCodecModule::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag,
                                                                          std::span<const std::uint8_t> items,
                                                                          const MultiCharSetDataType& charset);
+
+// Whether a text value among the stored items (nested sequences included) goes beyond ASCII; false
+// for items that do not read, which MakeExtraSequence then refuses.
+bool StoredItemsHoldTextBeyondAscii(ElementTag tag, std::span<const std::uint8_t> items);
 
 }  // namespace Lumivale::DataModule::DataAdapterModule
