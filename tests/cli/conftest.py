@@ -89,6 +89,11 @@ def dciodvfy_errors(path):
     return [line for line in text.splitlines() if line.startswith("Error")]
 
 
+def sanitized(tool):
+    """Whether the tool is built with the address sanitizer, whose runtime costs memory and needs /proc."""
+    return b"libasan" in subprocess.run(["ldd", tool], capture_output=True).stdout
+
+
 PAYLOAD = b"\x00payload\xff"
 
 
