@@ -7,16 +7,22 @@
 
 namespace Lumivale::Imaging {
 
-bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module) {
-    const std::shared_ptr<Portability::OpenFile> file = Portability::OpenFile::Open(path);
+std::shared_ptr<Portability::OpenFile> OpenImageFile(const std::string& path, const char* module) {
+    std::shared_ptr<Portability::OpenFile> file = Portability::OpenFile::Open(path);
     if (!file) {
         LV_TRACE(module, "Cannot open %s", path.c_str());
-        return false;
+        return nullptr;
     }
     if (file->Size() > kMaxImageFileBytes) {
         LV_TRACE(module, "Cannot read %s: size %llu", path.c_str(), static_cast<unsigned long long>(file->Size()));
-        return false;
+        return nullptr;
     }
+    return file;
+}
+
+bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module) {
+    const std::shared_ptr<Portability::OpenFile> file = OpenImageFile(path, module);
+    if (!file) return false;
     bytes.resize(static_cast<std::size_t>(file->Size()));
     if (!file->ReadAt(bytes.data(), bytes.size(), 0)) {
         LV_TRACE(module, "Cannot read %s", path.c_str());

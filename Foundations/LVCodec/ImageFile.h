@@ -4,8 +4,13 @@
 #include "Foundations/LVBuffer2DTools/LVImageMemory.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
+
+namespace Portability {
+class OpenFile;
+}
 
 namespace Lumivale::Imaging {
 
@@ -25,6 +30,8 @@ constexpr std::uint8_t ScaleToEightBits(std::uint32_t value, std::uint32_t maxim
 // The buffer is unsigned afterwards.
 void ShiftSignedIntoUnsignedRange(LVBuffer2D& out, unsigned bits);
 
+// Open the image file at path; null (with a trace line) when it cannot be opened or is too large.
+std::shared_ptr<Portability::OpenFile> OpenImageFile(const std::string& path, const char* module);
 // Read the whole file at path into bytes; false (with a trace line) when unreadable or too large.
 bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module);
 // True when width and height are positive, fit in 32 bits and their product is at most kMaxImagePixels.

@@ -3,8 +3,10 @@
 #include "Foundations/LVCodec/ByteReader.h"
 #include "Foundations/LVCodec/ImageFile.h"
 #include "Foundations/LVCodec/LVImage.h"
+#include "Foundations/LVCodec/SourceCursor.h"
 #include "Portability/Misc/DebugTrace.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <vector>
@@ -16,6 +18,9 @@ namespace {
 constexpr const char* kModule = "Module BMP";
 constexpr std::uint32_t kFileHeaderSize = 14;
 constexpr std::uint32_t kCoreHeaderSize = 12;
+// What may follow the info header before the pixels: three or four masks, then up to 256 colours.
+constexpr std::uint64_t kMasksAfterInfo = 16;
+constexpr std::uint64_t kLargestPalette = 256 * 4;
 
 enum Compression : std::uint32_t { kRgb = 0, kRle8 = 1, kRle4 = 2, kBitFields = 3, kAlphaBitFields = 6 };
 
@@ -96,19 +101,30 @@ bool ReadHeader(const ByteReader& in, BmpHeader& header) {
     return true;
 }
 
+// Read the start of the file up to the end of the largest palette its info header allows: every
+// byte ReadHeader looks at.
+bool ReadHeaderBytes(const ImageSource& source, std::vector<std::uint8_t>& bytes) {
+    std::array<std::uint8_t, kFileHeaderSize + 4> start{};
+    const std::uint64_t infoSize =
+        source.ReadAt(start.data(), start.size(), 0) ? ByteReader(start).Le32(kFileHeaderSize) : 0;
+    bytes.resize(static_cast<std::size_t>(
+        std::min(source.Size(), kFileHeaderSize + infoSize + kMasksAfterInfo + kLargestPalette)));
+    return source.ReadAt(bytes.data(), bytes.size(), 0);
+}
+
 // Expand an RLE8 or RLE4 stream into one palette index per pixel, rows bottom-up as stored.
-bool DecodeRle(const ByteReader& in, const BmpHeader& header, std::vector<std::uint8_t>& indices) {
+bool DecodeRle(const ImageSource& source, const BmpHeader& header, std::vector<std::uint8_t>& indices) {
     const bool four = header.compression == kRle4;
     indices.assign(header.width * header.height, 0);
-    std::uint64_t x = 0, y = 0, at = header.pixelOffset;
+    SourceCursor in(source, header.pixelOffset);
+    std::uint64_t x = 0, y = 0;
     auto put = [&](std::uint8_t index) {
         if (x < header.width && y < header.height) indices[y * header.width + x] = index;
         ++x;
     };
-    while (in.Has(at, 2)) {
-        const std::uint8_t count = in.At(at)[0];
-        const std::uint8_t value = in.At(at)[1];
-        at += 2;
+    while (const std::uint8_t* pair = in.Take(2)) {
+        const std::uint8_t count = pair[0];
+        const std::uint8_t value = pair[1];
         if (count > 0) {
             for (unsigned i = 0; i < count; ++i) put(four ? ((i & 1) ? value & 0x0F : value >> 4) : value);
             continue;
@@ -119,38 +135,24 @@ bool DecodeRle(const ByteReader& in, const BmpHeader& header, std::vector<std::u
         } else if (value == 1) {
             return true;
         } else if (value == 2) {
-            if (!in.Has(at, 2)) break;
-            x += in.At(at)[0];
-            y += in.At(at)[1];
-            at += 2;
+            const std::uint8_t* delta = in.Take(2);
+            if (!delta) break;
+            x += delta[0];
+            y += delta[1];
         } else {
             const std::uint64_t bytes = four ? (value + 1u) / 2 : value;
-            if (!in.Has(at, bytes)) break;
+            const std::uint8_t* run = in.Take(bytes);
+            if (!run) break;
             for (unsigned i = 0; i < value; ++i) {
-                const std::uint8_t b = in.At(at)[four ? i / 2 : i];
+                const std::uint8_t b = run[four ? i / 2 : i];
                 put(four ? ((i & 1) ? b & 0x0F : b >> 4) : b);
             }
-            at += (bytes + 1) & ~std::uint64_t{1};  // absolute runs are padded to 16 bits
+            in.Skip(bytes % 2);  // absolute runs are padded to 16 bits
         }
         if (y > header.height) break;
     }
+    if (in.ReadFailed()) return false;
     LV_TRACE(kModule, "RLE stream ends without an end-of-bitmap marker");
-    return true;
-}
-
-// Palette indices of the uncompressed rows, one per pixel, in stored row order.
-bool UnpackIndices(const ByteReader& in, const BmpHeader& header, std::uint64_t stride,
-                   std::vector<std::uint8_t>& indices) {
-    indices.assign(header.width * header.height, 0);
-    const unsigned bpp = header.bitsPerPixel;
-    for (std::uint64_t y = 0; y < header.height; ++y) {
-        const std::uint8_t* row = in.At(header.pixelOffset + y * stride);
-        for (std::uint64_t x = 0; x < header.width; ++x) {
-            const std::uint64_t bit = x * bpp;
-            const unsigned shift = 8 - bpp - static_cast<unsigned>(bit % 8);
-            indices[y * header.width + x] = static_cast<std::uint8_t>((row[bit / 8] >> shift) & ((1u << bpp) - 1));
-        }
-    }
     return true;
 }
 
@@ -160,26 +162,55 @@ bool IsGreyPalette(const std::vector<Colour>& palette) {
     return !palette.empty();
 }
 
-bool StorePaletteImage(const BmpHeader& header, const std::vector<std::uint8_t>& indices, LVImageMemory& image) {
+// The image row that stored row y becomes.
+std::int32_t OutputRow(const BmpHeader& header, std::uint64_t y) {
+    return static_cast<std::int32_t>(header.topDown ? y : header.height - 1 - y);
+}
+
+// Allocate one grey plane for a palette of greys, three for other palettes.
+bool AllocatePaletteImage(const BmpHeader& header, LVImageMemory& image) {
     if (header.palette.empty()) {
         LV_TRACE(kModule, "Palette image without a palette");
         return false;
     }
-    const bool grey = IsGreyPalette(header.palette);
-    if (!AllocateImage(image, header.width, header.height, grey ? 1 : 3, 8, kModule)) return false;
-    const LVBuffer2D& out = image.Buffer();
+    return AllocateImage(image, header.width, header.height, IsGreyPalette(header.palette) ? 1 : 3, 8, kModule);
+}
+
+// Write the colours of stored row y, one palette index per pixel (an index past the palette is 0).
+void StorePaletteRow(const BmpHeader& header, const std::uint8_t* indices, std::uint64_t y, const LVBuffer2D& out) {
+    const std::int32_t outY = OutputRow(header, y);
+    for (std::uint64_t x = 0; x < header.width; ++x) {
+        const std::uint8_t index = indices[x] < header.palette.size() ? indices[x] : 0;
+        const Colour& c = header.palette[index];
+        out.Row(0, outY)[x] = c.r;
+        if (out.Planes() == 1) continue;
+        out.Row(1, outY)[x] = c.g;
+        out.Row(2, outY)[x] = c.b;
+    }
+}
+
+// The decoded RLE indices, row by row.
+bool StorePaletteImage(const BmpHeader& header, const std::vector<std::uint8_t>& indices, LVImageMemory& image) {
+    if (!AllocatePaletteImage(header, image)) return false;
+    for (std::uint64_t y = 0; y < header.height; ++y)
+        StorePaletteRow(header, indices.data() + y * header.width, y, image.Buffer());
+    return true;
+}
+
+// The uncompressed palette rows, read one at a time and unpacked to one index per pixel.
+bool StorePaletteRows(SourceCursor& in, const BmpHeader& header, std::uint64_t stride, LVImageMemory& image) {
+    if (!AllocatePaletteImage(header, image)) return false;
+    const unsigned bpp = header.bitsPerPixel;
+    std::vector<std::uint8_t> indices(header.width);
     for (std::uint64_t y = 0; y < header.height; ++y) {
-        const auto outY = static_cast<std::int32_t>(header.topDown ? y : header.height - 1 - y);
+        const std::uint8_t* row = in.Take(stride);
+        if (!row) return false;
         for (std::uint64_t x = 0; x < header.width; ++x) {
-            std::uint8_t index = indices[y * header.width + x];
-            if (index >= header.palette.size()) index = 0;
-            const Colour& c = header.palette[index];
-            const auto outX = static_cast<std::int32_t>(x);
-            out.Row(0, outY)[outX] = c.r;
-            if (grey) continue;
-            out.Row(1, outY)[outX] = c.g;
-            out.Row(2, outY)[outX] = c.b;
+            const std::uint64_t bit = x * bpp;
+            const unsigned shift = 8 - bpp - static_cast<unsigned>(bit % 8);
+            indices[x] = static_cast<std::uint8_t>((row[bit / 8] >> shift) & ((1u << bpp) - 1));
         }
+        StorePaletteRow(header, indices.data(), y, image.Buffer());
     }
     return true;
 }
@@ -192,7 +223,7 @@ std::uint8_t MaskedChannel(std::uint32_t value, std::uint32_t mask) {
     return static_cast<std::uint8_t>(((value & mask) >> shift) * 255u / maximum);
 }
 
-bool StoreTrueColourImage(const ByteReader& in, const BmpHeader& header, std::uint64_t stride, LVImageMemory& image) {
+bool StoreTrueColourImage(SourceCursor& in, const BmpHeader& header, std::uint64_t stride, LVImageMemory& image) {
     std::array<std::uint32_t, 4> masks = header.masks;
     const bool fieldMasks = header.compression == kBitFields || header.compression == kAlphaBitFields;
     if (!fieldMasks && header.bitsPerPixel == 16) masks = {0x7C00, 0x03E0, 0x001F, 0};
@@ -203,8 +234,9 @@ bool StoreTrueColourImage(const ByteReader& in, const BmpHeader& header, std::ui
     const unsigned bytes = header.bitsPerPixel / 8;
     const LVBuffer2D& out = image.Buffer();
     for (std::uint64_t y = 0; y < header.height; ++y) {
-        const std::uint8_t* row = in.At(header.pixelOffset + y * stride);
-        const auto outY = static_cast<std::int32_t>(header.topDown ? y : header.height - 1 - y);
+        const std::uint8_t* row = in.Take(stride);
+        if (!row) return false;
+        const std::int32_t outY = OutputRow(header, y);
         for (std::uint64_t x = 0; x < header.width; ++x) {
             std::uint32_t value = 0;
             for (unsigned i = bytes; i-- > 0;) value = (value << 8) | row[x * bytes + i];
@@ -218,9 +250,13 @@ bool StoreTrueColourImage(const ByteReader& in, const BmpHeader& header, std::ui
 }  // namespace
 
 bool DecodeBmp(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
-    const ByteReader in(bytes);
+    return DecodeBmp(MemoryImageSource(bytes), image);
+}
+
+bool DecodeBmp(const ImageSource& source, LVImageMemory& image) {
+    std::vector<std::uint8_t> headerBytes;
     BmpHeader header;
-    if (!ReadHeader(in, header)) return false;
+    if (!ReadHeaderBytes(source, headerBytes) || !ReadHeader(ByteReader(headerBytes), header)) return false;
     if (!IsSaneGeometry(header.width, header.height)) {
         LV_TRACE(kModule, "Refusing BMP of %llu x %llu pixels", static_cast<unsigned long long>(header.width),
                  static_cast<unsigned long long>(header.height));
@@ -234,12 +270,12 @@ bool DecodeBmp(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
             return false;
         }
         // Every pixel of an RLE stream costs at least a fraction of a byte; refuse headers that promise far more.
-        if (header.width * header.height > (in.Size() + 1) * 256) {
+        if (header.width * header.height > (source.Size() + 1) * 256) {
             LV_TRACE(kModule, "RLE image larger than its file can describe");
             return false;
         }
         std::vector<std::uint8_t> indices;
-        return DecodeRle(in, header, indices) && StorePaletteImage(header, indices, image);
+        return DecodeRle(source, header, indices) && StorePaletteImage(header, indices, image);
     }
     if (header.compression != kRgb && header.compression != kBitFields && header.compression != kAlphaBitFields) {
         LV_TRACE(kModule, "Unsupported BMP compression %u", header.compression);
@@ -250,15 +286,13 @@ bool DecodeBmp(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
         return false;
     }
     const std::uint64_t stride = (header.width * bpp + 31) / 32 * 4;
-    if (!in.Has(header.pixelOffset, stride * header.height)) {
+    if (!source.Has(header.pixelOffset, stride * header.height)) {
         LV_TRACE(kModule, "BMP pixel data truncated");
         return false;
     }
-    if (bpp <= 8) {
-        std::vector<std::uint8_t> indices;
-        return UnpackIndices(in, header, stride, indices) && StorePaletteImage(header, indices, image);
-    }
-    return StoreTrueColourImage(in, header, stride, image);
+    SourceCursor rows(source, header.pixelOffset);
+    if (bpp <= 8) return StorePaletteRows(rows, header, stride, image);
+    return StoreTrueColourImage(rows, header, stride, image);
 }
 
 const char* const* LVImageCodec_BMP::Extensions() const {
@@ -274,13 +308,12 @@ const LVImageSignature* LVImageCodec_BMP::Signatures() const {
 
 bool LVImageCodec_BMP::Decode(LVImage& image, const std::string& path, unsigned, unsigned, unsigned loadFlags) const {
     if (loadFlags & kLoadThumbnail) return DecodeThumbnail(image, path);
-    std::vector<std::uint8_t> bytes;
-    return ReadImageFile(path, bytes, kModule) && DecodeBmp(bytes, image);
+    const std::unique_ptr<FileImageSource> source = FileImageSource::Open(path, kModule);
+    return source && DecodeBmp(*source, image);
 }
 
 bool LVImageCodec_BMP::DecodeThumbnail(LVImage& image, const std::string& path) const {
-    std::vector<std::uint8_t> bytes;
-    return ReadImageFile(path, bytes, kModule) && DecodeBmp(bytes, image);
+    return Decode(image, path, 0, 0, 0);
 }
 
 }  // namespace Lumivale::Imaging

@@ -2,6 +2,7 @@
 // BMP codec (own decoder): 1, 4, 8, 16, 24 and 32 bits, bottom-up and top-down, RLE4 and RLE8.
 
 #include "Foundations/LVBuffer2DTools/LVImageMemory.h"
+#include "Foundations/LVCodec/ImageSource.h"
 #include "Foundations/LVCodec/LVImageCodec.h"
 
 #include <cstdint>
@@ -9,8 +10,10 @@
 
 namespace Lumivale::Imaging {
 
-// Decode BMP file bytes into image: palettes of greys give one plane, other palettes and true colour
-// three, 32-bit images with an alpha mask four.
+// Decode a BMP file into image: palettes of greys give one plane, other palettes and true colour
+// three, 32-bit images with an alpha mask four. The pixel rows are read a window at a time.
+bool DecodeBmp(const ImageSource& source, LVImageMemory& image);
+// The same from bytes in memory.
 bool DecodeBmp(std::span<const std::uint8_t> bytes, LVImageMemory& image);
 
 // "BMP", id 4, extension bmp, signature "BM".

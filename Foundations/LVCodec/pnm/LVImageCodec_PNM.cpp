@@ -4,7 +4,7 @@
 #include "Foundations/LVCodec/LVImage.h"
 #include "Foundations/LVCodec/pnm/PnmWrapper.h"
 
-#include <vector>
+#include <memory>
 
 namespace Lumivale::Imaging {
 
@@ -23,8 +23,8 @@ const LVImageSignature* LVImageCodec_PNM::Signatures() const {
 }
 
 bool LVImageCodec_PNM::Decode(LVImage& image, const std::string& path, unsigned, unsigned, unsigned) const {
-    std::vector<std::uint8_t> bytes;
-    return ReadImageFile(path, bytes, "Module PNM") && DecodePnm(bytes, image);
+    const std::unique_ptr<FileImageSource> source = FileImageSource::Open(path, "Module PNM");
+    return source && DecodePnm(*source, image);
 }
 
 }  // namespace Lumivale::Imaging

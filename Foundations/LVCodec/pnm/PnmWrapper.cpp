@@ -1,6 +1,7 @@
 #include "Foundations/LVCodec/pnm/PnmWrapper.h"
 
 #include "Foundations/LVCodec/ImageFile.h"
+#include "Foundations/LVCodec/SourceCursor.h"
 #include "Portability/Misc/DebugTrace.h"
 
 #include <bit>
@@ -24,22 +25,21 @@ struct PnmHeader {
     std::uint64_t maxval = 1;
 };
 
-// Cursor over the file bytes with the Netpbm header conventions (whitespace, '#' comments).
+// Cursor over the file with the Netpbm header conventions (whitespace, '#' comments).
 class PnmCursor {
 public:
-    explicit PnmCursor(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
-    bool AtEnd() const { return pos_ >= bytes_.size(); }
-    std::uint64_t Remaining() const { return bytes_.size() - pos_; }
-    std::size_t Position() const { return pos_; }
-    const std::uint8_t* Here() const { return bytes_.data() + pos_; }
-    void Skip(std::size_t count) { pos_ += count; }
+    explicit PnmCursor(const ImageSource& source) : in_(source) {}
+    std::uint64_t Remaining() const { return in_.Remaining(); }
+    // The next size bytes of a binary raster (valid until the next read), null when they cannot be read.
+    const std::uint8_t* Take(std::uint64_t size) { return in_.Take(size); }
 
     std::optional<char> GetChar() {
-        if (AtEnd()) {
+        const std::uint8_t* c = in_.Take(1);
+        if (!c) {
             LV_TRACE(kModule, "EOF / read error reading a byte");
             return std::nullopt;
         }
-        return static_cast<char>(bytes_[pos_++]);
+        return static_cast<char>(*c);
     }
 
     // Skip whitespace and comments, then read an unsigned decimal; saturates at UINT_MAX.
@@ -67,7 +67,8 @@ public:
                 tooLarge = true;
                 value = UINT_MAX;
             }
-            if (AtEnd() || !std::isdigit(bytes_[pos_])) break;
+            const std::uint8_t* next = in_.Peek(1);
+            if (!next || !std::isdigit(*next)) break;
             c = GetChar();
         }
         return value;
@@ -75,16 +76,17 @@ public:
 
     // Read one line of a PAM header (without the end of line); false at end of file.
     bool GetLine(std::string& line) {
-        if (AtEnd()) return false;
+        if (in_.AtEnd()) return false;
         line.clear();
-        while (!AtEnd() && bytes_[pos_] != '\n') line.push_back(static_cast<char>(bytes_[pos_++]));
-        if (!AtEnd()) ++pos_;
+        while (const std::uint8_t* c = in_.Take(1)) {
+            if (*c == '\n') break;
+            line.push_back(static_cast<char>(*c));
+        }
         return true;
     }
 
 private:
-    std::span<const std::uint8_t> bytes_;
-    std::size_t pos_ = 0;
+    SourceCursor in_;
 };
 
 bool ReadMagic(PnmCursor& in, PnmHeader& header) {
@@ -259,7 +261,11 @@ bool ReadRaster(const PnmHeader& header, LVImageMemory& image, NextSample next) 
 }  // namespace
 
 bool DecodePnm(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
-    PnmCursor in(bytes);
+    return DecodePnm(MemoryImageSource(bytes), image);
+}
+
+bool DecodePnm(const ImageSource& source, LVImageMemory& image) {
+    PnmCursor in(source);
     PnmHeader header;
     if (!ReadMagic(in, header)) return false;
     if (!(header.format == '7' ? ReadPamHeader(in, header) : ReadClassicHeader(in, header))) return false;
@@ -299,14 +305,12 @@ bool DecodePnm(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
     }
     if (header.format == '4') {
         header.maxval = 255;
-        std::uint64_t index = 0;
-        const std::uint8_t* raster = in.Here();
-        const std::uint64_t rowBytes = (rowBits + 7) / 8;
+        std::uint64_t x = 0;
+        const std::uint8_t* row = nullptr;
         return ReadRaster(header, image, [&](std::uint64_t& v) {
-            const std::uint64_t x = index % header.width;
-            const std::uint64_t y = index / header.width;
-            ++index;
-            v = (raster[y * rowBytes + x / 8] >> (7 - x % 8)) & 1 ? 0 : 255;
+            if (x == 0 && !(row = in.Take((rowBits + 7) / 8))) return false;
+            v = (row[x / 8] >> (7 - x % 8)) & 1 ? 0 : 255;
+            x = (x + 1) % header.width;
             return true;
         });
     }
@@ -319,11 +323,14 @@ bool DecodePnm(std::span<const std::uint8_t> bytes, LVImageMemory& image) {
             return true;
         });
     }
-    const std::uint8_t* raster = in.Here();
+    // Rows are read one at a time into the planes.
+    const std::uint64_t rowBytes = header.width * header.depth * sampleBytes;
+    const std::uint8_t* row = nullptr;
     std::uint64_t at = 0;
     return ReadRaster(header, image, [&](std::uint64_t& v) {
-        v = sampleBytes == 2 ? (std::uint64_t{raster[at]} << 8 | raster[at + 1]) : raster[at];
-        at += sampleBytes;
+        if (at == 0 && !(row = in.Take(rowBytes))) return false;
+        v = sampleBytes == 2 ? (std::uint64_t{row[at]} << 8 | row[at + 1]) : row[at];
+        at = (at + sampleBytes) % rowBytes;
         return true;
     });
 }

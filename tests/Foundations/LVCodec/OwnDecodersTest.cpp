@@ -130,6 +130,43 @@ TEST(BmpDecoderTest, TopDownRleAndRefusals) {
     }
 }
 
+// The decoders read a file a window of 256 KiB at a time: rows of these pictures straddle its edges.
+// A copy one byte short is refused.
+TEST(OwnDecodersTest, RowsAcrossTheReadWindow) {
+    constexpr std::int32_t kWidth = 1001, kHeight = 150;  // 3003 bytes of RGB a row, 450 KB in all
+    std::vector<std::uint8_t> bgr, rgb, grey16;
+    for (std::int32_t y = 0; y < kHeight; ++y) {
+        for (std::int32_t x = 0; x < kWidth; ++x) {
+            for (const unsigned c : {2u, 1u, 0u}) bgr.push_back(static_cast<std::uint8_t>(Pattern(x, y, c)));
+            for (const unsigned c : {0u, 1u, 2u}) rgb.push_back(static_cast<std::uint8_t>(Pattern(x, y, c)));
+            Put(grey16, static_cast<std::uint32_t>(Pattern(x, y, 0, 65535)), 2, true);
+        }
+        bgr.push_back(0);  // rows padded to 4 bytes
+    }
+    auto pnm = [&](const std::string& header, const std::vector<std::uint8_t>& raster) {
+        std::vector<std::uint8_t> out = Bytes(header);
+        out.insert(out.end(), raster.begin(), raster.end());
+        return out;
+    };
+    struct Case { const char* id; std::vector<std::uint8_t> file; bool bmp; unsigned planes; std::int64_t maximum; } cases[] = {
+        {"bmp 24-bit top-down", Bmp(kWidth, -kHeight, 24, 0, bgr), true, 3, 255},
+        {"ppm", pnm("P6\n1001 150\n255\n", rgb), false, 3, 255},
+        {"pgm 16-bit", pnm("P5\n1001 150\n65535\n", grey16), false, 1, 65535},
+    };
+    for (Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        LVImageMemory image;
+        ASSERT_TRUE(c.bmp ? DecodeBmp(c.file, image) : DecodePnm(c.file, image));
+        ASSERT_EQ(image.Buffer().Planes(), c.planes);
+        for (unsigned p = 0; p < c.planes; ++p)
+            for (std::int32_t y = 0; y < kHeight; ++y)
+                for (std::int32_t x = 0; x < kWidth; ++x)
+                    ASSERT_EQ(image.Buffer().Sample(p, x, y), Pattern(x, y, p, c.maximum)) << p << "," << x << "," << y;
+        c.file.pop_back();
+        EXPECT_FALSE(c.bmp ? DecodeBmp(c.file, image) : DecodePnm(c.file, image));
+    }
+}
+
 TEST(DicomDecoderTest, MainImageIconAndMessages) {
     const std::string icon = kImages + "/dicom_icon.dcm";
     LVImage image;
