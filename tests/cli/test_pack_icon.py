@@ -76,6 +76,9 @@ THUMBNAILS = [(name, made_with_pil(name, mode)) for name, mode in [
     ("im-rgba.bmp", made_with_imagemagick("im-rgba.bmp", "RGBA")),
     ("im-rgb3.bmp", made_with_imagemagick("bmp3:im-rgb3.bmp", "RGB")),
     ("im-grey16.pgm", made_with_imagemagick("im-grey16.pgm", "L", "-depth", "16")),
+    ("im-adam7.png", made_with_imagemagick("im-adam7.png", "RGB", "-interlace", "PNG")),
+    ("im-adam7-la.png", made_with_imagemagick("im-adam7-la.png", "LA", "-interlace", "PNG")),
+    ("im-adam7-16.png", made_with_imagemagick("im-adam7-16.png", "I;16", "-interlace", "PNG", "-depth", "16")),
 ] + [(name, turned(name, orientation)) for name, orientation in [("turned6.jpg", 6), ("turned8.jpeg", 8),
                                                                   ("turned7.tif", 7), ("turned3.tiff", 3)]]
 IMAGE_PIXEL_KEYWORDS = ["SamplesPerPixel", "PhotometricInterpretation", "Rows", "Columns", "BitsAllocated",

@@ -26,8 +26,7 @@ struct PngState {
     std::span<const std::uint8_t> input;
     std::size_t position = 0;
     std::FILE* file = nullptr;
-    std::vector<std::uint8_t> pixels;  // one row, or the whole image when interlaced
-    std::vector<png_bytep> rows;
+    std::vector<std::uint8_t> pixels;  // one decoded row
 };
 
 void ReadInput(png_structp png, png_bytep out, png_size_t length) {
@@ -48,14 +47,33 @@ void TraceError(png_structp png, png_const_charp message) {
 
 void TraceWarning(png_structp, png_const_charp message) { LV_TRACE(kModule, "libpng warning: %s", message); }
 
-void SetTransformations(png_structp png, png_infop info) {
+// Returns the number of passes the rows are read in (7 for an interlaced image, else 1).
+int SetTransformations(png_structp png, png_infop info) {
     const int colourType = png_get_color_type(png, info);
     if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_palette_to_rgb(png);
     if (colourType == PNG_COLOR_TYPE_GRAY && png_get_bit_depth(png, info) < 8) png_set_expand_gray_1_2_4_to_8(png);
     if (png_get_valid(png, info, PNG_INFO_tRNS)) png_set_tRNS_to_alpha(png);
     if (png_get_bit_depth(png, info) == 16 && std::endian::native == std::endian::little) png_set_swap(png);
-    png_set_interlace_handling(png);
+    const int passes = png_set_interlace_handling(png);
     png_read_update_info(png, info);
+    return passes;
+}
+
+// Gather row y of the planes into one row of pixels (samples side by side): the inverse of
+// DeinterleaveRow, so that a later interlace pass adds its pixels to those decoded before.
+void InterleaveRow(const LVBuffer2D& in, std::int32_t y, unsigned channels, unsigned bytesPerSample,
+                   std::uint8_t* row) {
+    const auto width = static_cast<std::size_t>(in.Width());
+    if (channels == 3 && bytesPerSample == 1) {
+        InterleaveThreePlanes(in.Row(0, y), in.Row(1, y), in.Row(2, y), row, width);
+        return;
+    }
+    for (unsigned p = 0; p < channels; ++p) {
+        const std::uint8_t* source = in.Row(p, y);
+        for (std::size_t x = 0; x < width; ++x)
+            std::memcpy(row + (std::size_t{channels} * x + p) * bytesPerSample, source + std::size_t{bytesPerSample} * x,
+                        bytesPerSample);
+    }
 }
 
 // Spread one decoded row (samples of a pixel side by side) over row y of the planes.
@@ -89,28 +107,25 @@ bool DecodeWithLibpng(PngState& state, LVImageMemory& image, int skipped) {
     const png_uint_32 width = png_get_image_width(png, info);
     const png_uint_32 height = png_get_image_height(png, info);
     if (!IsSaneGeometry(width, height)) png_error(png, "Image too large");
-    SetTransformations(png, info);
+    const int passes = SetTransformations(png, info);
     const unsigned channels = png_get_channels(png, info);
     const unsigned bits = png_get_bit_depth(png, info);
     const std::size_t rowBytes = png_get_rowbytes(png, info);
     if (channels < 1 || channels > 4 || (bits != 8 && bits != 16)) png_error(png, "Unsupported sample layout");
     if (!AllocateImage(image, width, height, channels, bits, kModule)) png_error(png, "Cannot allocate the image");
+    // Row by row into the planes: the only full-size buffer is the image itself. An interlaced
+    // image comes in seven passes, each adding its own pixels to every row it touches ("sparkle"
+    // mode of png_read_row), so from the second pass on each row is gathered back from the planes
+    // before libpng adds to it.
     const LVBuffer2D& out = image.Buffer();
-    if (png_get_interlace_type(png, info) == PNG_INTERLACE_NONE) {
-        // Row by row into the planes: the only full-size buffer is the image itself.
-        state.pixels.resize(rowBytes);
+    state.pixels.resize(rowBytes);
+    for (int pass = 0; pass < passes; ++pass) {
         for (png_uint_32 y = 0; y < height; ++y) {
+            const auto row = static_cast<std::int32_t>(y);
+            if (pass > 0) InterleaveRow(out, row, channels, bits / 8, state.pixels.data());
             png_read_row(png, state.pixels.data(), nullptr);
-            DeinterleaveRow(state.pixels.data(), static_cast<std::int32_t>(y), channels, bits / 8, out);
+            DeinterleaveRow(state.pixels.data(), row, channels, bits / 8, out);
         }
-    } else {
-        // Interlaced passes refine the whole picture, so it is decoded whole first.
-        state.pixels.resize(rowBytes * height);
-        state.rows.resize(height);
-        for (png_uint_32 y = 0; y < height; ++y) state.rows[y] = state.pixels.data() + rowBytes * y;
-        png_read_image(png, state.rows.data());
-        for (png_uint_32 y = 0; y < height; ++y)
-            DeinterleaveRow(state.rows[y], static_cast<std::int32_t>(y), channels, bits / 8, out);
     }
     png_read_end(png, nullptr);
     png_destroy_read_struct(&png, &info, nullptr);
