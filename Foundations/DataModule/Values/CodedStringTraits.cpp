@@ -24,10 +24,7 @@ std::string DescribeIndex(std::span<const CodedTerm> table, std::size_t index) {
     if (index >= table.size()) return std::string(table[0].name);
     const CodedTerm& row = table[index];
     const std::string_view term = index == 0 ? std::string_view{} : row.term;
-    // Appended in place: GCC 12 at -O3 reports a false -Wrestrict on chains of operator+.
-    std::string text = "'";
-    text.append(term).append("' (").append(row.name).append(")");
-    return text;
+    return "'" + std::string(term) + "' (" + std::string(row.name) + ")";
 }
 
 }  // namespace Lumivale::DataModule
