@@ -222,7 +222,8 @@ TEST_F(BlocksTest, ResizeAveragesAndRangeScans) {
     EXPECT_EQ(half.Sample(0, 1, 0), 25);
     std::int64_t low = 0, high = 0;
     ASSERT_TRUE(tools.Range(source, low, high));
-    EXPECT_EQ(std::pair(low, high), (std::pair<std::int64_t, std::int64_t>(0, 40)));
+    EXPECT_EQ(low, 0);
+    EXPECT_EQ(high, 40);
 }
 
 }  // namespace
