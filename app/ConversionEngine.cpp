@@ -16,7 +16,6 @@
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Utf8Path.h"
 
-#include <algorithm>
 #include <utility>
 #include <variant>
 
@@ -56,16 +55,12 @@ void CompleteIdentifiers(dm::MetadataRows& rows) {
     dm::ApplyTestModeIfOn(rows.patient, rows.study, rows.instance);
 }
 
-bool HasNonAscii(std::string_view text) {
-    return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-}
-
 // True when an extra element holds text beyond ASCII, directly or in a text value of a sequence's
 // items (only their text: item headers and binary numbers hold bytes above 0x7F too).
 bool ExtrasNeedMoreThanAscii(const dm::ExtraElementList& extras) {
     for (const auto& [tag, extra] : extras) {
         if (const auto* text = std::get_if<std::string>(&extra.value)) {
-            if (HasNonAscii(*text)) return true;
+            if (!dm::IsAscii(*text)) return true;
         } else if (extra.vr == "SQ") {
             const auto& items = std::get<std::vector<std::uint8_t>>(extra.value);
             if (dm::DataAdapterModule::StoredItemsHoldTextBeyondAscii(tag, items)) return true;
@@ -82,7 +77,7 @@ bool RowsNeedMoreThanAscii(const dm::MetadataRows& rows) {
     for (const auto& [kind, row] : scopes) {
         for (const dm::RowAttribute& attribute : dm::RowAttributesOf(kind)) {
             const std::optional<std::string> text = attribute.get(*row);
-            if (text && HasNonAscii(*text)) return true;
+            if (text && !dm::IsAscii(*text)) return true;
         }
         if (ExtrasNeedMoreThanAscii(row->extra_elements)) return true;
     }

@@ -10,6 +10,9 @@ namespace Lumivale::DataModule {
 // The text without leading and trailing " \t\r\n".
 std::string_view TrimBlanks(std::string_view text);
 
+// True when every byte is ASCII (below 0x80).
+bool IsAscii(std::string_view text);
+
 // Per-byte ASCII case folding (bytes above 0x7F are left as they are).
 std::string ToLowerAscii(std::string_view text);
 std::string ToUpperAscii(std::string_view text);

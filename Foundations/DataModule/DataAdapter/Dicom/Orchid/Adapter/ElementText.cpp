@@ -111,9 +111,7 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeTextElement(std::uint32_t tag, Val
     if (vr == VR::UI) return codec.StoreUID(utf8) ? std::move(element) : nullptr;
     if (!dcm::VRCharacterSetApplies(vr)) {
         // Without a character set the value must be plain ASCII (dates, codes, numbers as text).
-        for (const char c : utf8) {
-            if (static_cast<unsigned char>(c) >= 0x80) return nullptr;
-        }
+        if (!IsAscii(utf8)) return nullptr;
         return codec.StoreCharacters(utf8) ? std::move(element) : nullptr;
     }
     if (!IsValidUtf8(utf8)) return nullptr;

@@ -1,12 +1,13 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ExtraSequence.h"
 
+#include "Foundations/DataModule/Common/TextUtils.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
 #include "Portability/Misc/DebugTrace.h"
 
-#include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Lumivale::DataModule::DataAdapterModule {
@@ -62,8 +63,7 @@ bool ItemTextBeyondAscii(const dcm::DicomDataSetSequenceElement& sequence) {
                 if (ItemTextBeyondAscii(*nested)) return true;
             } else if (dcm::VRCharacterSetApplies(node->vr)) {
                 const auto bytes = node->value.Bytes();
-                if (std::any_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte >= 0x80; }))
-                    return true;
+                if (!IsAscii(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()))) return true;
             }
         }
     }
