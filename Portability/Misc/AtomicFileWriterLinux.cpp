@@ -204,7 +204,7 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
     }
     // Copy by stages; each stage copied is hashed back from the new file on a second thread while
     // the kernel copies the next one, so that hashing costs about what it costs alone.
-    constexpr std::uint64_t kStage = std::uint64_t{8} << 20;
+    constexpr std::uint64_t kStage = std::uint64_t{32} << 20;
     std::vector<char> buffer(static_cast<std::size_t>(std::min<std::uint64_t>(length, 1u << 20)));
     const int fd = temporary_->fd;
     std::thread hasher;
