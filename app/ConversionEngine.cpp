@@ -127,7 +127,7 @@ ConversionResult convert(const ConversionRequest& request) {
     ChooseCharacterSet(request.encoding, rows, *instance);
 
     store_payload(instance->custom_data, request.content, request.original_name, request.command_line,
-                  request.references);
+                  request.references, request.digest);
     for (const ReferenceRecord& reference : request.references) {
         instance->referenced_instances.push_back({reference.sop_class_uid, reference.sop_instance_uid});
     }

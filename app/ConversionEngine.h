@@ -15,7 +15,7 @@ namespace Dicapsule {
 
 // Everything the pack body hands to the engine.
 struct ConversionRequest {
-    Lumivale::DataModule::ByteBuffer content;  // the packed bytes (a region of the input file)
+    Lumivale::DataModule::ByteBuffer content;  // the packed bytes (a region of the input file, maybe empty)
     std::string original_name;                 // UTF-8
     std::string command_line;
     std::vector<ReferenceRecord> references;
@@ -29,6 +29,7 @@ struct ConversionRequest {
     bool hackforbmpacs = false;
     std::string output;  // UTF-8 path
     bool replace_existing = false;  // --force: take the place of whatever is at output
+    bool digest = true;             // record the SHA-256 of the content as written
 };
 
 // The engine's result codes; the pack body turns each into its message.

@@ -4,10 +4,11 @@
 
 #include <pugixml.hpp>
 
+#include <string>
+
 namespace Dicapsule {
 
-void WriteInfoDocument(std::ostream& out, const std::string& original_name, const std::string& command_line,
-                       const std::vector<ReferenceRecord>& references) {
+void WriteInfoDocument(std::ostream& out, const PayloadFacts& facts) {
     pugi::xml_document document;
     pugi::xml_node declaration = document.append_child(pugi::node_declaration);
     declaration.append_attribute("version") = "1.0";
@@ -17,12 +18,14 @@ void WriteInfoDocument(std::ostream& out, const std::string& original_name, cons
     pugi::xml_node orchid = document.append_child("orchid");
     orchid.append_attribute("type") = "Dicapsule";
     pugi::xml_node parameters = orchid.append_child("parameters");
-    parameters.append_attribute("originalname") = XmlSafeText(original_name).c_str();
-    parameters.append_attribute("commandline") = XmlSafeText(command_line).c_str();
+    parameters.append_attribute("originalname") = XmlSafeText(facts.name).c_str();
+    parameters.append_attribute("commandline") = XmlSafeText(facts.command_line).c_str();
+    parameters.append_attribute("size") = std::to_string(facts.size).c_str();
+    if (!facts.sha256.empty()) parameters.append_attribute("sha256") = XmlSafeText(facts.sha256).c_str();
 
-    if (!references.empty()) {
+    if (!facts.references.empty()) {
         pugi::xml_node list = orchid.append_child("references");
-        for (const ReferenceRecord& reference : references) {
+        for (const ReferenceRecord& reference : facts.references) {
             pugi::xml_node node = list.append_child("reference");
             node.append_attribute("studyinstanceuid") = XmlSafeText(reference.study_instance_uid).c_str();
             node.append_attribute("seriesinstanceuid") = XmlSafeText(reference.series_instance_uid).c_str();

@@ -26,7 +26,7 @@ void info(const InfoRecord& record) {
         default:
             throw std::runtime_error("Could not get the info of the input file " + QuotedPath(input) + ".");
     }
-    WriteInfoDocument(std::cout, facts.name, facts.command_line, facts.references);
+    WriteInfoDocument(std::cout, facts);
 }
 
 }  // namespace Dicapsule

@@ -36,7 +36,7 @@ boost::filesystem::path RequiredInput(const po::variables_map& values) {
 std::vector<LibCommon::OptionGroup> PackOperationPolicy::describe() {
     return {Options::Input(),         Options::Metadata(),   Options::PackOutput(), Options::Encoding(),
             Options::Force(),         Options::HackForBmPacs(), Options::Identifier(), Options::Reference(),
-            Options::Modality(),      Options::Thumbnail()};
+            Options::Modality(),      Options::Thumbnail(),     Options::NoDigest()};
 }
 
 PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
@@ -61,6 +61,7 @@ PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
         throw std::runtime_error("The --thumbnail option must be used when using the --hackforbmpacs option.");
     }
     record.force = SwitchSet(values, "force");
+    record.digest = !SwitchSet(values, "no-digest");
     if (const auto encoding = OptionalText(values, "encoding")) record.encoding = ParseEncodingOption(*encoding);
     return record;
 }
@@ -78,7 +79,7 @@ InfoRecord InfoOperationPolicy::make_record(const po::variables_map& values) {
 void InfoOperationPolicy::execute(int, const char* const[], const InfoRecord& record) { info(record); }
 
 std::vector<LibCommon::OptionGroup> UnpackOperationPolicy::describe() {
-    return {Options::Input(), Options::UnpackOutput(), Options::Force()};
+    return {Options::Input(), Options::UnpackOutput(), Options::Force(), Options::NoVerify()};
 }
 
 UnpackRecord UnpackOperationPolicy::make_record(const po::variables_map& values) {
@@ -93,6 +94,7 @@ UnpackRecord UnpackOperationPolicy::make_record(const po::variables_map& values)
     }
     record.input = RequiredInput(values);
     record.force = SwitchSet(values, "force");
+    record.verify = !SwitchSet(values, "no-verify");
     return record;
 }
 

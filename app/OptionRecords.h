@@ -35,6 +35,7 @@ struct PackRecord {
     boost::filesystem::path output;  // always resolved
     bool force = false;
     bool hackforbmpacs = false;
+    bool digest = true;  // record the payload's SHA-256 (off with --no-digest)
 };
 
 // --output: write exactly this file.
@@ -54,6 +55,7 @@ struct UnpackRecord {
     boost::filesystem::path input;
     std::variant<OutputFile, OutputDirectory> target;
     bool force = false;
+    bool verify = true;  // check the payload against its recorded digest (off with --no-verify)
 };
 
 struct InfoRecord {

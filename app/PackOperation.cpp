@@ -130,8 +130,14 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     request.hackforbmpacs = record.hackforbmpacs;
     request.output = record.output.string();
     request.replace_existing = record.force;
+    request.digest = record.digest;
 
     const ConversionResult result = convert(request);
+    // The write refuses a payload whose file changed while it was copied; say so rather than blame the output.
+    if (result == ConversionResult::output_not_written && !input.File()->Unchanged()) {
+        throw std::runtime_error("The input file " + QuotedPath(record.input.string()) +
+                                 " changed while it was being packed.");
+    }
     // Without --force the write refuses whatever took the name since the check above (a dangling
     // symbolic link included, which that check follows and cannot see).
     if (result == ConversionResult::output_not_written && !record.force && Exists(record.output, false)) {

@@ -31,11 +31,12 @@ std::string RecordCommandLine(int argc, const char* const argv[]) {
 }
 
 void store_payload(CustomDataStore& store, const ByteBuffer& content, const std::string& name,
-                   const std::string& command_line, const std::vector<ReferenceRecord>& references) {
+                   const std::string& command_line, const std::vector<ReferenceRecord>& references, bool digest) {
     store.SetText(std::string(kPackedFileNameKey), name);
     store.SetBytes(std::string(kPackedFileContentKey), content);
     store.SetText(std::string(kCommandLineKey), command_line);
     if (!references.empty()) store.SetText(std::string(kInstanceReferencesKey), FormatReferences(references));
+    if (digest) store.SetDigestOf(std::string(kPackedFileSha256Key), std::string(kPackedFileContentKey));
 }
 
 namespace {
@@ -58,7 +59,7 @@ bool ReadStoredText(const CustomDataStore& store, std::string_view key, std::str
 }  // namespace
 
 PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content, PayloadFacts& facts) {
-    if (store.IsValueEmpty(kPackedFileNameKey) || store.IsValueEmpty(kPackedFileContentKey)) {
+    if (store.IsValueEmpty(kPackedFileNameKey) || !store.Contains(kPackedFileContentKey)) {
         return PayloadReadResult::not_packed;
     }
     PayloadFacts read;
@@ -66,10 +67,15 @@ PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content
     if (store.Contains(kCommandLineKey) && !ReadStoredText(store, kCommandLineKey, read.command_line)) {
         return PayloadReadResult::text_unreadable;
     }
+    read.size = store.ValueLength(kPackedFileContentKey);
     if (want_content) {
         const ByteBuffer* content = store.GetBytes(kPackedFileContentKey);
         if (content == nullptr) return PayloadReadResult::not_packed;
         read.content = *content;
+    }
+    // Kept as stored: a damaged digest then fails the check like a damaged content.
+    if (store.Contains(kPackedFileSha256Key) && !ReadStoredText(store, kPackedFileSha256Key, read.sha256)) {
+        return PayloadReadResult::text_unreadable;
     }
     std::string references;
     if (store.Contains(kInstanceReferencesKey)) {

@@ -15,6 +15,8 @@ namespace Dicapsule {
 
 inline constexpr std::string_view kPackedFileNameKey = "Dicapsule.PackedFile.Name";
 inline constexpr std::string_view kPackedFileContentKey = "Dicapsule.PackedFile.Content";
+// The SHA-256 of the content as written: 64 lower-case hexadecimal characters.
+inline constexpr std::string_view kPackedFileSha256Key = "Dicapsule.PackedFile.SHA256";
 inline constexpr std::string_view kCommandLineKey = "Dicapsule.CommandLine";
 inline constexpr std::string_view kInstanceReferencesKey = "Dicapsule.InstanceReferences";
 
@@ -29,6 +31,8 @@ struct PayloadFacts {
     std::string command_line;                 // the recorded pack command line
     std::vector<ReferenceRecord> references;  // in stored order
     Lumivale::DataModule::ByteBuffer content;  // the wrapped bytes (often a region of the packed file)
+    std::uint64_t size = 0;                   // the content's length in bytes (known without the content)
+    std::string sha256;                       // the recorded digest, as stored; empty when none
 };
 
 // Outcomes of reading a payload.
@@ -39,15 +43,16 @@ enum class PayloadReadResult { success, load_failed, not_packed, bad_reference_t
 // double quotes, nothing else is escaped.
 std::string RecordCommandLine(int argc, const char* const argv[]);
 
-// Fill the store: name, content (shared, not copied), command line and, when there are any, the
-// references text.
+// Fill the store: name, content (shared, not copied), command line, when there are any the
+// references text and, with digest, the SHA-256 of the content that the writer computes.
 void store_payload(Lumivale::DataModule::CustomDataStore& store, const Lumivale::DataModule::ByteBuffer& content,
                    const std::string& name, const std::string& command_line,
-                   const std::vector<ReferenceRecord>& references);
+                   const std::vector<ReferenceRecord>& references, bool digest);
 
-// Read the facts back from a store already loaded from a file: not_packed unless both the name and
-// the content are present and not empty; bad_reference_text when a stored reference is malformed.
-// The content is handed over only when want_content is set.
+// Read the facts back from a store already loaded from a file: not_packed unless the name is
+// present and not empty and the content is present (an empty content is an empty file);
+// bad_reference_text when a stored reference is malformed. The content is handed over only when
+// want_content is set; its size and digest always are.
 PayloadReadResult ExtractPayload(const Lumivale::DataModule::CustomDataStore& store, bool want_content,
                                  PayloadFacts& facts);
 

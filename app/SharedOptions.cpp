@@ -94,6 +94,22 @@ const LibCommon::OptionGroup& Force() {
     return group;
 }
 
+const LibCommon::OptionGroup& NoDigest() {
+    static const LibCommon::OptionGroup group{Switch(
+        "no-digest",
+        "Do not record the SHA-256 digest of the packed file.\n"
+        "Note: by default it is recorded, and unpack checks the packed file against it.")};
+    return group;
+}
+
+const LibCommon::OptionGroup& NoVerify() {
+    static const LibCommon::OptionGroup group{Switch(
+        "no-verify",
+        "Do not check the packed file against its recorded SHA-256 digest.\n"
+        "Note: by default a packed file that does not match its digest is not written.")};
+    return group;
+}
+
 const LibCommon::OptionGroup& HackForBmPacs() {
     static const LibCommon::OptionGroup group{Switch(
         "hackforbmpacs",

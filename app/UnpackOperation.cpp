@@ -3,6 +3,7 @@
 #include "app/QuotedPath.h"
 #include "app/UnpackOutputName.h"
 #include "Portability/Misc/AtomicFileWriter.h"
+#include "Portability/Misc/Sha256.h"
 
 #include <boost/filesystem/operations.hpp>
 
@@ -28,13 +29,24 @@ std::string ReadFailure(PayloadReadResult result, const std::string& input) {
     }
 }
 
-// Copy the content into the writer: straight from the packed file when it stayed there.
-bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::AtomicFileWriter& writer) {
+// Copy the content into the writer: straight from the packed file when it stayed there. With a
+// digest, the bytes as written are fed to it.
+bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::AtomicFileWriter& writer,
+                  Portability::Sha256* digest) {
     if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
-        return region->IsInsideFile() && writer.CopyFrom(region->file->Descriptor(), region->offset, region->length);
+        return region->IsInsideFile() &&
+               writer.CopyFrom(region->file->Descriptor(), region->offset, region->length, digest) &&
+               region->file->Unchanged();
     }
     const auto bytes = content.MemoryBytes();
+    if (digest) digest->Update(bytes.data(), bytes.size());
     return writer.Write(bytes.data(), bytes.size());
+}
+
+// The content written matches the recorded digest.
+bool Matches(Portability::Sha256& digest, const std::string& recorded) {
+    Portability::Sha256::Digest result{};
+    return digest.Finish(result) && Portability::ToHex(result) == recorded;
 }
 
 }  // namespace
@@ -54,8 +66,17 @@ void unpack(const UnpackRecord& record) {
     // Without --force the last step refuses an output that appeared since the check above.
     Portability::AtomicFileWriter writer(output.string(), record.force ? Portability::ExistingTarget::replace
                                                                        : Portability::ExistingTarget::refuse);
-    if (!writer.Open() || !WriteContent(facts.content, writer) || writer.size() != facts.content.Length() ||
-        !writer.Commit()) {
+    // Files packed without a digest (by earlier versions, or other writers) have nothing to check.
+    const bool verify = record.verify && !facts.sha256.empty();
+    Portability::Sha256 digest;
+    const bool written = writer.Open() && WriteContent(facts.content, writer, verify ? &digest : nullptr) &&
+                         writer.size() == facts.content.Length();
+    // A mismatch leaves nothing behind: the writer is dropped without taking the output's name.
+    if (written && verify && !Matches(digest, facts.sha256)) {
+        throw std::runtime_error("The packed file of the input file " + QuotedPath(input) +
+                                 " does not match its SHA-256 digest.");
+    }
+    if (!written || !writer.Commit()) {
         if (writer.failure() == Portability::WriteFailure::target_exists) throw std::runtime_error(exists);
         std::string message = "Could not open " + QuotedPath(output.string()) + ".";
         const fs::path directory = output.parent_path();

@@ -8,6 +8,7 @@ real packed file made by the tool from examples/ is added to the payload seeds.
 """
 
 import argparse
+import hashlib
 import io
 import os
 import shutil
@@ -141,6 +142,27 @@ def packed(entries, encoding=EXPLICIT, undefined=False, vr="UN"):
             + sequence(0x0009, 0x11A0, items, encoding, undefined))
     ts = {IMPLICIT: "implicit", EXPLICIT: "explicit", BIG: "big"}[encoding]
     return part10(TRANSFER_SYNTAXES[ts], body, sop_class=RAW_DATA_STORAGE)
+
+
+def packed_as_un(entries, encoding=EXPLICIT, undefined_items=False):
+    """A packed instance re-encoded by a toolkit without our dictionary: the custom data sequence is
+    one UN element of defined length whose value holds the items in implicit VR little endian."""
+    items = b"".join(item(element(0x0009, 0x0011, "LO", PRIVATE_CREATOR, IMPLICIT)
+                          + element(0x0009, 0x11A1, "LO", k, IMPLICIT)
+                          + element(0x0009, 0x11A2, "UL", u32(len(v), IMPLICIT), IMPLICIT)
+                          + element(0x0009, 0x11A3, "UN", v, IMPLICIT), IMPLICIT, undefined_items)
+                     for k, v in entries)
+    body = (demographics(encoding, RAW_DATA_STORAGE)
+            + element(0x0009, 0x0011, "LO", PRIVATE_CREATOR, encoding)
+            + element(0x0009, 0x11A0, "UN", items, encoding))
+    ts = {EXPLICIT: "explicit", BIG: "big"}[encoding]
+    return part10(TRANSFER_SYNTAXES[ts], body, sop_class=RAW_DATA_STORAGE)
+
+
+def first_item_length_lies(data):
+    """The first item (of little endian tag order) claims far more bytes than its container holds."""
+    at = data.index(b"\xfe\xff\x00\xe0") + 4
+    return data[:at] + struct.pack("<I", 0x7FFFFFF0) + data[at + 4:]
 
 
 def encapsulated_pixels(fragments, encoding=EXPLICIT):
@@ -280,6 +302,7 @@ def payload_seeds(tool, tmp):
     content = ("Dicapsule.PackedFile.Content", b"%PDF-1.4 seed payload\n")
     command = ("Dicapsule.CommandLine", b'pack -i report.pdf -m "my meta.xml"')
     refs = ("Dicapsule.InstanceReferences", b"1.2.3:1.2.3.4:1.2.3.4.5^1.2.3:1.2.3.4:1.2.3.4.6:1.2.3.9")
+    digest = ("Dicapsule.PackedFile.SHA256", hashlib.sha256(content[1]).hexdigest().encode())
     def entries(*pairs):
         return [(k.encode(), v) for k, v in pairs]
     seeds = {
@@ -293,6 +316,11 @@ def payload_seeds(tool, tmp):
         "packed-empty-key.dcm": packed(entries(content, ("", b"x"), name)),
         "packed-name-escape.dcm": packed(entries(content, ("Dicapsule.PackedFile.Name", b"../../etc/passwd"))),
         "packed-length-lies.dcm": packed(entries(content, name)).replace(struct.pack("<I", len(content[1])), struct.pack("<I", 0x7FFFFFF0), 1),
+        "packed-digest.dcm": packed(entries(content, name, digest)),
+        "packed-un-defined-items.dcm": packed_as_un(entries(content, name, digest)),
+        "packed-un-undefined-items.dcm": packed_as_un(entries(content, name, command), EXPLICIT, True),
+        "packed-un-big.dcm": packed_as_un(entries(content, name), BIG, True),
+        "packed-un-item-length-lies.dcm": first_item_length_lies(packed_as_un(entries(content, name))),
     }
     if tool:
         output = os.path.join(tmp, "packed-tool.dcm")

@@ -16,6 +16,8 @@
 
 namespace Portability {
 
+class Sha256;
+
 // What Commit does when something already answers to the target's name.
 enum class ExistingTarget {
     replace,  // take its place; a replaced regular file lends its permissions (and, for root, owner)
@@ -42,8 +44,11 @@ public:
     // Append bytes; false on any write failure.
     bool Write(const void* data, std::size_t size);
     // Append `length` bytes of the open file `source_fd` starting at `offset`, copied file to file
-    // without passing through the caller's memory.
-    bool CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length);
+    // without passing through the caller's memory (a clone where the file system shares blocks).
+    // With a digest, the appended range is also fed to it as it stands in the new file, read back
+    // while the next piece is being copied; false, with the digest in no defined state, when the
+    // source ends early or any step fails.
+    bool CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256* digest = nullptr);
     // Flush, close and give the file the target's name; false when any step fails (see failure()).
     bool Commit();
 
@@ -60,6 +65,7 @@ private:
         return false;
     }
     void Discard() noexcept;
+    bool CopyRange(int source_fd, std::uint64_t offset, std::uint64_t length);
 
     std::string target_;
     ExistingTarget existing_;

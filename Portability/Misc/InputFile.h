@@ -2,7 +2,8 @@
 // An input opened for reading whole, kept open until the caller is done with it. A regular file
 // is used where it is; anything else that can be read (a pipe, a process substitution, a
 // character device) is first copied into an unnamed temporary file, so the caller always gets a
-// regular file of known size that can be read at any offset and more than once.
+// regular file of known size that can be read at any offset and more than once. A regular file
+// that reports a size of 0 (the files of /proc and /sys) is copied too, read to its end.
 
 #include <cstdint>
 #include <memory>

@@ -17,7 +17,8 @@ InputFile::Status InputFile::Open(const std::string& path, std::uint64_t max_siz
     const int source = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (source < 0) return Status::unreadable;
     struct stat info {};
-    if (::fstat(source, &info) == 0 && S_ISREG(info.st_mode)) {
+    // A regular file of size 0 may still have content that only reading shows (/proc, /sys).
+    if (::fstat(source, &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0) {
         return Keep(OpenFile::Adopt(source, path, static_cast<std::uint64_t>(info.st_size)), max_size);
     }
     struct Closer {

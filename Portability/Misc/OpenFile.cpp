@@ -37,11 +37,15 @@ std::shared_ptr<OpenFile> OpenFile::Open(const std::string& path) {
         ::close(descriptor);
         return nullptr;
     }
-    return std::shared_ptr<OpenFile>(new OpenFile(path, descriptor, static_cast<std::uint64_t>(info.st_size)));
+    std::shared_ptr<OpenFile> file(new OpenFile(path, descriptor, static_cast<std::uint64_t>(info.st_size)));
+    file->TakeStamp();
+    return file;
 }
 
 std::shared_ptr<OpenFile> OpenFile::Adopt(int descriptor, std::string path, std::uint64_t size) {
-    return std::shared_ptr<OpenFile>(new OpenFile(std::move(path), descriptor, size));
+    std::shared_ptr<OpenFile> file(new OpenFile(std::move(path), descriptor, size));
+    file->TakeStamp();
+    return file;
 }
 
 std::shared_ptr<OpenFile> OpenFile::OpenTemporary() {
@@ -63,6 +67,12 @@ bool OpenFile::ReadAt(void* data, std::uint64_t size, std::uint64_t offset) cons
         offset += static_cast<std::uint64_t>(got);
     }
     return true;
+}
+
+bool OpenFile::Unchanged() const {
+    if (!stamped_) return true;
+    FileStamp now;
+    return ReadFileStamp(descriptor_, now) && now == stamp_;
 }
 
 bool OpenFile::Append(const void* data, std::size_t size) {

@@ -9,6 +9,8 @@
 #include <memory>
 #include <string>
 
+#include "Portability/Misc/FileStamp.h"
+
 namespace Portability {
 
 class OpenFile {
@@ -34,12 +36,19 @@ public:
     bool ReadAt(void* data, std::uint64_t size, std::uint64_t offset) const;
     // Append bytes at the end; false when they cannot all be written.
     bool Append(const void* data, std::size_t size);
+    // True while a file opened by path or adopted still has the size, modification time and change
+    // time it had then (a scratch file, which only this process writes, is always unchanged);
+    // false when they differ or cannot be read.
+    bool Unchanged() const;
 
 private:
     OpenFile(std::string path, int descriptor, std::uint64_t size);
+    void TakeStamp() { stamped_ = ReadFileStamp(descriptor_, stamp_); }
     std::string path_;
     int descriptor_;
     std::uint64_t size_;
+    bool stamped_ = false;
+    FileStamp stamp_;
 };
 
 }  // namespace Portability

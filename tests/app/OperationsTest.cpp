@@ -185,12 +185,16 @@ TEST(UnpackOutputName, StoredNamesThatWouldLeaveTheDirectoryAreRefused) {
 
 // The CLI suite checks the document with references; here one without, and the escaping of "<".
 TEST(InfoDocument, LayoutAndEscaping) {
+    PayloadFacts facts;
+    facts.name = "a&b.pdf";
+    facts.command_line = "pack -i \"my file.pdf\" -m <m>";
+    facts.size = 12;
     std::ostringstream none;
-    WriteInfoDocument(none, "a&b.pdf", "pack -i \"my file.pdf\" -m <m>", {});
+    WriteInfoDocument(none, facts);
     EXPECT_EQ(none.str(),
               "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
               "<orchid type=\"Dicapsule\">\n"
-              "\t<parameters originalname=\"a&amp;b.pdf\" commandline=\"pack -i &quot;my file.pdf&quot; -m &lt;m>\" />\n"
+              "\t<parameters originalname=\"a&amp;b.pdf\" commandline=\"pack -i &quot;my file.pdf&quot; -m &lt;m>\" size=\"12\" />\n"
               "</orchid>\n");
 }
 

@@ -3,11 +3,24 @@
 namespace Lumivale::DataModule {
 
 void CustomDataStore::SetText(std::string key, std::string text) {
+    digests_.erase(key);
     values_.insert_or_assign(std::move(key), CustomDataValue(std::move(text)));
 }
 
 void CustomDataStore::SetBytes(std::string key, ByteBuffer bytes) {
+    digests_.erase(key);
     values_.insert_or_assign(std::move(key), CustomDataValue(std::move(bytes)));
+}
+
+void CustomDataStore::SetDigestOf(std::string key, std::string digestedKey) {
+    constexpr std::size_t kHexDigits = 64;
+    values_.insert_or_assign(key, CustomDataValue(std::string(kHexDigits, '0')));
+    digests_.insert_or_assign(std::move(key), std::move(digestedKey));
+}
+
+const std::string* CustomDataStore::DigestSource(std::string_view key) const {
+    const auto it = digests_.find(key);
+    return it == digests_.end() ? nullptr : &it->second;
 }
 
 const CustomDataValue* CustomDataStore::Find(std::string_view key) const {
@@ -43,6 +56,7 @@ bool CustomDataStore::Erase(std::string_view key) {
     const auto found = values_.find(key);
     if (found == values_.end()) return false;
     values_.erase(found);
+    if (const auto digest = digests_.find(key); digest != digests_.end()) digests_.erase(digest);
     return true;
 }
 

@@ -21,6 +21,13 @@ public:
     void SetText(std::string key, std::string text);
     // Set a key to a byte buffer value, replacing any value.
     void SetBytes(std::string key, ByteBuffer bytes);
+    // Set a key to the SHA-256 of another key's value as the file will hold it: 64 lower-case
+    // hexadecimal characters, computed by the writer while it writes that value (written in the
+    // store's key order, the other key must sort before this one). Until then the key holds a
+    // placeholder text of the same length.
+    void SetDigestOf(std::string key, std::string digestedKey);
+    // The key whose digest the key stands for, or nullptr when it holds a value of its own.
+    const std::string* DigestSource(std::string_view key) const;
     // The value of a key, or nullptr.
     const CustomDataValue* Find(std::string_view key) const;
     // True when the key is present.
@@ -47,6 +54,7 @@ public:
 private:
     // std::less<> on strings compares with char_traits<char>, which orders as unsigned bytes.
     std::map<std::string, CustomDataValue, std::less<>> values_;
+    std::map<std::string, std::string, std::less<>> digests_;  // digest key -> digested key
 };
 
 }  // namespace Lumivale::DataModule

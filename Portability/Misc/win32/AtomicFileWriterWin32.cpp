@@ -8,6 +8,7 @@
 
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/InterruptCleanup.h"
+#include "Portability/Misc/Sha256.h"
 #include "Portability/Misc/win32/WideText.h"
 
 #include <fcntl.h>
@@ -130,7 +131,7 @@ bool AtomicFileWriter::Write(const void* data, std::size_t size) {
     return true;
 }
 
-bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length) {
+bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256* digest) {
     if (!temporary_) return Fail(WriteFailure::io);
     const HANDLE source = HandleOf(source_fd);
     if (source == INVALID_HANDLE_VALUE) return Fail(WriteFailure::io);
@@ -144,6 +145,8 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
         DWORD got = 0;
         if (!::ReadFile(source, buffer.data(), want, &got, &at) || got == 0) return Fail(WriteFailure::io);
         if (!WriteAll(HandleOf(temporary_->fd), buffer.data(), got)) return Fail(WriteFailure::io);
+        // The bytes just written, as they went to the file.
+        if (digest != nullptr) digest->Update(buffer.data(), got);
         done += got;
     }
     size_ += length;

@@ -36,6 +36,10 @@ IDENTIFIERS = ("PatientID", "StudyInstanceUID", "SeriesInstanceUID", "SOPInstanc
 
 # id, original name, payload size
 PAYLOADS = [("one-byte", "one.bin", 1), ("odd-length", "odd length.txt", 4097), ("one-mebibyte", "scan.pdf", 1 << 20)]
+# Sent in implicit VR (storescu -xi) to an Orthanc that transcodes what it receives to explicit VR
+# little endian: without our dictionary, the private sequence is stored as UN.
+TRANSCODED = [("ingest-transcoded", "scan.pdf", 300_001), ("ingest-transcoded-small", "note.txt", 999)]
+INGEST_SYNTAX = "1.2.840.10008.1.2.1"
 
 # id, metadata ("xml" or "dicom": written by the fixture without any identifier), extra pack
 # arguments, identifiers Orthanc must show (the others are read from the packed file)
@@ -81,8 +85,8 @@ def request(port, path, body=None):
 def exchange(http_port, dicom_port, workdir, case):
     report = {"orthanc_id": None, "file": None, "tags": None, "preview_status": None, "preview": None}
     try:
-        done = subprocess.run(["storescu", "-aet", "DICAPSULETEST", "-aec", CALLED_AET, LOOPBACK, str(dicom_port),
-                               case["file"]], capture_output=True, text=True, timeout=60)
+        done = subprocess.run(["storescu", *case.get("store_options", []), "-aet", "DICAPSULETEST", "-aec", CALLED_AET,
+                               LOOPBACK, str(dicom_port), case["file"]], capture_output=True, text=True, timeout=60)
         report["store"], report["store_log"] = done.returncode, done.stdout + done.stderr
     except subprocess.TimeoutExpired:
         report["store"], report["store_log"] = None, "storescu did not finish"
@@ -122,7 +126,7 @@ def main(plan_path):
         "HttpServerEnabled": True, "HttpPort": http_port, "RemoteAccessAllowed": False,
         "AuthenticationEnabled": False, "SslEnabled": False, "DicomServerEnabled": True, "DicomAet": CALLED_AET,
         "DicomPort": dicom_port, "DicomCheckCalledAet": False, "DicomModalities": {}, "OrthancPeers": {},
-        "SaveJobs": False}), encoding="utf-8")
+        "SaveJobs": False, "IngestTranscoding": INGEST_SYNTAX}), encoding="utf-8")
     log_path = workdir / "orthanc.log"
     result = {"ready": False, "instances": {}, "orthanc_log": str(log_path)}
     with open(log_path, "wb") as log:
@@ -166,7 +170,7 @@ def pack_all(tool, work):
     ds.is_little_endian, ds.is_implicit_VR = True, False
     ds.save_as(work / "minimal.dcm", write_like_original=False)
     metadata = {"xml": str(work / "minimal.xml"), "dicom": str(work / "minimal.dcm")}
-    jobs = [(cid, name, size, METADATA, []) for cid, name, size in PAYLOADS]
+    jobs = [(cid, name, size, METADATA, []) for cid, name, size in PAYLOADS + TRANSCODED]
     jobs += [(cid, "id.bin", 33, metadata[kind], extra) for cid, kind, extra, _ in IDENTITY_CASES]
     jobs += [(cid, "preview.bin", 20, METADATA, extra) for cid, extra in PREVIEW_CASES]
     packed = {}
@@ -194,7 +198,8 @@ def pacs(tmp_path_factory):
     work = tmp_path_factory.mktemp("pacs")
     packed = pack_all(tool, work)
     plan = {"workdir": str(work), "instances": [
-        {"id": cid, "file": str(path), "sop": str(pydicom.dcmread(path).SOPInstanceUID)}
+        {"id": cid, "file": str(path), "sop": str(pydicom.dcmread(path).SOPInstanceUID),
+         "store_options": ["-xi"] if cid in dict((c[0], c) for c in TRANSCODED) else []}
         for cid, (path, _) in packed.items()]}
     (work / "plan.json").write_text(json.dumps(plan), encoding="utf-8")
     done = subprocess.run(["unshare", "--net", "sh", "-c", 'ip link set lo up && exec "$0" "$@"',
@@ -215,7 +220,7 @@ def stored(report, cid):
     return instance
 
 
-@pytest.mark.parametrize("cid", [c[0] for c in PAYLOADS])
+@pytest.mark.parametrize("cid", [c[0] for c in PAYLOADS + TRANSCODED])
 def test_payload_comes_back_from_the_pacs_unchanged(pacs, tmp_path, cid):
     tool, packed, report = pacs
     path, data = packed[cid]
@@ -223,11 +228,16 @@ def test_payload_comes_back_from_the_pacs_unchanged(pacs, tmp_path, cid):
     assert fetched, "Orthanc did not return the instance's file"
     done = run_tool(tool, "unpack", "-i", fetched, "-u", "-O", str(tmp_path), cwd=tmp_path)
     assert (done.returncode, done.stderr) == (0, "")
-    name = next(n for c, n, _ in PAYLOADS if c == cid)
+    name = next(n for c, n, _ in PAYLOADS + TRANSCODED if c == cid)
     assert (tmp_path / name).read_bytes() == data
     # The payload's facts (name, command line) are read back alike from the fetched copy.
     assert run_tool(tool, "info", "-i", fetched, cwd=tmp_path).stdout == \
         run_tool(tool, "info", "-i", str(path), cwd=tmp_path).stdout
+    if cid in dict((c[0], c) for c in TRANSCODED):
+        # Proof that the copy went through the transcoding it is here for.
+        fetched_file = pydicom.dcmread(fetched)
+        assert fetched_file.file_meta.TransferSyntaxUID == INGEST_SYNTAX
+        assert fetched_file[0x0009, 0x11A0].VR == "UN"
 
 
 @pytest.mark.parametrize("cid", [c[0] for c in PAYLOADS + IDENTITY_CASES + PREVIEW_CASES])

@@ -336,20 +336,45 @@ bool DicomDataStream::WriteHeader(std::uint16_t group, std::uint16_t element, Va
     return WriteU16(static_cast<std::uint16_t>(length));
 }
 
-bool DicomDataStream::WriteRegion(const FileRegion& region) {
+bool DicomDataStream::WriteRegion(const FileRegion& region, Portability::Sha256* digest) {
     std::vector<std::uint8_t> bytes;
-    return LoadRegion(region, bytes) && WriteUnits(bytes.data(), bytes.size(), region.unitSize);
+    if (!LoadRegion(region, bytes)) return false;
+    writeOrder_(bytes.data(), bytes.size(), region.unitSize);
+    if (digest) digest->Update(bytes.data(), bytes.size());
+    return WriteRaw(bytes.data(), bytes.size());
+}
+
+bool DicomDataStream::WriteValueBytes(const DicomValue& value, ValueRepresentation vr, Portability::Sha256* digest) {
+    const std::uint64_t size = value.Size();
+    if (const FileRegion* region = value.Region()) return WriteRegion(*region, digest);
+    const auto bytes = value.Bytes();
+    const unsigned unit = VRUnitSize(vr);
+    const std::uint64_t whole = size - size % unit;
+    if (digest == nullptr || writeOrder_ == KeepUnitOrder || unit < 2) {
+        if (digest) digest->Update(bytes.data(), bytes.size());
+        return WriteUnits(bytes.data(), whole, unit) && WriteRaw(bytes.data() + whole, size - whole);
+    }
+    std::vector<std::uint8_t> ordered(bytes.begin(), bytes.end());
+    writeOrder_(ordered.data(), whole, unit);
+    digest->Update(ordered.data(), ordered.size());
+    return WriteRaw(ordered.data(), ordered.size());
 }
 
 bool DicomDataStream::WriteValue(const DicomValue& value, ValueRepresentation vr) {
     const std::uint64_t size = value.Size();
-    if (const FileRegion* region = value.Region()) {
-        if (!WriteRegion(*region)) return false;
-    } else {
-        const auto bytes = value.Bytes();
-        const unsigned unit = VRUnitSize(vr);
-        const std::uint64_t whole = size - size % unit;
-        if (!WriteUnits(bytes.data(), whole, unit) || !WriteRaw(bytes.data() + whole, size - whole)) return false;
+    if (value.IsDigestOfMarked()) {
+        if (markedDigest_.size() != DigestOfMarkedValue::kSize) {
+            LV_TRACE(kModule, "%s", "A digest is due before the value it digests was written");
+            return false;
+        }
+        if (!WriteRaw(markedDigest_.data(), markedDigest_.size())) return false;
+    } else if (value.IsMarkedForDigest()) {
+        Portability::Sha256 digest;
+        Portability::Sha256::Digest result{};
+        if (!WriteValueBytes(value, vr, &digest) || !digest.Finish(result)) return false;
+        markedDigest_ = Portability::ToHex(result);
+    } else if (!WriteValueBytes(value, vr, nullptr)) {
+        return false;
     }
     if (size % 2 == 0) return true;
     const std::uint8_t pad = VRPadsToEven(vr) ? VRPadByte(vr) : 0;

@@ -10,6 +10,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomEncodingRules.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
+#include "Portability/Misc/Sha256.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
@@ -71,8 +72,9 @@ public:
     virtual std::uint64_t Size() const = 0;
     // The file that read values may stay in, or null when values must be loaded.
     virtual std::shared_ptr<const Portability::OpenFile> ValueSource() const { return nullptr; }
-    // Append a file region's bytes, in the unit order of the current encoding.
-    virtual bool WriteRegion(const FileRegion& region);
+    // Append a file region's bytes, in the unit order of the current encoding; with a digest, the
+    // bytes as written are fed to it too.
+    virtual bool WriteRegion(const FileRegion& region, Portability::Sha256* digest);
     // Replace what remains to be read (raw deflate data) by its inflation and go to its first
     // byte; false when it does not inflate or the stream cannot hold it.
     virtual bool InflateRemainder() = 0;
@@ -134,6 +136,7 @@ private:
     bool WriteSequence(const DicomDataSetSequenceElement& sequence);
     bool WritePixelData(const DicomDataSetFrameContainerElement& pixelData);
     bool WriteValue(const DicomValue& value, ValueRepresentation vr);
+    bool WriteValueBytes(const DicomValue& value, ValueRepresentation vr, Portability::Sha256* digest);
     bool WriteU16(std::uint16_t value);
     bool WriteU32(std::uint32_t value);
     bool WriteUnits(const std::uint8_t* data, std::uint64_t size, unsigned unitSize);
@@ -147,6 +150,7 @@ private:
     std::vector<ImplicitScope> implicitScopes_;  // open UN elements of undefined length
     unsigned openNesting_ = 0;
     DicomReadResult result_;
+    std::string markedDigest_;  // hex SHA-256 of the last value written that was marked for digest
 };
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

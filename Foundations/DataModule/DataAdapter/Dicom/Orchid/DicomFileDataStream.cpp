@@ -116,11 +116,11 @@ bool DicomFileDataStream::WriteRaw(const void* data, std::uint64_t size) {
     return true;
 }
 
-bool DicomFileDataStream::WriteRegion(const FileRegion& region) {
+bool DicomFileDataStream::WriteRegion(const FileRegion& region, Portability::Sha256* digest) {
     if (!Flush()) return false;
     const bool bigEndian = Encoding() == StreamEncoding::ExplicitBigEndian;
     const bool swap = region.bigEndian != bigEndian && region.unitSize > 1;
-    if (!CopyRegionToFile(region, *writer_, swap)) return false;
+    if (!CopyRegionToFile(region, *writer_, swap, digest)) return false;
     position_ += region.length;
     return true;
 }

@@ -45,7 +45,7 @@ public:
     std::uint64_t Position() const override { return position_; }
     std::uint64_t Size() const override;
     std::shared_ptr<const Portability::OpenFile> ValueSource() const override { return source_; }
-    bool WriteRegion(const FileRegion& region) override;
+    bool WriteRegion(const FileRegion& region, Portability::Sha256* digest) override;
     // Inflates into an unnamed temporary file, which values left in the file then refer to.
     bool InflateRemainder() override;
 

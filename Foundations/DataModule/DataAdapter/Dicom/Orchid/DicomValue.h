@@ -11,6 +11,12 @@
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
+// The SHA-256 of the value marked for digest, written in its place as 64 lower-case hexadecimal
+// characters by the stream that wrote the marked value before it.
+struct DigestOfMarkedValue {
+    static constexpr std::uint64_t kSize = 64;
+};
+
 // Owns an element's value. Memory bytes are in little-endian unit order; a file region keeps the
 // byte order of its source and is loaded or copied only when asked.
 class DicomValue {
@@ -24,6 +30,8 @@ public:
     // written from the record that holds it rather than from a copy. Only memory buffers: the
     // value of a file-region buffer reads as empty.
     explicit DicomValue(ByteBuffer shared) : holder_(std::move(shared)) {}
+    // The digest of the marked value, known only once that value is written.
+    explicit DicomValue(DigestOfMarkedValue digest) : holder_(digest) {}
 
     // True when there is no value (skipped, or never set).
     bool IsAbsent() const noexcept { return std::holds_alternative<std::monostate>(holder_); }
@@ -45,12 +53,22 @@ public:
     // Replace the value with a file region.
     void SetRegion(FileRegion region) { holder_ = std::move(region); }
     // Drop the value.
-    void Reset() noexcept { holder_ = std::monostate{}; }
+    void Reset() noexcept {
+        holder_ = std::monostate{};
+        digested_ = false;
+    }
+    // Have the writer hash this value's bytes as written, for a later DigestOfMarkedValue.
+    void MarkForDigest() noexcept { digested_ = true; }
+    // True when the writer hashes this value.
+    bool IsMarkedForDigest() const noexcept { return digested_; }
+    // True for the placeholder of a digest.
+    bool IsDigestOfMarked() const noexcept { return std::holds_alternative<DigestOfMarkedValue>(holder_); }
     // Copy the value's bytes into out (loading a region); false when a region cannot be read.
     bool Load(std::vector<std::uint8_t>& out) const;
 
 private:
-    std::variant<std::monostate, std::vector<std::uint8_t>, FileRegion, ByteBuffer> holder_;
+    std::variant<std::monostate, std::vector<std::uint8_t>, FileRegion, ByteBuffer, DigestOfMarkedValue> holder_;
+    bool digested_ = false;
 };
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Sha256.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 namespace {
@@ -25,15 +26,23 @@ bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
     return true;
 }
 
-bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits) {
+bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits,
+                      Portability::Sha256* digest) {
     if (!region.IsInsideFile()) return false;
-    if (!swapUnits) return out.CopyFrom(region.file->Descriptor(), region.offset, region.length);
+    if (!swapUnits) {
+        if (!out.CopyFrom(region.file->Descriptor(), region.offset, region.length, digest)) return false;
+        // A source written to while it was copied gives a mixture of old and new bytes.
+        if (region.file->Unchanged()) return true;
+        LV_TRACE("Module DicomDataStream", "%s changed while it was copied", region.file->Path().c_str());
+        return false;
+    }
     // Chunks are a multiple of every unit size, so swapping never splits a unit.
     std::vector<std::uint8_t> chunk(static_cast<std::size_t>(std::min(region.length, kCopyChunk)));
     for (std::uint64_t done = 0; done < region.length;) {
         const std::uint64_t size = std::min<std::uint64_t>(region.length - done, chunk.size());
         if (!region.file->ReadAt(chunk.data(), size, region.offset + done)) return false;
         SwapUnitsInPlace(chunk.data(), size, region.unitSize);
+        if (digest) digest->Update(chunk.data(), static_cast<std::size_t>(size));
         if (!out.Write(chunk.data(), static_cast<std::size_t>(size))) {
             LV_TRACE("Module DicomDataStream", "Write failed while copying %llu bytes from %s",
                      static_cast<unsigned long long>(region.length), region.file->Path().c_str());

@@ -20,8 +20,10 @@ struct FileRegion : DataModule::FileRegion {
 bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out);
 
 // Append the region's bytes to out, swapping units when swapUnits is set: copied file to file
-// when no swap is needed, through a chunk buffer otherwise.
-bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits);
+// when no swap is needed, through a chunk buffer otherwise. With a digest, the bytes as they went
+// to out are fed to it. False too when the region's file changed while it was copied.
+bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits,
+                      Portability::Sha256* digest = nullptr);
 
 // Reverse the bytes of each unit of unitSize bytes in data (size a multiple of the unit).
 void SwapUnitsInPlace(std::uint8_t* data, std::uint64_t size, unsigned unitSize) noexcept;

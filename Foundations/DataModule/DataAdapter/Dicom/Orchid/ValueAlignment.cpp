@@ -32,7 +32,7 @@ public:
         position_ += size;
         return true;
     }
-    bool WriteRegion(const FileRegion& region) override {
+    bool WriteRegion(const FileRegion& region, Portability::Sha256*) override {
         if (!found_ && region.length >= minimum_) {
             found_ = position_;
             length_ = region.length;

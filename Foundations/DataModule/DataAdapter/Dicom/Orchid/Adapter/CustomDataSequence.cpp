@@ -2,6 +2,7 @@
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/OrchidDataElementCodec.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/UnknownSequence.h"
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Utf8Path.h"
 
@@ -58,7 +59,11 @@ std::uint64_t ValueLength(const CustomDataValue& value) {
     return std::get<ByteBuffer>(value).Length();
 }
 
-bool AppendItem(dcm::DicomDataSetSequenceElement& sequence, const std::string& key, const CustomDataValue& value) {
+// What an item's value is to the digests of the store.
+enum class DigestRole { none, digested, digest };
+
+bool AppendItem(dcm::DicomDataSetSequenceElement& sequence, const std::string& key, const CustomDataValue& value,
+                DigestRole role) {
     const std::uint64_t length = ValueLength(value);
     if (dcm::EvenLength(length) > kMaxDicomValueLength) {
         LV_TRACE(kModule, "Custom data value \"%s\" of %llu bytes exceeds a DICOM length", key.c_str(),
@@ -70,6 +75,8 @@ bool AppendItem(dcm::DicomDataSetSequenceElement& sequence, const std::string& k
     dcm::OrchidDataElementCodec(keyElement.get()).StoreCharacters(key);
     auto valueElement = MakeValueElement(value);
     if (!valueElement) return false;
+    if (role == DigestRole::digested) valueElement->value.MarkForDigest();
+    if (role == DigestRole::digest) valueElement->value = dcm::DicomValue(dcm::DigestOfMarkedValue{});
     dcm::DicomDataSet& item = sequence.AppendItem();
     item.Insert(MakePrivateCreatorElement());
     item.Insert(std::move(keyElement));
@@ -141,8 +148,22 @@ bool InsertCustomData(dcm::DicomDataSet& dataSet, const CustomDataStore& store) 
     if (store.IsEmpty()) return true;
     auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(kPrivateGroup,
                                                                        dcm::TagElement(PrivateTag(kOurBlock, kSequenceOffset)));
+    // One digest at most: the writer keeps the digest of the last value it was told to hash.
+    const std::string* digested = nullptr;
     for (const auto& [key, value] : store) {
-        if (!AppendItem(*sequence, key, value)) return false;
+        if (const std::string* source = store.DigestSource(key)) {
+            if (digested != nullptr || *source >= key || !store.Contains(*source)) {
+                LV_TRACE(kModule, "Custom data digest \"%s\" cannot follow \"%s\"", key.c_str(), source->c_str());
+                return false;
+            }
+            digested = source;
+        }
+    }
+    for (const auto& [key, value] : store) {
+        const DigestRole role = store.DigestSource(key) ? DigestRole::digest
+                                : (digested && *digested == key) ? DigestRole::digested
+                                                                 : DigestRole::none;
+        if (!AppendItem(*sequence, key, value, role)) return false;
     }
     if (sequence->ContentSize(dcm::StreamEncoding::ExplicitLittleEndian) > kMaxDicomValueLength) {
         LV_TRACE(kModule, "%s", "Custom data too long for a DICOM sequence length");
@@ -155,8 +176,17 @@ bool InsertCustomData(dcm::DicomDataSet& dataSet, const CustomDataStore& store) 
 bool ReadCustomData(const dcm::DicomDataSet& dataSet, const CustomDataReadRules& rules, CustomDataStore& store) {
     std::uint16_t block = 0;
     if (!FindOurBlock(dataSet, block)) return false;
-    const auto* sequence =
-        dynamic_cast<const dcm::DicomDataSetSequenceElement*>(dataSet.Find(PrivateTag(block, kSequenceOffset)));
+    const dcm::DicomDataSetElement* node = dataSet.Find(PrivateTag(block, kSequenceOffset));
+    const auto* sequence = dynamic_cast<const dcm::DicomDataSetSequenceElement*>(node);
+    // Re-encoded without our dictionary, the sequence arrives as a UN value holding its items.
+    std::unique_ptr<dcm::DicomDataSetSequenceElement> parsed;
+    if (sequence == nullptr && node != nullptr && node->kind == dcm::DicomElementKind::Element) {
+        dcm::DicomReadOptions options;
+        options.keepInFileAbove = rules.loadAtMost;
+        dcm::DicomReadResult result;
+        parsed = dcm::ReadValueAsSequence(*node, options, result);
+        sequence = parsed.get();
+    }
     if (sequence == nullptr) return false;
     bool ended = false;
     for (const auto& item : sequence->Items()) {
