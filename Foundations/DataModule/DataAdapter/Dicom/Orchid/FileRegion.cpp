@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Progress.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 namespace {
 
 constexpr std::uint64_t kCopyChunk = 1u << 20;
+constexpr std::uint64_t kCopyStep = 64u << 20;
 
 }  // namespace
 
@@ -27,7 +29,17 @@ bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
 
 bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits) {
     if (!region.IsInsideFile()) return false;
-    if (!swapUnits) return out.CopyFrom(region.file->Descriptor(), region.offset, region.length);
+    if (!swapUnits) {
+        // In steps, each reported as progress; a step is a multiple of the block size, so that a
+        // clone of the whole region stays possible step by step.
+        for (std::uint64_t done = 0; done < region.length;) {
+            const std::uint64_t size = std::min(region.length - done, kCopyStep);
+            if (!out.CopyFrom(region.file->Descriptor(), region.offset + done, size)) return false;
+            done += size;
+            Portability::ReportProgress(size);
+        }
+        return true;
+    }
     // Chunks are a multiple of every unit size, so swapping never splits a unit.
     std::vector<std::uint8_t> chunk(static_cast<std::size_t>(std::min(region.length, kCopyChunk)));
     for (std::uint64_t done = 0; done < region.length;) {
@@ -40,6 +52,7 @@ bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& o
             return false;
         }
         done += size;
+        Portability::ReportProgress(size);
     }
     return true;
 }
