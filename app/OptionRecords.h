@@ -25,14 +25,15 @@ struct IdentifierFields {
 };
 
 struct PackRecord {
-    boost::filesystem::path input;
+    boost::filesystem::path input;  // "-": the standard input
+    std::optional<std::string> name;  // --name: the original name to store, UTF-8
     std::string metadata;  // a path or the XML text itself, UTF-8
     IdentifierFields identifier;
     std::vector<ReferenceRecord> references;
     std::optional<std::string> modality;
     Lumivale::DataModule::OutputEncoding::Enum encoding = Lumivale::DataModule::OutputEncoding::unknown;
     std::optional<boost::filesystem::path> thumbnail;
-    boost::filesystem::path output;  // always resolved
+    boost::filesystem::path output;  // always resolved; "-": the standard output
     bool force = false;
     bool hackforbmpacs = false;
 };
@@ -56,8 +57,12 @@ struct UnpackRecord {
     bool force = false;
 };
 
+// What info prints: the XML document, or one JSON object.
+enum class InfoFormat { xml, json };
+
 struct InfoRecord {
     boost::filesystem::path input;
+    InfoFormat format = InfoFormat::xml;
 };
 
 }  // namespace Dicapsule

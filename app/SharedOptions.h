@@ -16,5 +16,7 @@ const LibCommon::OptionGroup& Identifier();       // --Identifier, -I
 const LibCommon::OptionGroup& Reference();        // --reference, -r (repeatable)
 const LibCommon::OptionGroup& Modality();         // --Modality, -M
 const LibCommon::OptionGroup& Thumbnail();        // --thumbnail, -t
+const LibCommon::OptionGroup& Name();             // --name (pack)
+const LibCommon::OptionGroup& Format();           // --format (info)
 
 }  // namespace Dicapsule::Options

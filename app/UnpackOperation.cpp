@@ -1,12 +1,18 @@
 #include "app/Operations.h"
 #include "app/Payload.h"
+#include "app/ProgressLine.h"
 #include "app/QuotedPath.h"
+#include "app/StreamArguments.h"
 #include "app/UnpackOutputName.h"
 #include "Portability/Misc/AtomicFileWriter.h"
+#include "Portability/Misc/Progress.h"
 
 #include <boost/filesystem/operations.hpp>
 
+#include <algorithm>
+#include <cstdint>
 #include <stdexcept>
+#include <variant>
 
 namespace Dicapsule {
 
@@ -31,7 +37,16 @@ std::string ReadFailure(PayloadReadResult result, const std::string& input) {
 // Copy the content into the writer: straight from the packed file when it stayed there.
 bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::AtomicFileWriter& writer) {
     if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
-        return region->IsInsideFile() && writer.CopyFrom(region->file->Descriptor(), region->offset, region->length);
+        if (!region->IsInsideFile()) return false;
+        // In steps reported as progress, each a multiple of the block size so that a clone stays possible.
+        constexpr std::uint64_t kStep = 64u << 20;
+        for (std::uint64_t done = 0; done < region->length;) {
+            const std::uint64_t size = std::min(region->length - done, kStep);
+            if (!writer.CopyFrom(region->file->Descriptor(), region->offset + done, size)) return false;
+            done += size;
+            Portability::ReportProgress(size);
+        }
+        return true;
     }
     const auto bytes = content.MemoryBytes();
     return writer.Write(bytes.data(), bytes.size());
@@ -41,11 +56,25 @@ bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::
 
 void unpack(const UnpackRecord& record) {
     const std::string input = record.input.string();
+    ProgressLine progress;  // a piped input first, of a size not known until its end
+    Portability::InputFile file;
     PayloadFacts facts;
-    const PayloadReadResult result = read_payload(input, true, facts);
+    const PayloadReadResult result = OpenInput(record.input, file, UINT64_MAX) == Portability::InputFile::Status::opened
+                                         ? read_payload(file.File(), true, facts)
+                                         : PayloadReadResult::load_failed;
     if (result != PayloadReadResult::success) throw std::runtime_error(ReadFailure(result, input));
+    progress.Restart(facts.content.Length());
 
-    const fs::path output = ResolveUnpackOutput(record.target, record.input, facts.name);
+    if (const auto* explicitFile = std::get_if<OutputFile>(&record.target);
+        explicitFile && IsStandardStream(explicitFile->path)) {
+        if (!WriteStandardOutput(facts.content)) {
+            throw std::runtime_error("Could not write to the standard output.");
+        }
+        return;
+    }
+    // The standard input has no name of its own: a derived output is named as if it were "stdin".
+    const fs::path naming = IsStandardStream(record.input) ? fs::path(std::string(kStandardInputName)) : record.input;
+    const fs::path output = ResolveUnpackOutput(record.target, naming, facts.name);
     const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
     boost::system::error_code error;
     const fs::file_type type = fs::status(output, error).type();
