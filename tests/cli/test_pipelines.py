@@ -11,7 +11,7 @@ import time
 import pydicom
 import pytest
 
-from conftest import METADATA, PAYLOAD, RUNNER, edition
+from conftest import METADATA, PAYLOAD, RUNNER, WINDOWS, edition
 
 PYDICOM_DATA = pathlib.Path(pydicom.__file__).parent / "data"
 MR_SMALL = str(PYDICOM_DATA / "test_files/MR_small.dcm")
@@ -66,6 +66,14 @@ def test_standard_streams(run, tmp_path, packed, args, stdin, written, name, out
         assert run("unpack", "-i", written, "-o", "-").raw_out == PAYLOAD
     elif written:
         assert (tmp_path / written).read_bytes() == PAYLOAD
+
+
+@pytest.mark.skipif(WINDOWS, reason="/dev/stdin is a Linux path")
+@pytest.mark.parametrize("operation,options", [("unpack", ["-o", "-"]), ("info", ["--format", "json"])])
+def test_dev_stdin_reads_like_the_dash(run, packed, operation, options):
+    dash = run(operation, "-i", "-", *options, stdin=packed)
+    device = run(operation, "-i", "/dev/stdin", *options, stdin=packed)
+    assert (device.status, device.err, device.raw_out) == (0, "", dash.raw_out)
 
 
 def test_pack_to_standard_output_writes_the_file_it_would_write(run, tmp_path):
