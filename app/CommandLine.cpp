@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "app/OperationPolicies.h"
+#include "app/Version.h"
 #include "cmdline/HelpWords.h"
 #include "cmdline/ProgramName.h"
 #include "cmdline/UsageError.h"
@@ -9,6 +10,7 @@
 #include <exception>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 namespace Dicapsule {
 
@@ -19,6 +21,10 @@ using GeneralUsageError =
 
 void RunCommandLine(int argc, const char* const argv[]) {
     if (argc < 2) throw GeneralUsageError("The operation is missing.");
+    if (std::string_view(argv[1]) == "--version") {
+        std::cout << "dicapsule " << kProductVersion << "\n";
+        return;
+    }
     if (LibCommon::IsHelpWord(argv[1])) {
         std::cout << LibCommandLineOperation::Detail::general_usage<PackOperation, InfoOperation, UnpackOperation>(
             LibCommon::ProgramName(argv[0]));

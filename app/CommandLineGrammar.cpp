@@ -50,9 +50,16 @@ std::vector<ReferenceRecord> ParseReferenceOptions(const std::vector<std::string
 }
 
 OutputEncoding::Enum ParseEncodingOption(const std::string& value) {
-    const OutputEncoding::Enum encoding = Lumivale::DataModule::OutputEncodingFromWord(value);
+    OutputEncoding::Enum encoding = Lumivale::DataModule::OutputEncodingFromWord(value);
+    if (encoding == OutputEncoding::unknown) encoding = Lumivale::DataModule::OutputEncodingFromTerm(value);
     if (encoding == OutputEncoding::unknown) throw UsageError("\"" + value + "\" is not a valid encoding.");
     return encoding;
+}
+
+InfoFormat ParseFormatOption(const std::string& value) {
+    if (value == "xml") return InfoFormat::xml;
+    if (value == "json") return InfoFormat::json;
+    throw UsageError("\"" + value + "\" is not a valid format.");
 }
 
 std::string TextFromUtf8(const std::string& utf8) {

@@ -19,8 +19,12 @@ IdentifierFields ParseIdentifier(const std::string& value);
 // Every --reference occurrence, in command-line order; the first malformed one is reported.
 std::vector<ReferenceRecord> ParseReferenceOptions(const std::vector<std::string>& values);
 
-// --encoding word; "unknown" and unrecognised words are rejected.
+// --encoding word, or the Specific Character Set term of an encoding; "unknown" and anything
+// unrecognised are rejected.
 Lumivale::DataModule::OutputEncoding::Enum ParseEncodingOption(const std::string& value);
+
+// --format of info: "xml" or "json"; anything else is rejected.
+InfoFormat ParseFormatOption(const std::string& value);
 
 // A text given on the command line, unchanged. Throws "Cannot decode UTF-8 string." when malformed.
 std::string TextFromUtf8(const std::string& utf8);

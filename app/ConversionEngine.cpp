@@ -14,6 +14,7 @@
 #include "Foundations/DataModule/metadata/MetadataReader.h"
 #include "Foundations/LVCodec/module/ThumbnailIcon.h"
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/StandardStreams.h"
 #include "Portability/Misc/Utf8Path.h"
 
 #include <utility>
@@ -126,9 +127,16 @@ ConversionResult convert(const ConversionRequest& request) {
     rows.equipment->software_versions.Set(0u, dm::FromUtf8(request.product_name + " " + request.product_version));
     ChooseCharacterSet(request.encoding, rows, *instance);
 
-    store_payload(instance->custom_data, request.content, request.original_name, request.command_line,
-                  request.references, request.digest);
-    for (const ReferenceRecord& reference : request.references) {
+    // Without --reference, a DICOM source is itself the instance the new one refers to.
+    std::vector<ReferenceRecord> references = request.references;
+    if (references.empty() && rows.source_instance) {
+        const dm::SourceInstanceUids& source = *rows.source_instance;
+        references.push_back({source.study_instance_uid, source.series_instance_uid, source.sop_instance_uid,
+                              source.sop_class_uid});
+    }
+    store_payload(instance->custom_data, request.content, request.original_name, request.command_line, references,
+                  request.digest);
+    for (const ReferenceRecord& reference : references) {
         instance->referenced_instances.push_back({reference.sop_class_uid, reference.sop_instance_uid});
     }
     if (request.thumbnail) {
@@ -139,6 +147,10 @@ ConversionResult convert(const ConversionRequest& request) {
     CompleteIdentifiers(rows);
     dm::DataAdapterModule::DicomFileDataAdapter adapter;
     const auto existing = request.replace_existing ? Portability::ExistingTarget::replace : Portability::ExistingTarget::refuse;
+    if (request.to_standard_output) {
+        const auto sink = [](const void* data, std::size_t size) { return Portability::WriteStandardOutput(data, size); };
+        return adapter.Write(set, *instance, sink) ? ConversionResult::written : ConversionResult::output_not_written;
+    }
     if (!adapter.Write(set, *instance, Portability::PathFromUtf8(request.output), existing)) return ConversionResult::output_not_written;
     return ConversionResult::written;
 }

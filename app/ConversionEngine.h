@@ -28,6 +28,7 @@ struct ConversionRequest {
     std::optional<std::string> thumbnail;  // UTF-8 path
     bool hackforbmpacs = false;
     std::string output;  // UTF-8 path
+    bool to_standard_output = false;  // write the file to the standard output instead of output
     bool replace_existing = false;  // --force: take the place of whatever is at output
     bool digest = true;             // record the SHA-256 of the content as written
 };

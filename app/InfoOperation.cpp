@@ -1,8 +1,11 @@
 #include "app/InfoDocument.h"
+#include "app/InfoJson.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
 #include "app/QuotedPath.h"
+#include "app/StreamArguments.h"
 
+#include <cstdint>
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
@@ -11,8 +14,12 @@ namespace Dicapsule {
 
 void info(const InfoRecord& record) {
     const std::string input = record.input.string();
+    Portability::InputFile file;
     PayloadFacts facts;
-    switch (read_payload(input, false, facts)) {
+    const PayloadReadResult result = OpenInput(record.input, file, UINT64_MAX) == Portability::InputFile::Status::opened
+                                         ? read_payload(file.File(), false, facts)
+                                         : PayloadReadResult::load_failed;
+    switch (result) {
         case PayloadReadResult::success:
             break;
         case PayloadReadResult::load_failed:
@@ -26,7 +33,11 @@ void info(const InfoRecord& record) {
         default:
             throw std::runtime_error("Could not get the info of the input file " + QuotedPath(input) + ".");
     }
-    WriteInfoDocument(std::cout, facts);
+    if (record.format == InfoFormat::json) {
+        WriteInfoJson(std::cout, facts);
+    } else {
+        WriteInfoDocument(std::cout, facts);
+    }
 }
 
 }  // namespace Dicapsule

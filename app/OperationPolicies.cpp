@@ -3,6 +3,7 @@
 #include "app/CommandLineGrammar.h"
 #include "app/Operations.h"
 #include "app/SharedOptions.h"
+#include "app/StreamArguments.h"
 #include "cmdline/UsageError.h"
 
 #include <optional>
@@ -36,7 +37,7 @@ boost::filesystem::path RequiredInput(const po::variables_map& values) {
 std::vector<LibCommon::OptionGroup> PackOperationPolicy::describe() {
     return {Options::Input(),         Options::Metadata(),   Options::PackOutput(), Options::Encoding(),
             Options::Force(),         Options::HackForBmPacs(), Options::Identifier(), Options::Reference(),
-            Options::Modality(),      Options::Thumbnail(),     Options::NoDigest()};
+            Options::Modality(),      Options::Thumbnail(),     Options::Name(),      Options::NoDigest()};
 }
 
 PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
@@ -52,8 +53,12 @@ PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
         record.references = ParseReferenceOptions(values["reference"].as<std::vector<std::string>>());
     }
     record.input = RequiredInput(values);
+    if (const auto name = OptionalText(values, "name")) record.name = TextFromUtf8(*name);
     if (const auto identifier = OptionalText(values, "Identifier")) record.identifier = ParseIdentifier(*identifier);
-    record.output = ResolvePackOutput(OptionalText(values, "output"), values["Output"].as<std::string>(), record.input);
+    // The standard input has no name of its own: a derived output is named after the stored name.
+    const boost::filesystem::path naming =
+        IsStandardStream(record.input) ? PathFromUtf8(record.name.value_or(std::string(kStandardInputName))) : record.input;
+    record.output = ResolvePackOutput(OptionalText(values, "output"), values["Output"].as<std::string>(), naming);
 
     record.hackforbmpacs = SwitchSet(values, "hackforbmpacs");
     if (record.hackforbmpacs && !record.thumbnail) {
@@ -70,10 +75,12 @@ void PackOperationPolicy::execute(int argc, const char* const argv[], const Pack
     pack(argc, argv, record);
 }
 
-std::vector<LibCommon::OptionGroup> InfoOperationPolicy::describe() { return {Options::Input()}; }
+std::vector<LibCommon::OptionGroup> InfoOperationPolicy::describe() { return {Options::Input(), Options::Format()}; }
 
 InfoRecord InfoOperationPolicy::make_record(const po::variables_map& values) {
-    return InfoRecord{RequiredInput(values)};
+    InfoRecord record{RequiredInput(values)};
+    record.format = ParseFormatOption(values["format"].as<std::string>());
+    return record;
 }
 
 void InfoOperationPolicy::execute(int, const char* const[], const InfoRecord& record) { info(record); }

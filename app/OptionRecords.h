@@ -25,14 +25,15 @@ struct IdentifierFields {
 };
 
 struct PackRecord {
-    boost::filesystem::path input;
+    boost::filesystem::path input;  // "-": the standard input
+    std::optional<std::string> name;  // --name: the original name to store, UTF-8
     std::string metadata;  // a path or the XML text itself, UTF-8
     IdentifierFields identifier;
     std::vector<ReferenceRecord> references;
     std::optional<std::string> modality;
     Lumivale::DataModule::OutputEncoding::Enum encoding = Lumivale::DataModule::OutputEncoding::unknown;
     std::optional<boost::filesystem::path> thumbnail;
-    boost::filesystem::path output;  // always resolved
+    boost::filesystem::path output;  // always resolved; "-": the standard output
     bool force = false;
     bool hackforbmpacs = false;
     bool digest = true;  // record the payload's SHA-256 (off with --no-digest)
@@ -58,8 +59,12 @@ struct UnpackRecord {
     bool verify = true;  // check the payload against its recorded digest (off with --no-verify)
 };
 
+// What info prints: the XML document, or one JSON object.
+enum class InfoFormat { xml, json };
+
 struct InfoRecord {
     boost::filesystem::path input;
+    InfoFormat format = InfoFormat::xml;
 };
 
 }  // namespace Dicapsule

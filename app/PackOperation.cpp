@@ -1,9 +1,13 @@
 #include "app/ConversionEngine.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
+#include "app/ProgressLine.h"
 #include "app/QuotedPath.h"
+#include "app/StreamArguments.h"
+#include "app/Version.h"
 #include "Foundations/DataModule/Common/TextUtils.h"
 #include "Foundations/DataModule/Enumerations/Modality.h"
+#include "Foundations/DataModule/Uid/OrganisationUidRoot.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
 #include "Portability/Misc/InputFile.h"
 #include "Portability/Misc/Utf8Path.h"
@@ -20,7 +24,6 @@ namespace Dicapsule {
 namespace {
 
 constexpr const char* kProductName = "Dicapsule";
-constexpr const char* kProductVersion = "2.0.10";
 
 namespace fs = boost::filesystem;
 
@@ -43,7 +46,7 @@ std::string MissingDirectoryNote(const fs::path& output) {
 // The input opened for the whole run, so that a missing or unreadable input fails here, before
 // the metadata and thumbnail are loaded; the payload then travels as a region of it.
 Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input, Portability::InputFile& file) {
-    switch (file.Open(input.string(), kMaxPayloadBytes)) {
+    switch (OpenInput(input, file, kMaxPayloadBytes)) {
         case Portability::InputFile::Status::opened:
             break;
         case Portability::InputFile::Status::too_large:
@@ -107,18 +110,38 @@ std::string AlreadyExists(const fs::path& output) {
     return QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
 }
 
+// A site's own UID root, taken before anything is read or written.
+void TakeUidRoot() {
+    std::string refused;
+    if (!Lumivale::DataModule::TakeUidRootFromEnvironment(refused)) {
+        throw std::runtime_error("The UID root " + QuotedPath(refused) + " in " +
+                                 Lumivale::DataModule::kUidRootVariable + " is not valid.");
+    }
+}
+
+// The name stored for the payload: --name, else the input's file name ("stdin" for the standard input).
+std::string OriginalName(const PackRecord& record) {
+    if (record.name) return *record.name;
+    if (IsStandardStream(record.input)) return std::string(kStandardInputName);
+    return record.input.filename().string();
+}
+
 }  // namespace
 
 void pack(int argc, const char* const argv[], const PackRecord& record) {
-    if (!record.force && Exists(record.output)) throw std::runtime_error(AlreadyExists(record.output));
+    TakeUidRoot();
+    const bool toStandardOutput = IsStandardStream(record.output);
+    if (!toStandardOutput && !record.force && Exists(record.output)) throw std::runtime_error(AlreadyExists(record.output));
     RequireValidUids(record.identifier, record.references);
     RequireKnownModality(record.modality);
 
+    ProgressLine progress;  // a piped input first, of a size not known until its end
     Portability::InputFile input;
     ConversionRequest request;
     request.content = OpenPayload(record.input, input);
+    progress.Restart(input.Size());
     request.command_line = RecordCommandLine(argc, argv);
-    request.original_name = record.input.filename().string();
+    request.original_name = OriginalName(record);
     request.references = record.references;
     request.metadata = record.metadata;
     request.identifier = record.identifier;
@@ -129,6 +152,7 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     if (record.thumbnail) request.thumbnail = record.thumbnail->string();
     request.hackforbmpacs = record.hackforbmpacs;
     request.output = record.output.string();
+    request.to_standard_output = toStandardOutput;
     request.replace_existing = record.force;
     request.digest = record.digest;
 
@@ -140,7 +164,8 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     }
     // Without --force the write refuses whatever took the name since the check above (a dangling
     // symbolic link included, which that check follows and cannot see).
-    if (result == ConversionResult::output_not_written && !record.force && Exists(record.output, false)) {
+    if (result == ConversionResult::output_not_written && !toStandardOutput && !record.force &&
+        Exists(record.output, false)) {
         throw std::runtime_error(AlreadyExists(record.output));
     }
     if (result != ConversionResult::written) throw std::runtime_error(ResultMessage(result, request));

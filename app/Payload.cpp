@@ -3,7 +3,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
-#include "Portability/Misc/Utf8Path.h"
+#include "Foundations/DataModule/Rows/RowAttributes.h"
 
 #include <cstdint>
 #include <variant>
@@ -90,17 +90,56 @@ PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content
 
 namespace Dicapsule {
 
+namespace {
+
+namespace dm = Lumivale::DataModule;
+
+// A named attribute of a row as DICOM text; empty when the row or the value is missing.
+std::string AttributeText(dm::RowKind kind, const dm::DataRow* row, std::string_view keyword) {
+    if (row == nullptr) return {};
+    for (const dm::RowAttribute& attribute : dm::RowAttributesOf(kind)) {
+        if (attribute.keyword == keyword) return attribute.get(*row).value_or(std::string());
+    }
+    return {};
+}
+
+PackedInstance DescribeInstance(const dm::PatientDataSet& set, const dm::InstanceDataRow& instance) {
+    const dm::SeriesDataRow* series = set.SeriesOf(instance);
+    const dm::StudyDataRow* study = series ? set.StudyOf(*series) : nullptr;
+    const dm::PatientDataRow* patient = study ? set.PatientOf(*study) : nullptr;
+    PackedInstance described;
+    described.sop_class_uid = instance.sop_class.IsEmpty() ? std::string() : instance.sop_class.Term();
+    described.sop_instance_uid = instance.sop_instance_uid.ValueOr({});
+    described.study_instance_uid = study ? study->study_instance_uid.ValueOr({}) : std::string();
+    described.series_instance_uid = series ? series->series_instance_uid.ValueOr({}) : std::string();
+    described.patient_id = AttributeText(dm::RowKind::Patient, patient, "PatientID");
+    described.patient_name = AttributeText(dm::RowKind::Patient, patient, "PatientName");
+    described.transfer_syntax_uid = instance.transfer_syntax.IsEmpty() ? std::string() : instance.transfer_syntax.Term();
+    return described;
+}
+
+}  // namespace
+
 PayloadReadResult read_payload(const std::string& path, bool want_content, PayloadFacts& facts) {
-    namespace adapter = Lumivale::DataModule::DataAdapterModule;
+    const std::shared_ptr<const Portability::OpenFile> file = Portability::OpenFile::Open(path);
+    if (!file) return PayloadReadResult::load_failed;
+    return read_payload(file, want_content, facts);
+}
+
+PayloadReadResult read_payload(const std::shared_ptr<const Portability::OpenFile>& file, bool want_content,
+                               PayloadFacts& facts) {
+    namespace adapter = dm::DataAdapterModule;
     adapter::DicomFileReadOptions options;
     if (!want_content) options.unwantedCustomDataKeys.insert(std::string(kPackedFileContentKey));
 
-    Lumivale::DataModule::PatientDataSet set;
-    Lumivale::DataModule::InstanceDataRow* instance = nullptr;
-    if (!adapter::DicomFileDataAdapter().Read(Portability::PathFromUtf8(path), set, options, instance)) return PayloadReadResult::load_failed;
-    const auto* raw = dynamic_cast<const Lumivale::DataModule::RawDataDataRow*>(instance);
+    dm::PatientDataSet set;
+    dm::InstanceDataRow* instance = nullptr;
+    if (!adapter::ReadDicomFileIntoRows(file, set, options, instance)) return PayloadReadResult::load_failed;
+    const auto* raw = dynamic_cast<const dm::RawDataDataRow*>(instance);
     if (raw == nullptr) return PayloadReadResult::not_packed;
-    return ExtractPayload(raw->custom_data, want_content, facts);
+    const PayloadReadResult result = ExtractPayload(raw->custom_data, want_content, facts);
+    if (result == PayloadReadResult::success) facts.instance = DescribeInstance(set, *raw);
+    return result;
 }
 
 }  // namespace Dicapsule

@@ -5,8 +5,10 @@
 #include "app/ReferenceRecord.h"
 #include "Foundations/DataModule/Rows/CustomDataStore.h"
 #include "Foundations/DataModule/Values/ByteBuffer.h"
+#include "Portability/Misc/OpenFile.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +27,18 @@ inline constexpr std::string_view kInstanceReferencesKey = "Dicapsule.InstanceRe
 // custom data items (name, command line, references) and the element headers.
 inline constexpr std::uint64_t kMaxPayloadBytes = 0xFFFFFFFEull - (16ull << 20);
 
+// The attributes that say which instance a packed file is, as UTF-8 DICOM text (empty when the
+// file does not hold one).
+struct PackedInstance {
+    std::string sop_class_uid;
+    std::string sop_instance_uid;
+    std::string study_instance_uid;
+    std::string series_instance_uid;
+    std::string patient_id;
+    std::string patient_name;
+    std::string transfer_syntax_uid;
+};
+
 // What a packed file says about its payload.
 struct PayloadFacts {
     std::string name;                         // original file name, UTF-8
@@ -33,6 +47,7 @@ struct PayloadFacts {
     Lumivale::DataModule::ByteBuffer content;  // the wrapped bytes (often a region of the packed file)
     std::uint64_t size = 0;                   // the content's length in bytes (known without the content)
     std::string sha256;                       // the recorded digest, as stored; empty when none
+    PackedInstance instance;                  // filled by read_payload
 };
 
 // Outcomes of reading a payload.
@@ -59,5 +74,9 @@ PayloadReadResult ExtractPayload(const Lumivale::DataModule::CustomDataStore& st
 // Load a packed file (UTF-8 path) and extract its payload. Without want_content the content value
 // is never read from the file.
 PayloadReadResult read_payload(const std::string& path, bool want_content, PayloadFacts& facts);
+
+// The same for a packed file already open (the copy of a piped input, for one).
+PayloadReadResult read_payload(const std::shared_ptr<const Portability::OpenFile>& file, bool want_content,
+                               PayloadFacts& facts);
 
 }  // namespace Dicapsule

@@ -165,4 +165,19 @@ const LibCommon::OptionGroup& Thumbnail() {
     return group;
 }
 
+const LibCommon::OptionGroup& Name() {
+    static const LibCommon::OptionGroup group{Text(
+        "name",
+        "Original file name stored with the packed file, in place of the input file's name (\"stdin\" "
+        "when the input is the standard input).")};
+    return group;
+}
+
+const LibCommon::OptionGroup& Format() {
+    static const LibCommon::OptionGroup group{boost::make_shared<po::option_description>(
+        "format", po::value<std::string>()->default_value("xml"),
+        "Output format: \"xml\" (an XML document) or \"json\" (one JSON object).")};
+    return group;
+}
+
 }  // namespace Dicapsule::Options

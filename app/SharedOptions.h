@@ -18,5 +18,7 @@ const LibCommon::OptionGroup& Modality();         // --Modality, -M
 const LibCommon::OptionGroup& Thumbnail();        // --thumbnail, -t
 const LibCommon::OptionGroup& NoDigest();         // --no-digest (pack)
 const LibCommon::OptionGroup& NoVerify();         // --no-verify (unpack)
+const LibCommon::OptionGroup& Name();             // --name (pack)
+const LibCommon::OptionGroup& Format();           // --format (info)
 
 }  // namespace Dicapsule::Options

@@ -1,13 +1,18 @@
 #include "app/Operations.h"
 #include "app/Payload.h"
+#include "app/ProgressLine.h"
 #include "app/QuotedPath.h"
+#include "app/StreamArguments.h"
 #include "app/UnpackOutputName.h"
 #include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/Sha256.h"
 
 #include <boost/filesystem/operations.hpp>
 
+#include <algorithm>
+#include <cstdint>
 #include <stdexcept>
+#include <variant>
 
 namespace Dicapsule {
 
@@ -53,11 +58,25 @@ bool Matches(Portability::Sha256& digest, const std::string& recorded) {
 
 void unpack(const UnpackRecord& record) {
     const std::string input = record.input.string();
+    ProgressLine progress;  // a piped input first, of a size not known until its end
+    Portability::InputFile file;
     PayloadFacts facts;
-    const PayloadReadResult result = read_payload(input, true, facts);
+    const PayloadReadResult result = OpenInput(record.input, file, UINT64_MAX) == Portability::InputFile::Status::opened
+                                         ? read_payload(file.File(), true, facts)
+                                         : PayloadReadResult::load_failed;
     if (result != PayloadReadResult::success) throw std::runtime_error(ReadFailure(result, input));
+    progress.Restart(facts.content.Length());
 
-    const fs::path output = ResolveUnpackOutput(record.target, record.input, facts.name);
+    if (const auto* explicitFile = std::get_if<OutputFile>(&record.target);
+        explicitFile && IsStandardStream(explicitFile->path)) {
+        if (!WriteStandardOutput(facts.content)) {
+            throw std::runtime_error("Could not write to the standard output.");
+        }
+        return;
+    }
+    // The standard input has no name of its own: a derived output is named as if it were "stdin".
+    const fs::path naming = IsStandardStream(record.input) ? fs::path(std::string(kStandardInputName)) : record.input;
+    const fs::path output = ResolveUnpackOutput(record.target, naming, facts.name);
     const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
     boost::system::error_code error;
     const fs::file_type type = fs::status(output, error).type();

@@ -4,6 +4,7 @@
 
 #include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/InterruptCleanup.h"
+#include "Portability/Misc/Progress.h"
 #include "Portability/Misc/Sha256.h"
 
 #include <fcntl.h>
@@ -198,7 +199,15 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
         ::fallocate(temporary_->fd, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(size_), static_cast<off_t>(length));
     }
     if (digest == nullptr) {
-        if (!CopyRange(source_fd, offset, length)) return Fail(WriteFailure::io);
+        // In steps reported as progress; each a multiple of the block size, so that a clone of the
+        // whole range stays possible step by step.
+        constexpr std::uint64_t kStep = std::uint64_t{64} << 20;
+        for (std::uint64_t done = 0; done < length;) {
+            const std::uint64_t step = std::min(kStep, length - done);
+            if (!CopyRange(source_fd, offset + done, step)) return Fail(WriteFailure::io);
+            done += step;
+            ReportProgress(step);
+        }
         size_ += length;
         return true;
     }
@@ -215,6 +224,7 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
         copied = CopyRange(source_fd, offset + done, stage);
         if (hasher.joinable()) hasher.join();
         if (!copied || !hashed) break;
+        ReportProgress(stage);
         const std::uint64_t at = size_ + done;
         try {
             hasher = std::thread([&, at, stage] { hashed = HashStored(fd, at, stage, *digest, buffer); });

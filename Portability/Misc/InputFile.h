@@ -28,6 +28,9 @@ public:
 
     // Open path; a copied input is read up to max_size bytes (one more byte fails as too_large).
     Status Open(const std::string& path, std::uint64_t max_size);
+    // The same for the process's standard input, which stays open for the process; name is the
+    // name the input goes by in traces.
+    Status OpenStandardInput(const std::string& name, std::uint64_t max_size);
     // The input, open for reading (null unless Open succeeded); shared with whatever keeps reading
     // it after this object is gone.
     const std::shared_ptr<OpenFile>& File() const noexcept { return file_; }
@@ -35,6 +38,9 @@ public:
     std::uint64_t Size() const noexcept { return size_; }
 
 private:
+    struct Source;  // the platform's handle of an input being opened
+    // Keep or copy an input just opened (or failed to open) by Open or OpenStandardInput.
+    Status OpenSource(const Source& source, const std::string& path, std::uint64_t max_size);
     // Keep a regular file, once one byte of it could be read and its size is within max_size.
     Status Keep(std::shared_ptr<OpenFile> file, std::uint64_t max_size);
     // Copy a stream (a pipe, a console) into a scratch file through read, which gives the count of

@@ -11,10 +11,23 @@
 
 namespace Portability {
 
+struct InputFile::Source {
+    int descriptor;  // -1 when the input could not be opened
+};
+
 InputFile::Status InputFile::Open(const std::string& path, std::uint64_t max_size) {
+    return OpenSource({::open(path.c_str(), O_RDONLY | O_CLOEXEC)}, path, max_size);
+}
+
+InputFile::Status InputFile::OpenStandardInput(const std::string& name, std::uint64_t max_size) {
+    // A descriptor of its own, so that what keeps the input open never closes the process's.
+    return OpenSource({::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)}, name, max_size);
+}
+
+InputFile::Status InputFile::OpenSource(const Source& opened, const std::string& path, std::uint64_t max_size) {
     file_.reset();
     size_ = 0;
-    const int source = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int source = opened.descriptor;
     if (source < 0) return Status::unreadable;
     struct stat info {};
     // A regular file of size 0 may still have content that only reading shows (/proc, /sys).

@@ -3,6 +3,7 @@
 // Portability/Misc).
 
 #include "Portability/Misc/InputFile.h"
+#include "Portability/Misc/Progress.h"
 
 #include <vector>
 
@@ -18,6 +19,7 @@ InputFile::Status InputFile::CopyStream(Read read, std::uint64_t max_size) {
         if (got < 0 || !copy->Append(buffer.data(), static_cast<std::size_t>(got))) return Status::unreadable;
         size_ = copy->Size();
         if (size_ > max_size) return Status::too_large;
+        ReportProgress(static_cast<std::uint64_t>(got));
         if (got == 0) break;
     }
     file_ = std::move(copy);

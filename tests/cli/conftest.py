@@ -24,6 +24,7 @@ SEP = "\\" if WINDOWS else "/"
 class Result:
     def __init__(self, completed):
         self.status = completed.returncode
+        self.raw_out = completed.stdout
         self.out, self.err = (s.decode("utf-8", "surrogateescape") for s in (completed.stdout, completed.stderr))
 
 
@@ -34,11 +35,12 @@ def tool():
 
 @pytest.fixture
 def run(tool, tmp_path):
-    """run(*args, argv0=None, cwd=tmp_path) -> Result; arguments may be str or bytes. argv0 replaces
+    """run(*args, argv0=None, cwd=tmp_path, env=None, stdin=b"") -> Result; arguments may be str or bytes;
+    stdin is what the tool reads on its standard input. argv0 replaces
     the program's own argv[0]; under a runner, which passes the program's path as argv[0], the tool
     is copied to a file named as argv0's last component instead."""
 
-    def _run(*args, argv0=None, cwd=None, env=None):
+    def _run(*args, argv0=None, cwd=None, env=None, stdin=b""):
         if not RUNNER:
             command, executable = [argv0 or "dicapsule", *args], tool
         else:
@@ -51,7 +53,7 @@ def run(tool, tmp_path):
             command, executable = [*RUNNER, str(program), *args], None
         for _ in range(2):
             completed = subprocess.run(command, executable=executable, cwd=cwd or tmp_path,
-                                       capture_output=True, env=env, timeout=300)
+                                       input=stdin, capture_output=True, env=env, timeout=300)
             if not (RUNNER and completed.returncode == 1 and not completed.stdout + completed.stderr):
                 break
             # Under wine a program now and then ends with status 1 before writing anything (about

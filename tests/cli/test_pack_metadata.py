@@ -393,7 +393,7 @@ def test_identifiers_and_modality_written(pack, metadata, options, study, series
     assert len(set(written)) == 3
     assert ds.file_meta.MediaStorageSOPInstanceUID == ds.SOPInstanceUID
     assert (ds.InstanceNumber, ds.Modality, ds.SOPClassUID) == (int(number), modality, "1.2.840.10008.5.1.4.1.1.66")
-    assert ds[0x0018, 0x1020].value == "Dicapsule 2.0.10"
+    assert ds[0x0018, 0x1020].value == "Dicapsule " + os.environ["DICAPSULE_VERSION"]
     assert dciodvfy_errors(path) == []
 
 

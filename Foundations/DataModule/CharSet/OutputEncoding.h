@@ -22,4 +22,10 @@ struct OutputEncoding {
 // Trim " \t\r\n", lower-case, and compare with the encoding words; any other word gives unknown.
 OutputEncoding::Enum OutputEncodingFromWord(std::string_view word);
 
+// The encoding whose Specific Character Set a (0008,0005) value names, as a file holds it: a
+// single term ("ISO_IR 100", "GB18030", "ISO_IR 6" for the default repertoire) or the ISO 2022
+// multi-valued forms the encodings are written in ("ISO 2022 IR 13\ISO 2022 IR 87",
+// "\ISO 2022 IR 149"). Blanks around it and letter case do not matter; any other value gives unknown.
+OutputEncoding::Enum OutputEncodingFromTerm(std::string_view term);
+
 }  // namespace Lumivale::DataModule

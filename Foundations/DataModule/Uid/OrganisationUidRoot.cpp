@@ -2,6 +2,8 @@
 
 #include "Foundations/DataModule/Values/UIDDataType.h"
 
+#include <cstdlib>
+
 namespace Lumivale::DataModule {
 
 namespace {
@@ -12,11 +14,29 @@ constexpr std::string_view kRoot = DICAPSULE_ORG_UID_ROOT;
 constexpr std::string_view kRoot = kPlaceholderOrganisationUidRoot;
 #endif
 
-// ".50.845147831.20150521162055.6676.32" is 36 characters: the longest tail the generator writes.
-static_assert(IsValidUid(kRoot) && kRoot.size() <= 28, "DICAPSULE_ORG_UID_ROOT must be a valid UID of 28 characters at most");
+static_assert(IsValidUid(kRoot) && kRoot.size() <= kMaxOrganisationUidRootLength,
+              "DICAPSULE_ORG_UID_ROOT must be a valid UID of 24 characters at most");
+
+std::string& RunRoot() {
+    static std::string root(kRoot);
+    return root;
+}
 
 }  // namespace
 
-std::string_view OrganisationUidRoot() { return kRoot; }
+std::string_view OrganisationUidRoot() { return RunRoot(); }
+
+bool IsUsableUidRoot(std::string_view root) { return IsValidUid(root) && root.size() <= kMaxOrganisationUidRootLength; }
+
+bool TakeUidRootFromEnvironment(std::string& value) {
+    const char* set = std::getenv(kUidRootVariable);
+    if (set == nullptr) return true;
+    if (!IsUsableUidRoot(set)) {
+        value = set;
+        return false;
+    }
+    RunRoot() = set;
+    return true;
+}
 
 }  // namespace Lumivale::DataModule

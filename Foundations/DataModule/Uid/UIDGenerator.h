@@ -34,7 +34,7 @@ public:
     // root "." kind "." and then: tail alone when it is not empty; otherwise the machine number and
     // "." (left out when 0), the time "%Y%m%d%H%M%S" and ".", the process id and "." (left out when
     // 0), and the counter's next value (left out, with the dot before it, when it is 0).
-    // No length check: callers pass a root of 28 characters at most.
+    // No length check: callers pass a root of kMaxOrganisationUidRootLength characters at most.
     virtual std::string Generate(std::string_view root, std::int32_t kind, std::string_view tail);
 
 private:

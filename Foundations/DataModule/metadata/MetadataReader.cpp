@@ -52,6 +52,17 @@ MultiCharSetDataType OutputCharSetOf(const MultiCharSetDataType& source) {
     return usable;
 }
 
+std::optional<SourceInstanceUids> SourceInstanceOf(const StudyDataRow& study, const SeriesDataRow& series,
+                                                   const InstanceDataRow* instance) {
+    if (instance == nullptr || study.study_instance_uid.IsEmpty() || series.series_instance_uid.IsEmpty() ||
+        instance->sop_instance_uid.IsEmpty()) {
+        return std::nullopt;
+    }
+    return SourceInstanceUids{study.study_instance_uid.Value(), series.series_instance_uid.Value(),
+                              instance->sop_instance_uid.Value(),
+                              instance->sop_class.IsEmpty() ? std::string() : instance->sop_class.Term()};
+}
+
 }  // namespace
 
 bool BuildRowsFromDicomSource(PatientDataSet& set, const PatientDataSet& source, const date_time& stamp,
@@ -86,7 +97,8 @@ bool BuildRowsFromDicomSource(PatientDataSet& set, const PatientDataSet& source,
         !set.Link(series, instance)) {
         return Fail("the new rows could not be linked", "");
     }
-    rows = {&patient, &study, &series, &equipment, &instance};
+    rows = {&patient, &study, &series, &equipment, &instance, std::nullopt};
+    rows.source_instance = SourceInstanceOf(*source_study, *source_series, source_instance);
     return true;
 }
 
@@ -107,7 +119,7 @@ bool BuildRowsFromEditionDocument(PatientDataSet& set, std::string_view document
         !set.Link(series, instance)) {
         return Fail("the new rows could not be linked", "");
     }
-    rows = {&patient, &study, &series, &equipment, &instance};
+    rows = {&patient, &study, &series, &equipment, &instance, std::nullopt};
 
     if (document_text.size() > kMaxDocumentSize) return Fail("the document is larger than the size cap", "");
     pugi::xml_document document;

@@ -8,10 +8,19 @@
 #include "Foundations/DataModule/Values/DateTime.h"
 #include "Foundations/DataModule/metadata/DicomSourceRows.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace Lumivale::DataModule {
+
+// The identifiers of the instance a DICOM source is: what a new instance made from it refers to.
+struct SourceInstanceUids {
+    std::string study_instance_uid;
+    std::string series_instance_uid;
+    std::string sop_instance_uid;
+    std::string sop_class_uid;  // empty when the source's class is not one this library knows
+};
 
 // The rows of the new instance, each linked to its parent.
 struct MetadataRows {
@@ -20,6 +29,8 @@ struct MetadataRows {
     SeriesDataRow* series = nullptr;
     EquipmentDataRow* equipment = nullptr;
     InstanceDataRow* instance = nullptr;
+    // Set when the source is a DICOM instance with a study, series and SOP instance UID.
+    std::optional<SourceInstanceUids> source_instance;
 };
 
 // Load the source into set and point rows at the new chain; the instance row is of instance_class
@@ -37,6 +48,7 @@ bool LoadMetadata(PatientDataSet& set, const std::string& source_utf8, const dat
 // series and its equipment are taken from source; patient and study are copied into set with a new
 // series (new UID, stamped, series number 1), a new equipment (manufacturer, institution, station,
 // model and serial number copied) and a new instance (new UID, the source's Specific Character Set).
+// The source's own instance, when it has complete identifiers, is named in rows.source_instance.
 bool BuildRowsFromDicomSource(PatientDataSet& set, const PatientDataSet& source, const date_time& stamp,
                               SOPClass::Enum instance_class, MetadataRows& rows);
 

@@ -8,6 +8,7 @@
 
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/InterruptCleanup.h"
+#include "Portability/Misc/Progress.h"
 #include "Portability/Misc/Sha256.h"
 #include "Portability/Misc/win32/WideText.h"
 
@@ -148,6 +149,7 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
         // The bytes just written, as they went to the file.
         if (digest != nullptr) digest->Update(buffer.data(), got);
         done += got;
+        ReportProgress(got);
     }
     size_ += length;
     return true;

@@ -12,13 +12,34 @@
 
 namespace Portability {
 
+struct InputFile::Source {
+    HANDLE handle;  // INVALID_HANDLE_VALUE when the input could not be opened
+};
+
 InputFile::Status InputFile::Open(const std::string& path, std::uint64_t max_size) {
-    file_.reset();
-    size_ = 0;
     std::wstring wide;
-    if (!WideFromUtf8(path, wide) || wide.empty()) return Status::unreadable;
+    if (!WideFromUtf8(path, wide) || wide.empty()) return OpenSource({INVALID_HANDLE_VALUE}, path, max_size);
     const HANDLE source = ::CreateFileW(wide.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return OpenSource({source}, path, max_size);
+}
+
+InputFile::Status InputFile::OpenStandardInput(const std::string& name, std::uint64_t max_size) {
+    // A handle of its own, so that what keeps the input open never closes the process's.
+    const HANDLE process = ::GetCurrentProcess();
+    const HANDLE standard = ::GetStdHandle(STD_INPUT_HANDLE);
+    HANDLE source = INVALID_HANDLE_VALUE;
+    if (standard == nullptr || standard == INVALID_HANDLE_VALUE ||
+        !::DuplicateHandle(process, standard, process, &source, 0, FALSE, DUPLICATE_SAME_ACCESS)) {
+        source = INVALID_HANDLE_VALUE;
+    }
+    return OpenSource({source}, name, max_size);
+}
+
+InputFile::Status InputFile::OpenSource(const Source& opened, const std::string& path, std::uint64_t max_size) {
+    file_.reset();
+    size_ = 0;
+    const HANDLE source = opened.handle;
     if (source == INVALID_HANDLE_VALUE) return Status::unreadable;
     if (::GetFileType(source) == FILE_TYPE_DISK) {
         LARGE_INTEGER size{};

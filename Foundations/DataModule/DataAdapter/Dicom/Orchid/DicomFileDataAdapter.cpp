@@ -244,6 +244,18 @@ bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& ins
     return true;
 }
 
+bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& instance, const dcm::ByteSink& sink) {
+    dcm::DicomDataSet dataSet;
+    if (!BuildInstanceDataSet(set, instance, dataSet)) return false;
+    // Aligned as a file would be, so that both outputs are the same bytes.
+    dcm::AlignLargeValue(dataSet, dcm::StreamEncoding::ExplicitLittleEndian, ImplementationClassUid());
+    if (!dcm::WriteDicomStream(dataSet, dcm::StreamEncoding::ExplicitLittleEndian, sink)) {
+        LV_TRACE(kModule, "%s", "Writing the instance as a stream failed");
+        return false;
+    }
+    return true;
+}
+
 bool DicomFileDataAdapter::Read(const std::filesystem::path& path, PatientDataSet& set,
                                 const DicomFileReadOptions& options, InstanceDataRow*& instance) {
     const std::string name = Portability::Utf8FromPath(path);

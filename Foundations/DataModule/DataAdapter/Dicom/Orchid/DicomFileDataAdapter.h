@@ -3,6 +3,7 @@
 // a data set tree and a Part 10 file (explicit VR little endian), and a file becomes such rows.
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomSinkDataStream.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Portability/Misc/AtomicFileWriter.h"
 
@@ -33,6 +34,9 @@ public:
     // (with ExistingTarget::refuse, also when a file appeared at path while writing).
     bool Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path,
                Portability::ExistingTarget existing = Portability::ExistingTarget::replace);
+
+    // Write the instance as Write does, the same bytes handed in order to sink instead of a file.
+    bool Write(const PatientDataSet& set, InstanceDataRow& instance, const DicomCodecModule::ByteSink& sink);
 
     // Read path into a new patient, study, series, equipment and instance chain of set; instance
     // points at the new instance row. False (instance null) when the file cannot be read as DICOM.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Progress.h"
 #include "Portability/Misc/Sha256.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -49,6 +50,7 @@ bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& o
             return false;
         }
         done += size;
+        Portability::ReportProgress(size);
     }
     return true;
 }

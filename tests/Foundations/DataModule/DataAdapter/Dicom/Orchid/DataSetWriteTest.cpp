@@ -8,6 +8,7 @@
 #include "TestFiles.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomSinkDataStream.h"
 #include "interop/CanonicalText.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -147,6 +148,51 @@ TEST(DataSetWrite, FailedWriteLeavesTheTargetUntouched) {
     EXPECT_FALSE(WriteDicomFile(target, set, kExplicit));
     EXPECT_EQ(TestFiles::ReadText(target), "previous");
     EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path), fs::directory_iterator()), 1);
+}
+
+// A stream into a sink gives the bytes of the file, values left in a file included (in chunks,
+// their units in the output's order), and stops when the sink refuses.
+TEST(DataSetWrite, SinkGetsTheBytesOfTheFile) {
+    const TestFiles::ScratchDirectory scratch("sink-write");
+    Bytes words(3u << 20);  // more than one chunk of a region
+    for (std::size_t i = 0; i < words.size(); ++i) words[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
+    auto source = Portability::OpenFile::OpenTemporary();
+    ASSERT_TRUE(source && source->Append(words.data(), words.size()));
+    const struct {
+        const char* id;
+        bool bigEndian;
+        std::size_t refuseAfter;  // calls the sink takes; 0: all
+    } cases[] = {{"little-endian", false, 0}, {"big-endian", true, 0}, {"refused", false, 3}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        DicomDataSet set;
+        set.Insert(Node(Tag::TransferSyntaxUID, std::string_view("1.2.840.10008.1.2.1\0", 20)));
+        set.Insert(Node(Tag::PatientName, "DOE^JANE"));
+        auto pixels = std::make_unique<DicomDataSetElement>(0x7FE0, 0x0010, VR::OW);
+        pixels->valueLength = static_cast<std::uint32_t>(words.size());
+        FileRegion region{{source, 0, words.size()}};
+        region.bigEndian = c.bigEndian;
+        region.unitSize = 2;
+        pixels->value.SetRegion(region);
+        set.Insert(std::move(pixels));
+
+        Bytes streamed;
+        std::size_t calls = 0;
+        const bool written = WriteDicomStream(set, kExplicit, [&](const void* data, std::size_t size) {
+            if (c.refuseAfter != 0 && ++calls > c.refuseAfter) return false;
+            streamed.insert(streamed.end(), static_cast<const std::uint8_t*>(data),
+                            static_cast<const std::uint8_t*>(data) + size);
+            return true;
+        });
+        ASSERT_EQ(written, c.refuseAfter == 0);
+        if (!written) continue;
+        ASSERT_TRUE(WriteDicomFile(scratch.path / "file.dcm", set, kExplicit));
+        EXPECT_EQ(streamed, TestFiles::ReadBytes(scratch.path / "file.dcm"));
+        ASSERT_GE(streamed.size(), words.size());
+        const std::uint8_t* value = streamed.data() + streamed.size() - words.size();
+        EXPECT_EQ(value[0], words[c.bigEndian ? 1 : 0]);
+        EXPECT_EQ(value[words.size() - 1], words[words.size() - (c.bigEndian ? 2 : 1)]);
+    }
 }
 
 }  // namespace
