@@ -17,7 +17,7 @@ void WriteInfoJson(std::ostream& out, const PayloadFacts& facts) {
     }
     const PackedInstance& instance = facts.instance;
     Json object = {{"originalname", facts.name}, {"commandline", facts.command_line}, {"size", facts.size}};
-    // "sha256" goes here, after "size", when the record holds the content's digest.
+    if (!facts.sha256.empty()) object["sha256"] = facts.sha256;
     object["references"] = std::move(references);
     object["instance"] = {{"SOPClassUID", instance.sop_class_uid},
                           {"SOPInstanceUID", instance.sop_instance_uid},

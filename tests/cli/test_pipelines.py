@@ -1,6 +1,7 @@
 """The tool in scripts and pipelines: "-" for the standard streams, --name, --version, info's JSON,
 the run-time UID root, references taken from a DICOM source, DICOM terms for --encoding and the
 progress line."""
+import hashlib
 import json
 import os
 import pathlib
@@ -122,8 +123,9 @@ def test_info_json_matches_the_file(run, pack):
     assert (result.status, result.err) == (0, "")
     info = json.loads(result.out)
     ds = pydicom.dcmread(path)
-    assert list(info) == ["originalname", "commandline", "size", "references", "instance"]
+    assert list(info) == ["originalname", "commandline", "size", "sha256", "references", "instance"]
     assert (info["originalname"], info["size"]) == ("payload.bin", len(PAYLOAD))
+    assert info["sha256"] == hashlib.sha256(PAYLOAD).hexdigest()
     assert info["commandline"] == " ".join(["pack", "-i", "payload.bin", "-o", "out.dcm", "-f", "-m", METADATA,
                                             *REFERENCES])
     assert info["references"] == [
