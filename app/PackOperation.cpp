@@ -5,6 +5,7 @@
 #include "Foundations/DataModule/Common/TextUtils.h"
 #include "Foundations/DataModule/Enumerations/Modality.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
+#include "Foundations/LVCodec/module/ThumbnailIcon.h"
 #include "Portability/Misc/InputFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
@@ -95,6 +96,8 @@ std::string ResultMessage(ConversionResult result, const ConversionRequest& requ
                                      : "Could not load the thumbnail file.";
         case ConversionResult::thumbnail_not_inserted:
             return "Could not insert the thumbnail file " + thumbnail + "into the output Dicom file.";
+        case ConversionResult::imaging_module_unavailable:
+            return "Could not load the imaging module " + QuotedPath(Lumivale::Imaging::ImagingModuleName()) + ".";
         case ConversionResult::output_not_written:
             return "Could not write the output Dicom file " + QuotedPath(request.output) + "." +
                    MissingDirectoryNote(request.output);
