@@ -6,6 +6,7 @@
 #include "Foundations/DataModule/Enumerations/Modality.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
 #include "Foundations/LVCodec/module/ThumbnailIcon.h"
+#include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/InputFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
@@ -26,8 +27,10 @@ constexpr const char* kProductVersion = "2.0.10";
 namespace fs = boost::filesystem;
 
 // True when something (file, directory, anything) already answers to path; a symbolic link is
-// followed unless told otherwise.
+// followed unless told otherwise. A device, FIFO or descriptor (/dev/null, /dev/stdout) does not
+// count: it is written through, never replaced.
 bool Exists(const fs::path& path, bool follow = true) {
+    if (Portability::IsWrittenThrough(path.string())) return false;
     boost::system::error_code error;
     const fs::file_type type = (follow ? fs::status(path, error) : fs::symlink_status(path, error)).type();
     return type != fs::status_unknown && type != fs::file_not_found;
@@ -139,6 +142,11 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     // symbolic link included, which that check follows and cannot see).
     if (result == ConversionResult::output_not_written && !record.force && Exists(record.output, false)) {
         throw std::runtime_error(AlreadyExists(record.output));
+    }
+    // A copy that failed because the input shrank meanwhile blames the input, not the output.
+    boost::system::error_code error;
+    if (result == ConversionResult::output_not_written && fs::file_size(record.input, error) < input.Size() && !error) {
+        throw std::runtime_error("Could not read " + QuotedPath(record.input.string()) + ".");
     }
     if (result != ConversionResult::written) throw std::runtime_error(ResultMessage(result, request));
 }

@@ -37,6 +37,31 @@ bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::
     return writer.Write(bytes.data(), bytes.size());
 }
 
+// The message for a failed write of the output; the trace has the system's reason and the path.
+std::string WriteFailureMessage(Portability::WriteFailure failure, const std::string& input, const fs::path& output,
+                                const std::string& exists) {
+    const std::string quoted = QuotedPath(output.string());
+    switch (failure) {
+        case Portability::WriteFailure::target_exists:
+            return exists;
+        case Portability::WriteFailure::source:
+            return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
+        case Portability::WriteFailure::no_space:
+            return "Could not write " + quoted + ". Its file system is full.";
+        case Portability::WriteFailure::read_only:
+            return "Could not open " + quoted + ". Its file system is read-only.";
+        default:
+            break;
+    }
+    std::string message = "Could not open " + quoted + ".";
+    const fs::path directory = output.parent_path();
+    boost::system::error_code error;
+    if (!directory.empty() && !fs::exists(directory, error)) {
+        message += " The directory " + QuotedPath(directory.string()) + " does not exist.";
+    }
+    return message;
+}
+
 }  // namespace
 
 void unpack(const UnpackRecord& record) {
@@ -49,20 +74,18 @@ void unpack(const UnpackRecord& record) {
     const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
     boost::system::error_code error;
     const fs::file_type type = fs::status(output, error).type();
-    if (!record.force && type != fs::status_unknown && type != fs::file_not_found) throw std::runtime_error(exists);
+    // A device, FIFO or descriptor (/dev/null, /dev/stdout) is written through, never replaced.
+    if (!record.force && type != fs::status_unknown && type != fs::file_not_found &&
+        !Portability::IsWrittenThrough(output.string())) {
+        throw std::runtime_error(exists);
+    }
 
     // Without --force the last step refuses an output that appeared since the check above.
     Portability::AtomicFileWriter writer(output.string(), record.force ? Portability::ExistingTarget::replace
                                                                        : Portability::ExistingTarget::refuse);
     if (!writer.Open() || !WriteContent(facts.content, writer) || writer.size() != facts.content.Length() ||
         !writer.Commit()) {
-        if (writer.failure() == Portability::WriteFailure::target_exists) throw std::runtime_error(exists);
-        std::string message = "Could not open " + QuotedPath(output.string()) + ".";
-        const fs::path directory = output.parent_path();
-        if (!directory.empty() && !fs::exists(directory, error)) {
-            message += " The directory " + QuotedPath(directory.string()) + " does not exist.";
-        }
-        throw std::runtime_error(message);
+        throw std::runtime_error(WriteFailureMessage(writer.failure(), input, output, exists));
     }
 }
 

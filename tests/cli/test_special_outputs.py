@@ -1,0 +1,116 @@
+"""Outputs that are not files to replace (devices, FIFOs, sockets, this process's descriptors) are
+written through, with or without -f, and are still what they were afterwards; a full or read-only
+target file system is named as the cause."""
+import os
+import socket
+import stat
+import subprocess
+import threading
+
+import pytest
+
+from conftest import METADATA, WINDOWS
+
+pytestmark = pytest.mark.skipif(WINDOWS, reason="POSIX devices, FIFOs and descriptors")
+
+PAYLOAD = bytes(range(256)) * 40
+
+
+@pytest.fixture
+def packed(tool, tmp_path):
+    (tmp_path / "payload.bin").write_bytes(PAYLOAD)
+    done = subprocess.run([tool, "pack", "-i", "payload.bin", "-m", METADATA, "-o", "packed.dcm"], cwd=tmp_path)
+    assert done.returncode == 0
+    return tmp_path / "packed.dcm"
+
+
+def reader_of_fifo(path):
+    """A FIFO at path and a thread that collects what is written into it."""
+    os.mkfifo(path)
+    received = []
+    thread = threading.Thread(target=lambda: received.append(path.read_bytes()))
+    thread.start()
+    return lambda: (thread.join(30), received[0])[1]
+
+
+def reader_of_socket(path):
+    server = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+    server.bind(str(path))
+    server.listen(1)
+    received = []
+
+    def serve():
+        connection, _ = server.accept()
+        data = b""
+        while chunk := connection.recv(65536):
+            data += chunk
+        received.append(data)
+
+    thread = threading.Thread(target=serve)
+    thread.start()
+    return lambda: (thread.join(30), server.close(), received[0])[2]
+
+
+# (id, output as the tool is given it, how to prepare it, whether it is read from the standard output)
+OUTPUTS = [
+    ("dev-null", "/dev/null", None, False),
+    ("dev-stdout", "/dev/stdout", None, True),
+    ("proc-self-fd-1", "/proc/self/fd/1", None, True),
+    ("link-to-fd-1", "link", lambda p: p.symlink_to("/proc/self/fd/1"), True),
+    ("link-to-dev-stdout", "link", lambda p: p.symlink_to("/dev/stdout"), True),
+    ("fifo", "fifo", reader_of_fifo, False),
+    ("socket", "socket", reader_of_socket, False),
+]
+
+
+@pytest.mark.parametrize("operation", ["pack", "unpack"])
+@pytest.mark.parametrize("force", [[], ["-f"]], ids=["", "force"])
+@pytest.mark.parametrize("output, prepare, to_stdout", [c[1:] for c in OUTPUTS], ids=[c[0] for c in OUTPUTS])
+def test_outputs_that_are_not_files_are_written_through(tool, packed, operation, force, output, prepare, to_stdout):
+    directory = packed.parent
+    collect = prepare(directory / output) if prepare else None
+    before = os.lstat(directory / output if prepare else output)
+    args = (["pack", "-i", "payload.bin", "-m", METADATA] if operation == "pack" else ["unpack", "-i", "packed.dcm"])
+    done = subprocess.run([tool, *args, "-o", output, *force], cwd=directory, capture_output=True, timeout=60)
+    assert (done.returncode, done.stderr) == (0, b"")
+    written = done.stdout if to_stdout else collect() if collect else None
+    if operation == "unpack" and written is not None:
+        assert written == PAYLOAD
+    elif written is not None:
+        assert written[128:132] == b"DICM" and PAYLOAD in written
+    after = os.lstat(directory / output if prepare else output)
+    assert (stat.S_IFMT(after.st_mode), after.st_ino) == (stat.S_IFMT(before.st_mode), before.st_ino)
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="mknod takes root")
+@pytest.mark.parametrize("force", [[], ["-f"]], ids=["", "force"])
+def test_root_a_device_node_stays_a_device(tool, packed, force):
+    node = packed.parent / "null"
+    os.mknod(node, 0o666 | stat.S_IFCHR, os.makedev(1, 3))
+    done = subprocess.run([tool, "unpack", "-i", "packed.dcm", "-o", "null", *force], cwd=packed.parent,
+                          capture_output=True, text=True)
+    assert (done.returncode, done.stderr) == (0, "")
+    assert stat.S_ISCHR(os.lstat(node).st_mode) and os.lstat(node).st_rdev == os.makedev(1, 3)
+
+
+# (id, mount options of a small tmpfs, message)
+FULL_OR_READ_ONLY = [
+    ("full", "size=4k", 'Error: Could not write "{}". Its file system is full.\n'),
+    ("read-only", "size=1m,ro", 'Error: Could not open "{}". Its file system is read-only.\n'),
+]
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="mounting a tmpfs takes root")
+@pytest.mark.parametrize("options, message", [c[1:] for c in FULL_OR_READ_ONLY], ids=[c[0] for c in FULL_OR_READ_ONLY])
+def test_root_unpack_names_a_full_or_read_only_target(tool, packed, options, message):
+    target = packed.parent / "mnt"
+    target.mkdir()
+    subprocess.run(["mount", "-t", "tmpfs", "-o", options, "tmpfs", target], check=True)
+    try:
+        output = str(target / "out.bin")
+        done = subprocess.run([tool, "unpack", "-i", "packed.dcm", "-o", output], cwd=packed.parent,
+                              capture_output=True, text=True)
+        assert (done.returncode, done.stderr) == (1, message.format(output))
+        assert os.listdir(target) == []
+    finally:
+        subprocess.run(["umount", target], check=True)
