@@ -8,6 +8,7 @@
 #include "Foundations/LVCodec/module/ThumbnailIcon.h"
 #include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/InputFile.h"
+#include "Portability/Misc/TemporaryFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -54,6 +55,9 @@ Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input, Portability:
             throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is too large to be packed (" +
                                      std::to_string(file.Size()) + " bytes): a DICOM value holds at most " +
                                      std::to_string(kMaxPayloadBytes) + " bytes.");
+        case Portability::InputFile::Status::no_temporary_space:
+            throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ". The temporary directory " +
+                                     QuotedPath(Portability::TemporaryDirectory()) + " is full.");
         default:
             throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ".");
     }

@@ -4,6 +4,7 @@
 
 #include "Portability/Misc/InputFile.h"
 
+#include <cerrno>
 #include <vector>
 
 namespace Portability {
@@ -15,7 +16,9 @@ InputFile::Status InputFile::CopyStream(Read read, std::uint64_t max_size) {
     std::vector<char> buffer(1 << 16);
     for (;;) {
         const long long got = read(buffer.data(), buffer.size());
-        if (got < 0 || !copy->Append(buffer.data(), static_cast<std::size_t>(got))) return Status::unreadable;
+        if (got < 0) return Status::unreadable;
+        if (!copy->Append(buffer.data(), static_cast<std::size_t>(got)))
+            return errno == ENOSPC || errno == EDQUOT ? Status::no_temporary_space : Status::unreadable;
         size_ = copy->Size();
         if (size_ > max_size) return Status::too_large;
         if (got == 0) break;

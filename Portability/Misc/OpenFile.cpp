@@ -1,5 +1,7 @@
 #include "Portability/Misc/OpenFile.h"
 
+#include "Portability/Misc/DebugTrace.h"
+
 #include "Portability/Misc/TemporaryFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
@@ -13,6 +15,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 namespace Portability {
@@ -71,7 +74,13 @@ bool OpenFile::Append(const void* data, std::size_t size) {
         const auto written = ::pwrite(descriptor_, bytes, static_cast<std::size_t>(std::min<std::uint64_t>(size, kPiece)),
                                       static_cast<off_t>(size_));
         if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
+        if (written <= 0) {
+            const int error = written < 0 ? errno : ENOSPC;
+            LV_TRACE("OpenFile", "Cannot write %s at offset %llu: %s", path_.c_str(),
+                     static_cast<unsigned long long>(size_), std::strerror(error));
+            errno = error;
+            return false;
+        }
         bytes += written;
         size -= static_cast<std::size_t>(written);
         size_ += static_cast<std::uint64_t>(written);

@@ -114,3 +114,20 @@ def test_root_unpack_names_a_full_or_read_only_target(tool, packed, options, mes
         assert os.listdir(target) == []
     finally:
         subprocess.run(["umount", target], check=True)
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="mounting a tmpfs takes root")
+def test_root_a_full_temporary_directory_is_named(tool, tmp_path):
+    """A piped input is copied into $TMPDIR first; when that fills up, the message says so."""
+    scratch = tmp_path / "tmp"
+    scratch.mkdir()
+    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", scratch], check=True)
+    try:
+        done = subprocess.run(
+            ["sh", "-c", 'head -c 300000 /dev/zero | "$0" pack -i /dev/stdin -m "$1" -o out.dcm', tool, METADATA],
+            cwd=tmp_path, capture_output=True, text=True, env={**os.environ, "TMPDIR": str(scratch)})
+        assert (done.returncode, done.stderr) == (
+            1, f'Error: Could not read "/dev/stdin". The temporary directory "{scratch}" is full.\n')
+        assert os.listdir(scratch) == [] and not (tmp_path / "out.dcm").exists()
+    finally:
+        subprocess.run(["umount", scratch], check=True)
