@@ -6,6 +6,7 @@ import socket
 import stat
 import subprocess
 import threading
+import time
 
 import pytest
 
@@ -131,3 +132,38 @@ def test_root_a_full_temporary_directory_is_named(tool, tmp_path):
         assert os.listdir(scratch) == [] and not (tmp_path / "out.dcm").exists()
     finally:
         subprocess.run(["umount", scratch], check=True)
+
+
+def writing_output(pid, directory):
+    """True once the process holds an output file of `directory` open (unnamed or hidden)."""
+    try:
+        links = [os.readlink(f"/proc/{pid}/fd/{fd}") for fd in os.listdir(f"/proc/{pid}/fd")]
+    except (FileNotFoundError, ProcessLookupError):
+        return False
+    return any(os.path.dirname(link) == str(directory) and ("(deleted)" in link or "/.dcp" in link) for link in links)
+
+
+# (id, operation, its input, message)
+SHRINKING = [
+    ("pack", ["pack", "-i", "big.bin", "-m", METADATA], "big.bin", 'Error: Could not read "big.bin".\n'),
+    ("unpack", ["unpack", "-i", "big.dcm"], "big.dcm",
+     'Error: Could not extract the packed file from the input file "big.dcm".\n'),
+]
+
+
+@pytest.mark.parametrize("args, shrunk, message", [c[1:] for c in SHRINKING], ids=[c[0] for c in SHRINKING])
+def test_an_input_that_shrinks_while_copied_is_blamed(tool, tmp_path, args, shrunk, message):
+    (tmp_path / "big.bin").touch()
+    os.truncate(tmp_path / "big.bin", 256 << 20)  # sparse: costs no disk until copied
+    if shrunk == "big.dcm":
+        subprocess.run([tool, "pack", "-i", "big.bin", "-m", METADATA, "-o", "big.dcm"], cwd=tmp_path, check=True)
+    (tmp_path / "out").mkdir()
+    process = subprocess.Popen([tool, *args, "-o", "out/result"], cwd=tmp_path, stderr=subprocess.PIPE, text=True)
+    deadline = time.monotonic() + 60
+    while not writing_output(process.pid, tmp_path / "out"):
+        assert process.poll() is None and time.monotonic() < deadline, "the run was not caught copying"
+        time.sleep(0.001)
+    os.truncate(tmp_path / shrunk, 1000)
+    assert (process.wait(60), process.stderr.read()) == (1, message)
+    process.stderr.close()
+    assert os.listdir(tmp_path / "out") == []
