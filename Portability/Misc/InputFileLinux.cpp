@@ -1,6 +1,7 @@
 // The Linux side of InputFile: the path is opened once; a regular file is kept open where it is,
 // and a pipe, a process substitution or a character device is copied into a scratch file.
 
+#include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/InputFileStream.h"
 
 #include <fcntl.h>
@@ -8,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 namespace Portability {
 
@@ -15,7 +17,10 @@ InputFile::Status InputFile::Open(const std::string& path, std::uint64_t max_siz
     file_.reset();
     size_ = 0;
     const int source = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (source < 0) return Status::unreadable;
+    if (source < 0) {
+        LV_TRACE("InputFile", "Cannot open %s: %s", path.c_str(), std::strerror(errno));
+        return Status::unreadable;
+    }
     struct stat info {};
     if (::fstat(source, &info) == 0 && S_ISREG(info.st_mode)) {
         return Keep(OpenFile::Adopt(source, path, static_cast<std::uint64_t>(info.st_size)), max_size);
