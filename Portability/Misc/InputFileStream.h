@@ -9,6 +9,14 @@
 
 namespace Portability {
 
+// Whether a failed write's errno says the file system is full (or the user's quota reached).
+inline bool IsNoSpace(int error) {
+#if defined(EDQUOT)
+    if (error == EDQUOT) return true;
+#endif
+    return error == ENOSPC;
+}
+
 template <typename Read>
 InputFile::Status InputFile::CopyStream(Read read, std::uint64_t max_size) {
     std::shared_ptr<OpenFile> copy = OpenFile::OpenTemporary();
@@ -18,7 +26,7 @@ InputFile::Status InputFile::CopyStream(Read read, std::uint64_t max_size) {
         const long long got = read(buffer.data(), buffer.size());
         if (got < 0) return Status::unreadable;
         if (!copy->Append(buffer.data(), static_cast<std::size_t>(got)))
-            return errno == ENOSPC || errno == EDQUOT ? Status::no_temporary_space : Status::unreadable;
+            return IsNoSpace(errno) ? Status::no_temporary_space : Status::unreadable;
         size_ = copy->Size();
         if (size_ > max_size) return Status::too_large;
         if (got == 0) break;
