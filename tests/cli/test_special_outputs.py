@@ -52,13 +52,19 @@ def reader_of_socket(path):
     return lambda: (thread.join(30), server.close(), received[0])[2]
 
 
+def null_device_node(path):
+    if os.geteuid() != 0:
+        pytest.skip("mknod takes root")
+    os.mknod(path, 0o666 | stat.S_IFCHR, os.makedev(1, 3))
+
+
 # (id, output as the tool is given it, how to prepare it, whether it is read from the standard output)
 OUTPUTS = [
     ("dev-null", "/dev/null", None, False),
+    ("device-node", "null", null_device_node, False),
     ("dev-stdout", "/dev/stdout", None, True),
     ("proc-self-fd-1", "/proc/self/fd/1", None, True),
     ("link-to-fd-1", "link", lambda p: p.symlink_to("/proc/self/fd/1"), True),
-    ("link-to-dev-stdout", "link", lambda p: p.symlink_to("/dev/stdout"), True),
     ("fifo", "fifo", reader_of_fifo, False),
     ("socket", "socket", reader_of_socket, False),
 ]
@@ -83,55 +89,31 @@ def test_outputs_that_are_not_files_are_written_through(tool, packed, operation,
     assert (stat.S_IFMT(after.st_mode), after.st_ino) == (stat.S_IFMT(before.st_mode), before.st_ino)
 
 
-@pytest.mark.skipif(os.geteuid() != 0, reason="mknod takes root")
-@pytest.mark.parametrize("force", [[], ["-f"]], ids=["", "force"])
-def test_root_a_device_node_stays_a_device(tool, packed, force):
-    node = packed.parent / "null"
-    os.mknod(node, 0o666 | stat.S_IFCHR, os.makedev(1, 3))
-    done = subprocess.run([tool, "unpack", "-i", "packed.dcm", "-o", "null", *force], cwd=packed.parent,
-                          capture_output=True, text=True)
-    assert (done.returncode, done.stderr) == (0, "")
-    assert stat.S_ISCHR(os.lstat(node).st_mode) and os.lstat(node).st_rdev == os.makedev(1, 3)
-
-
-# (id, mount options of a small tmpfs, message)
-FULL_OR_READ_ONLY = [
-    ("full", "size=4k", 'Error: Could not write "{}". Its file system is full.\n'),
-    ("read-only", "size=1m,ro", 'Error: Could not open "{}". Its file system is read-only.\n'),
+# (id, options of a small tmpfs mounted at mnt/, which is also $TMPDIR; command; message)
+FILE_SYSTEM_FAILURES = [
+    ("output-full", "size=4k", '"$0" unpack -i packed.dcm -o mnt/out.bin',
+     'Error: Could not write "mnt/out.bin". Its file system is full.\n'),
+    ("output-read-only", "size=1m,ro", '"$0" unpack -i packed.dcm -o mnt/out.bin',
+     'Error: Could not open "mnt/out.bin". Its file system is read-only.\n'),
+    ("temporary-directory-full", "size=64k", 'head -c 300000 /dev/zero | "$0" pack -i /dev/stdin -m "$1" -o out.dcm',
+     'Error: Could not read "/dev/stdin". The temporary directory "{}/mnt" is full.\n'),
 ]
 
 
 @pytest.mark.skipif(os.geteuid() != 0, reason="mounting a tmpfs takes root")
-@pytest.mark.parametrize("options, message", [c[1:] for c in FULL_OR_READ_ONLY], ids=[c[0] for c in FULL_OR_READ_ONLY])
-def test_root_unpack_names_a_full_or_read_only_target(tool, packed, options, message):
-    target = packed.parent / "mnt"
-    target.mkdir()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", options, "tmpfs", target], check=True)
+@pytest.mark.parametrize("options, command, message", [c[1:] for c in FILE_SYSTEM_FAILURES],
+                         ids=[c[0] for c in FILE_SYSTEM_FAILURES])
+def test_root_a_full_or_read_only_file_system_is_named(tool, packed, options, command, message):
+    directory = packed.parent
+    (directory / "mnt").mkdir()
+    subprocess.run(["mount", "-t", "tmpfs", "-o", options, "tmpfs", directory / "mnt"], check=True)
     try:
-        output = str(target / "out.bin")
-        done = subprocess.run([tool, "unpack", "-i", "packed.dcm", "-o", output], cwd=packed.parent,
-                              capture_output=True, text=True)
-        assert (done.returncode, done.stderr) == (1, message.format(output))
-        assert os.listdir(target) == []
+        done = subprocess.run(["sh", "-c", command, tool, METADATA], cwd=directory, capture_output=True, text=True,
+                              env={**os.environ, "TMPDIR": str(directory / "mnt")})
+        assert (done.returncode, done.stderr) == (1, message.format(directory))
+        assert os.listdir(directory / "mnt") == [] and not (directory / "out.dcm").exists()
     finally:
-        subprocess.run(["umount", target], check=True)
-
-
-@pytest.mark.skipif(os.geteuid() != 0, reason="mounting a tmpfs takes root")
-def test_root_a_full_temporary_directory_is_named(tool, tmp_path):
-    """A piped input is copied into $TMPDIR first; when that fills up, the message says so."""
-    scratch = tmp_path / "tmp"
-    scratch.mkdir()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", scratch], check=True)
-    try:
-        done = subprocess.run(
-            ["sh", "-c", 'head -c 300000 /dev/zero | "$0" pack -i /dev/stdin -m "$1" -o out.dcm', tool, METADATA],
-            cwd=tmp_path, capture_output=True, text=True, env={**os.environ, "TMPDIR": str(scratch)})
-        assert (done.returncode, done.stderr) == (
-            1, f'Error: Could not read "/dev/stdin". The temporary directory "{scratch}" is full.\n')
-        assert os.listdir(scratch) == [] and not (tmp_path / "out.dcm").exists()
-    finally:
-        subprocess.run(["umount", scratch], check=True)
+        subprocess.run(["umount", directory / "mnt"], check=True)
 
 
 def writing_output(pid, directory):

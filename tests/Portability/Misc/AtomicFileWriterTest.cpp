@@ -112,38 +112,6 @@ TEST_F(AtomicFileWriterTest, ExistingTargetsAreReplacedOrRefusedAtTheLastStep) {
     ::umask(old_mask);
 }
 
-// Devices and descriptors are written through whatever the policy, and stay what they were; a
-// full device is reported as such.
-TEST_F(AtomicFileWriterTest, TargetsThatAreNotFilesAreWrittenThrough) {
-    const struct Case {
-        const char* id;
-        const char* target;
-        ExistingTarget existing;
-        WriteFailure failure;
-    } cases[] = {
-        {"null device, refuse", "/dev/null", ExistingTarget::refuse, WriteFailure::none},
-        {"null device, replace", "/dev/null", ExistingTarget::replace, WriteFailure::none},
-        {"descriptor link", "/dev/fd/2", ExistingTarget::refuse, WriteFailure::none},
-        {"full device", "/dev/full", ExistingTarget::replace, WriteFailure::no_space},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.id);
-        struct stat before {};
-        ASSERT_EQ(::lstat(c.target, &before), 0);
-        EXPECT_TRUE(Portability::IsWrittenThrough(c.target));
-        AtomicFileWriter writer(c.target, c.existing);
-        ASSERT_TRUE(writer.Open());
-        const bool written = writer.Write("", 0) && writer.Write("\n", 1) && writer.Commit();
-        EXPECT_EQ(written, c.failure == WriteFailure::none);
-        EXPECT_EQ(writer.failure(), c.failure);
-        struct stat after {};
-        ASSERT_EQ(::lstat(c.target, &after), 0);
-        EXPECT_EQ(after.st_ino, before.st_ino);
-    }
-    EXPECT_FALSE(Portability::IsWrittenThrough((directory_ / "missing").string()));
-    EXPECT_FALSE(Portability::IsWrittenThrough(directory_.string()));
-}
-
 // A child arms a file and is interrupted: the file goes, and the signal still ends the child.
 TEST_F(AtomicFileWriterTest, InterruptionRemovesArmedFiles) {
     for (const int signal_number : {SIGINT, SIGTERM, SIGHUP}) {
