@@ -64,7 +64,7 @@ endfunction()
 function(dicapsule_module name)
   add_library(${name} MODULE ${ARGN})
   set_target_properties(${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
-                        CXX_VISIBILITY_PRESET hidden BUILD_WITH_INSTALL_RPATH ON)
+                        CXX_VISIBILITY_PRESET hidden BUILD_WITH_INSTALL_RPATH ON DICAPSULE_SHARED_CRYPTO ON)
   dicapsule_warnings(${name})
   add_custom_command(TARGET ${name} POST_BUILD
     COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${name}> $<TARGET_FILE:${name}>.debug
