@@ -101,6 +101,7 @@ ConversionResult AttachThumbnail(const ConversionRequest& request, dm::InstanceD
     switch (Lumivale::Imaging::InsertThumbnailIcon(*request.thumbnail, instance.icon_image)) {
         case ThumbnailIconResult::not_loaded: return ConversionResult::thumbnail_not_loaded;
         case ThumbnailIconResult::not_inserted: return ConversionResult::thumbnail_not_inserted;
+        case ThumbnailIconResult::module_unavailable: return ConversionResult::imaging_module_unavailable;
         case ThumbnailIconResult::inserted: break;
     }
     instance.duplicate_icon_as_image = request.hackforbmpacs;

@@ -41,6 +41,7 @@ enum class ConversionResult : int {
     thumbnail_not_inserted = 3,
     output_not_written = 4,
     unexpected = 5,
+    imaging_module_unavailable = 6,  // a thumbnail was asked for and no imaging module could be loaded
 };
 
 // Build and write the instance. Nothing is created at the output path unless the result is written.

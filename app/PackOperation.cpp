@@ -9,7 +9,10 @@
 #include "Foundations/DataModule/Enumerations/Modality.h"
 #include "Foundations/DataModule/Uid/OrganisationUidRoot.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
+#include "Foundations/LVCodec/module/ThumbnailIcon.h"
+#include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/InputFile.h"
+#include "Portability/Misc/TemporaryFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -28,8 +31,10 @@ constexpr const char* kProductName = "Dicapsule";
 namespace fs = boost::filesystem;
 
 // True when something (file, directory, anything) already answers to path; a symbolic link is
-// followed unless told otherwise.
+// followed unless told otherwise. A device, FIFO or descriptor (/dev/null, /dev/stdout) does not
+// count: it is written through, never replaced.
 bool Exists(const fs::path& path, bool follow = true) {
+    if (Portability::IsWrittenThrough(path.string())) return false;
     boost::system::error_code error;
     const fs::file_type type = (follow ? fs::status(path, error) : fs::symlink_status(path, error)).type();
     return type != fs::status_unknown && type != fs::file_not_found;
@@ -53,6 +58,9 @@ Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input, Portability:
             throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is too large to be packed (" +
                                      std::to_string(file.Size()) + " bytes): a DICOM value holds at most " +
                                      std::to_string(kMaxPayloadBytes) + " bytes.");
+        case Portability::InputFile::Status::no_temporary_space:
+            throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ". The temporary directory " +
+                                     QuotedPath(Portability::TemporaryDirectory()) + " is full.");
         default:
             throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ".");
     }
@@ -98,6 +106,8 @@ std::string ResultMessage(ConversionResult result, const ConversionRequest& requ
                                      : "Could not load the thumbnail file.";
         case ConversionResult::thumbnail_not_inserted:
             return "Could not insert the thumbnail file " + thumbnail + "into the output Dicom file.";
+        case ConversionResult::imaging_module_unavailable:
+            return "Could not load the imaging module " + QuotedPath(Lumivale::Imaging::ImagingModuleName()) + ".";
         case ConversionResult::output_not_written:
             return "Could not write the output Dicom file " + QuotedPath(request.output) + "." +
                    MissingDirectoryNote(request.output);
@@ -167,6 +177,11 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     if (result == ConversionResult::output_not_written && !toStandardOutput && !record.force &&
         Exists(record.output, false)) {
         throw std::runtime_error(AlreadyExists(record.output));
+    }
+    // A copy that failed because the input shrank meanwhile blames the input, not the output.
+    boost::system::error_code error;
+    if (result == ConversionResult::output_not_written && fs::file_size(record.input, error) < input.Size() && !error) {
+        throw std::runtime_error("Could not read " + QuotedPath(record.input.string()) + ".");
     }
     if (result != ConversionResult::written) throw std::runtime_error(ResultMessage(result, request));
 }

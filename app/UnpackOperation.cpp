@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <variant>
+#include <vector>
 
 namespace Dicapsule {
 
@@ -54,6 +55,56 @@ bool Matches(Portability::Sha256& digest, const std::string& recorded) {
     return digest.Finish(result) && Portability::ToHex(result) == recorded;
 }
 
+// The content as stored matches the recorded digest: a pass of its own, for outputs that cannot
+// take back what they were sent (the standard output, devices, FIFOs).
+bool StoredContentMatches(const Lumivale::DataModule::ByteBuffer& content, const std::string& recorded) {
+    Portability::Sha256 digest;
+    const Lumivale::DataModule::FileRegion* region = content.Region();
+    if (region == nullptr) {
+        const auto bytes = content.MemoryBytes();
+        digest.Update(bytes.data(), bytes.size());
+        return Matches(digest, recorded);
+    }
+    if (!region->IsInsideFile()) return false;
+    std::vector<char> chunk(static_cast<std::size_t>(std::min<std::uint64_t>(region->length, 1u << 20)));
+    for (std::uint64_t done = 0; done < region->length;) {
+        const std::uint64_t size = std::min<std::uint64_t>(region->length - done, chunk.size());
+        if (!region->file->ReadAt(chunk.data(), size, region->offset + done)) return false;
+        digest.Update(chunk.data(), static_cast<std::size_t>(size));
+        done += size;
+    }
+    return Matches(digest, recorded);
+}
+
+std::string MismatchMessage(const std::string& input) {
+    return "The packed file of the input file " + QuotedPath(input) + " does not match its SHA-256 digest.";
+}
+
+// The message for a failed write of the output; the trace has the system's reason and the path.
+std::string WriteFailureMessage(Portability::WriteFailure failure, const std::string& input, const fs::path& output,
+                                const std::string& exists) {
+    const std::string quoted = QuotedPath(output.string());
+    switch (failure) {
+        case Portability::WriteFailure::target_exists:
+            return exists;
+        case Portability::WriteFailure::source:
+            return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
+        case Portability::WriteFailure::no_space:
+            return "Could not write " + quoted + ". Its file system is full.";
+        case Portability::WriteFailure::read_only:
+            return "Could not open " + quoted + ". Its file system is read-only.";
+        default:
+            break;
+    }
+    std::string message = "Could not open " + quoted + ".";
+    const fs::path directory = output.parent_path();
+    boost::system::error_code error;
+    if (!directory.empty() && !fs::exists(directory, error)) {
+        message += " The directory " + QuotedPath(directory.string()) + " does not exist.";
+    }
+    return message;
+}
+
 }  // namespace
 
 void unpack(const UnpackRecord& record) {
@@ -66,9 +117,12 @@ void unpack(const UnpackRecord& record) {
                                          : PayloadReadResult::load_failed;
     if (result != PayloadReadResult::success) throw std::runtime_error(ReadFailure(result, input));
     progress.Restart(facts.content.Length());
+    // Files packed without a digest (by earlier versions, or other writers) have nothing to check.
+    const bool verify = record.verify && !facts.sha256.empty();
 
     if (const auto* explicitFile = std::get_if<OutputFile>(&record.target);
         explicitFile && IsStandardStream(explicitFile->path)) {
+        if (verify && !StoredContentMatches(facts.content, facts.sha256)) throw std::runtime_error(MismatchMessage(input));
         if (!WriteStandardOutput(facts.content)) {
             throw std::runtime_error("Could not write to the standard output.");
         }
@@ -80,29 +134,26 @@ void unpack(const UnpackRecord& record) {
     const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
     boost::system::error_code error;
     const fs::file_type type = fs::status(output, error).type();
-    if (!record.force && type != fs::status_unknown && type != fs::file_not_found) throw std::runtime_error(exists);
+    // A device, FIFO or descriptor (/dev/null, /dev/stdout) is written through, never replaced.
+    if (!record.force && type != fs::status_unknown && type != fs::file_not_found &&
+        !Portability::IsWrittenThrough(output.string())) {
+        throw std::runtime_error(exists);
+    }
 
     // Without --force the last step refuses an output that appeared since the check above.
     Portability::AtomicFileWriter writer(output.string(), record.force ? Portability::ExistingTarget::replace
                                                                        : Portability::ExistingTarget::refuse);
-    // Files packed without a digest (by earlier versions, or other writers) have nothing to check.
-    const bool verify = record.verify && !facts.sha256.empty();
+    // A file is checked as it is written, and a mismatch leaves nothing behind: the writer is
+    // dropped without taking the output's name. What is written through is checked first.
+    const bool checkFirst = verify && Portability::IsWrittenThrough(output.string());
+    if (checkFirst && !StoredContentMatches(facts.content, facts.sha256)) throw std::runtime_error(MismatchMessage(input));
+    const bool checkWhileWriting = verify && !checkFirst;
     Portability::Sha256 digest;
-    const bool written = writer.Open() && WriteContent(facts.content, writer, verify ? &digest : nullptr) &&
+    const bool written = writer.Open() && WriteContent(facts.content, writer, checkWhileWriting ? &digest : nullptr) &&
                          writer.size() == facts.content.Length();
-    // A mismatch leaves nothing behind: the writer is dropped without taking the output's name.
-    if (written && verify && !Matches(digest, facts.sha256)) {
-        throw std::runtime_error("The packed file of the input file " + QuotedPath(input) +
-                                 " does not match its SHA-256 digest.");
-    }
+    if (written && checkWhileWriting && !Matches(digest, facts.sha256)) throw std::runtime_error(MismatchMessage(input));
     if (!written || !writer.Commit()) {
-        if (writer.failure() == Portability::WriteFailure::target_exists) throw std::runtime_error(exists);
-        std::string message = "Could not open " + QuotedPath(output.string()) + ".";
-        const fs::path directory = output.parent_path();
-        if (!directory.empty() && !fs::exists(directory, error)) {
-            message += " The directory " + QuotedPath(directory.string()) + " does not exist.";
-        }
-        throw std::runtime_error(message);
+        throw std::runtime_error(WriteFailureMessage(writer.failure(), input, output, exists));
     }
 }
 

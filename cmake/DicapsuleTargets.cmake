@@ -57,6 +57,39 @@ function(dicapsule_library name)
   dicapsule_warnings(${name})
 endfunction()
 
+# dicapsule_module(NAME SOURCES...): a module loaded at run time, installed in lib/dicapsule/.
+# Its debug information goes to NAME.so.debug beside it and the module itself is stripped as the
+# Debian package wants it, so that the bytes built are the bytes installed: the tool checks the
+# module's size and SHA-256 (dicapsule_module_identity) before loading it.
+function(dicapsule_module name)
+  add_library(${name} MODULE ${ARGN})
+  set_target_properties(${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
+                        CXX_VISIBILITY_PRESET hidden BUILD_WITH_INSTALL_RPATH ON DICAPSULE_SHARED_CRYPTO ON)
+  dicapsule_warnings(${name})
+  add_custom_command(TARGET ${name} POST_BUILD
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${name}> $<TARGET_FILE:${name}>.debug
+    COMMAND ${CMAKE_STRIP} --strip-unneeded --remove-section=.comment --remove-section=.note $<TARGET_FILE:${name}>
+    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=$<TARGET_FILE:${name}>.debug $<TARGET_FILE:${name}>
+    VERBATIM)
+  set_property(GLOBAL APPEND PROPERTY DICAPSULE_MODULES ${name})
+endfunction()
+
+# dicapsule_module_identity(MODULE CONSUMER VARIABLE): CONSUMER's sources may include
+# "<MODULE>Identity.h", which defines the Portability::ModuleIdentity VARIABLE of the module as
+# built. The header is made again whenever the module is linked again.
+function(dicapsule_module_identity module consumer variable)
+  set(folder ${PROJECT_BINARY_DIR}/generated/${consumer})
+  set(header ${folder}/${module}Identity.h)
+  add_custom_command(OUTPUT ${header}
+    COMMAND ${CMAKE_COMMAND} -DMODULE=$<TARGET_FILE:${module}> -DVARIABLE=${variable} -DOUTPUT=${header}
+            -P ${PROJECT_SOURCE_DIR}/cmake/ModuleIdentity.cmake
+    DEPENDS ${module} ${PROJECT_SOURCE_DIR}/cmake/ModuleIdentity.cmake
+    COMMENT "Recording the identity of ${module}"
+    VERBATIM)
+  target_sources(${consumer} PRIVATE ${header})
+  target_include_directories(${consumer} PRIVATE ${folder})
+endfunction()
+
 # Fuzzing builds (clang): every object gets coverage instrumentation and the sanitizers.
 if(DICAPSULE_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)

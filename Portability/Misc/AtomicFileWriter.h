@@ -5,9 +5,19 @@
 // partial output or damages an existing file. Where the platform allows, the temporary file has
 // no name at all until Commit, so not even a killed process leaves it behind; otherwise its name
 // is short (it fits wherever the target's name fits) and is removed when the process is
-// interrupted (SIGINT, SIGTERM, SIGHUP).
+// interrupted (SIGINT, SIGTERM, SIGHUP), though not when it is killed outright.
 //
-// An existing symbolic link at the target is itself replaced, never followed.
+// An existing symbolic link at the target is itself replaced, never followed, when it leads to a
+// regular file or to nothing. A target that is not a file to replace (a character device, a FIFO,
+// a socket, one of this process's descriptors such as /dev/stdout or /proc/self/fd/N, or a
+// symbolic link to any of them) is written through instead: opened as it is and never replaced,
+// so a failure there may leave part of the bytes written. A block device counts as an existing
+// file, and with ExistingTarget::replace it is written through as well.
+//
+// File systems without unnamed files, renaming without replacing, hard links or ownership (FAT,
+// exFAT, some network shares) get a named temporary file, and a commit that refuses an existing
+// target is then a check followed by a rename: another process that creates the target between
+// the two loses its file. Everywhere else that refusal is atomic.
 
 #include <cstddef>
 #include <cstdint>
@@ -28,8 +38,16 @@ enum class ExistingTarget {
 enum class WriteFailure {
     none,
     target_exists,  // ExistingTarget::refuse and the target existed when Commit tried to take it
-    io,             // any other failure (directory missing, no permission, disk full, ...)
+    no_space,       // the target's file system is full (or the quota reached)
+    read_only,      // the target's file system is mounted read-only
+    source,         // CopyFrom's source ended early or could not be read
+    io,             // any other failure (directory missing, no permission, ...)
 };
+
+// True when target is written through rather than replaced (see above): a character device, a
+// FIFO, a socket or a descriptor of this process, directly or through symbolic links. Such a
+// target does not count as an existing file.
+bool IsWrittenThrough(const std::string& target);
 
 class AtomicFileWriter {
 public:
@@ -39,7 +57,8 @@ public:
     AtomicFileWriter(const AtomicFileWriter&) = delete;
     AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
 
-    // Create the temporary file in the target's directory; false when it cannot be created.
+    // Create the temporary file in the target's directory (or open a target that is written
+    // through); false when it cannot be created.
     bool Open();
     // Append bytes; false on any write failure.
     bool Write(const void* data, std::size_t size);
@@ -66,6 +85,7 @@ private:
     }
     void Discard() noexcept;
     bool CopyRange(int source_fd, std::uint64_t offset, std::uint64_t length);
+    bool CopyThroughHashing(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256& digest);
 
     std::string target_;
     ExistingTarget existing_;

@@ -1,20 +1,24 @@
 // The Linux side of AtomicFileWriter: an unnamed O_TMPFILE file linked into place on Commit, or,
 // on file systems without O_TMPFILE, a short hidden name that a signal handler removes when the
-// process is interrupted.
+// process is interrupted. Targets that are not files to replace are opened and written through.
 
 #include "Portability/Misc/AtomicFileWriter.h"
+#include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/InterruptCleanup.h"
 #include "Portability/Misc/Progress.h"
 #include "Portability/Misc/Sha256.h"
 
 #include <fcntl.h>
 #include <sys/random.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -26,16 +30,93 @@ struct AtomicFileWriter::Temporary {
     int fd = -1;
     std::string name;                 // empty while the file has no name
     InterruptCleanup::Entry cleanup;  // removes name if the process is interrupted
+    bool through = false;             // fd is the target itself, written through
 };
 
 namespace {
 
+constexpr const char* kModule = "AtomicFileWriter";
 constexpr int kNameAttempts = 64;
+constexpr int kMaxLinks = 40;  // the kernel's own limit on links followed in one lookup
+
+void TraceError(const char* what, const std::string& path, int error) {
+    LV_TRACE(kModule, "%s %s: %s", what, path.c_str(), std::strerror(error));
+}
+
+// What an errno says about the target's file system, for the caller's message.
+WriteFailure FailureOf(int error) {
+    switch (error) {
+        case ENOSPC:
+        case EDQUOT:
+            return WriteFailure::no_space;
+        case EROFS:
+            return WriteFailure::read_only;
+        default:
+            return WriteFailure::io;
+    }
+}
 
 std::string DirectoryOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos) return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// The descriptor N that path names as /dev/fd/N, /proc/self/fd/N, /proc/thread-self/fd/N or
+// /proc/<this process>/fd/N, directly or through symbolic links (/dev/stdout); -1 otherwise.
+int DescriptorNamed(std::string path) {
+    const std::string own = "/proc/" + std::to_string(::getpid()) + "/fd/";
+    for (int hop = 0; hop <= kMaxLinks; ++hop) {
+        for (const std::string prefix : {"/dev/fd/", "/proc/self/fd/", "/proc/thread-self/fd/", own.c_str()}) {
+            if (path.size() <= prefix.size() || path.compare(0, prefix.size(), prefix) != 0) continue;
+            const std::string digits = path.substr(prefix.size());
+            if (digits.size() > 9 || digits.find_first_not_of("0123456789") != std::string::npos) return -1;
+            return std::stoi(digits);
+        }
+        char link[4096];
+        const ssize_t length = ::readlink(path.c_str(), link, sizeof link);
+        if (length <= 0 || static_cast<std::size_t>(length) == sizeof link) return -1;
+        const std::string next(link, static_cast<std::size_t>(length));
+        path = next.front() == '/' ? next : DirectoryOf(path) + "/" + next;
+    }
+    return -1;
+}
+
+// A stream connection to the Unix socket at path; -1 with errno set when none.
+int ConnectSocket(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        errno = ENAMETOOLONG;
+        return -1;
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) return -1;
+    if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return fd;
+    const int error = errno;
+    ::close(fd);
+    errno = error;
+    return -1;
+}
+
+// Whether target is written through; when it is, fd receives its open descriptor, or -1 with
+// errno set when it cannot be opened.
+bool OpenThrough(const std::string& target, bool replacing, int& fd) {
+    fd = -1;
+    if (const int descriptor = DescriptorNamed(target); descriptor >= 0) {
+        fd = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+        return true;
+    }
+    struct stat info {};
+    if (::stat(target.c_str(), &info) != 0) return false;
+    if (S_ISSOCK(info.st_mode)) {
+        fd = ConnectSocket(target);
+        return true;
+    }
+    if (!S_ISCHR(info.st_mode) && !S_ISFIFO(info.st_mode) && !(replacing && S_ISBLK(info.st_mode))) return false;
+    fd = ::open(target.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+    return true;
 }
 
 // ".dcp" and six random characters: ten bytes, short enough for any directory the target fits in.
@@ -66,24 +147,45 @@ bool ClaimSiblingName(const std::string& directory, WriteFailure& failure, std::
             cleanup = std::move(entry);
             return true;
         }
-        if (error != EEXIST) break;
+        if (error != EEXIST) {
+            TraceError("Cannot create the temporary file", candidate, error);
+            failure = FailureOf(error);
+            return false;
+        }
     }
+    LV_TRACE(kModule, "No free temporary name in %s", directory.c_str());
     failure = WriteFailure::io;
     return false;
 }
 
-bool CopyBuffered(int source_fd, std::uint64_t offset, std::uint64_t length, int target_fd) {
+// Copy through a buffer; false with the failure's kind in failure.
+bool CopyBuffered(int source_fd, std::uint64_t offset, std::uint64_t length, int target_fd, WriteFailure& failure) {
     constexpr std::size_t kChunk = 1 << 20;
     std::vector<char> buffer(static_cast<std::size_t>(std::min<std::uint64_t>(kChunk, length)));
     while (length > 0) {
         const std::size_t want = static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), length));
         const ssize_t got = ::pread(source_fd, buffer.data(), want, static_cast<off_t>(offset));
         if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) return false;
+        if (got <= 0) {
+            if (got == 0) {
+                LV_TRACE(kModule, "The source ends at offset %llu, %llu bytes short of the copy",
+                         static_cast<unsigned long long>(offset), static_cast<unsigned long long>(length));
+            } else {
+                LV_TRACE(kModule, "Cannot read the source at offset %llu: %s", static_cast<unsigned long long>(offset),
+                         std::strerror(errno));
+            }
+            failure = WriteFailure::source;
+            return false;
+        }
         for (ssize_t done = 0; done < got;) {
             const ssize_t put = ::write(target_fd, buffer.data() + done, static_cast<std::size_t>(got - done));
             if (put < 0 && errno == EINTR) continue;
-            if (put <= 0) return false;
+            if (put <= 0) {
+                const int error = put < 0 ? errno : ENOSPC;
+                LV_TRACE(kModule, "Cannot write the output: %s", std::strerror(error));
+                failure = FailureOf(error);
+                return false;
+            }
             done += put;
         }
         offset += static_cast<std::uint64_t>(got);
@@ -108,11 +210,25 @@ bool HashStored(int fd, std::uint64_t offset, std::uint64_t length, Sha256& dige
 
 // A regular file about to be replaced lends its permission bits, and to root its owner and group,
 // so that -f never makes a private file public. Symbolic links and other objects lend nothing.
+// Where the file system cannot keep owners or modes (FAT), the new file is good enough when it
+// belongs to the old owner or to the caller and grants nobody more than the old one did.
 bool TakeOverAttributes(int fd, const std::string& target) {
     struct stat existing {};
     if (::lstat(target.c_str(), &existing) != 0 || !S_ISREG(existing.st_mode)) return true;
-    if (::geteuid() == 0 && ::fchown(fd, existing.st_uid, existing.st_gid) != 0) return false;
-    return ::fchmod(fd, existing.st_mode & 0777) == 0;
+    const bool owned = ::geteuid() != 0 || ::fchown(fd, existing.st_uid, existing.st_gid) == 0;
+    if (!owned) TraceError("Cannot give the new file the owner of", target, errno);
+    const bool moded = ::fchmod(fd, existing.st_mode & 0777) == 0;
+    if (!moded) TraceError("Cannot give the new file the permissions of", target, errno);
+    if (owned && moded) return true;
+    struct stat made {};
+    if (::fstat(fd, &made) != 0) return false;
+    const bool ownerKept = made.st_uid == existing.st_uid || made.st_uid == ::geteuid();
+    const bool noWider = (made.st_mode & 0777 & ~existing.st_mode) == 0;
+    if (ownerKept && noWider) return true;
+    LV_TRACE(kModule, "The new file would be owned by %u with mode %o where %s is owned by %u with mode %o",
+             static_cast<unsigned>(made.st_uid), static_cast<unsigned>(made.st_mode & 0777), target.c_str(),
+             static_cast<unsigned>(existing.st_uid), static_cast<unsigned>(existing.st_mode & 0777));
+    return false;
 }
 
 // Link an unnamed file to `name`; errno tells why not.
@@ -126,14 +242,32 @@ bool LinkUnnamed(int fd, const std::string& name) {
 // Move a named file onto target without replacing anything there; errno tells why not.
 bool RenameNoReplace(const std::string& from, const std::string& target) {
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return true;
-    if (errno != EINVAL && errno != ENOSYS) return false;
+    if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP) return false;
     // The file system cannot rename without replacing: a hard link refuses an existing name too.
-    if (::link(from.c_str(), target.c_str()) != 0) return false;
-    ::unlink(from.c_str());
-    return true;
+    if (::link(from.c_str(), target.c_str()) == 0) {
+        ::unlink(from.c_str());
+        return true;
+    }
+    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK) return false;
+    // Nor hard links (FAT, exFAT): look, then rename. Not atomic: a target created in between is lost.
+    LV_TRACE(kModule, "%s: no rename without replacing and no hard links here; checking first", target.c_str());
+    struct stat existing {};
+    if (::lstat(target.c_str(), &existing) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    if (errno != ENOENT) return false;
+    return ::rename(from.c_str(), target.c_str()) == 0;
 }
 
 }  // namespace
+
+bool IsWrittenThrough(const std::string& target) {
+    if (DescriptorNamed(target) >= 0) return true;
+    struct stat info {};
+    return ::stat(target.c_str(), &info) == 0 &&
+           (S_ISCHR(info.st_mode) || S_ISFIFO(info.st_mode) || S_ISSOCK(info.st_mode));
+}
 
 AtomicFileWriter::AtomicFileWriter(std::string target, ExistingTarget existing)
     : target_(std::move(target)), existing_(existing) {}
@@ -145,10 +279,21 @@ bool AtomicFileWriter::Open() {
     failure_ = WriteFailure::none;
     size_ = 0;
     auto temporary = std::make_unique<Temporary>();
+    if (OpenThrough(target_, existing_ == ExistingTarget::replace, temporary->fd)) {
+        if (temporary->fd < 0) {
+            const int error = errno;
+            TraceError("Cannot open", target_, error);
+            return Fail(FailureOf(error));
+        }
+        temporary->through = true;
+        temporary_ = std::move(temporary);
+        return true;
+    }
     const std::string directory = DirectoryOf(target_);
     // The mode is the one a plain creat() would give: umask applies to both ways of creating.
     temporary->fd = ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
     if (temporary->fd < 0) {
+        TraceError("No unnamed file (O_TMPFILE) in", directory, errno);
         int& fd = temporary->fd;
         const bool created = ClaimSiblingName(directory, failure_, temporary->name, temporary->cleanup,
                                               [&fd](const std::string& name) {
@@ -167,13 +312,18 @@ bool AtomicFileWriter::Write(const void* data, std::size_t size) {
     for (std::size_t done = 0; done < size;) {
         const ssize_t put = ::write(temporary_->fd, bytes + done, size - done);
         if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return Fail(WriteFailure::io);
+        if (put <= 0) {
+            const int error = put < 0 ? errno : ENOSPC;
+            TraceError("Cannot write the output for", target_, error);
+            return Fail(FailureOf(error));
+        }
         done += static_cast<std::size_t>(put);
     }
     size_ += size;
     return true;
 }
 
+// Sets failure_ and traces the cause on failure.
 bool AtomicFileWriter::CopyRange(int source_fd, std::uint64_t offset, std::uint64_t length) {
     std::uint64_t remaining = length;
     loff_t source_offset = static_cast<loff_t>(offset);
@@ -181,21 +331,51 @@ bool AtomicFileWriter::CopyRange(int source_fd, std::uint64_t offset, std::uint6
         const std::size_t chunk = static_cast<std::size_t>(std::min<std::uint64_t>(remaining, 1u << 30));
         const ssize_t copied = ::copy_file_range(source_fd, &source_offset, temporary_->fd, nullptr, chunk, 0);
         if (copied < 0 && errno == EINTR) continue;
+        if (copied < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EROFS)) {
+            TraceError("Cannot write the output for", target_, errno);
+            return Fail(FailureOf(errno));
+        }
         if (copied <= 0) {
             // Not supported between these files (or a short source): copy the rest through a buffer.
-            return CopyBuffered(source_fd, static_cast<std::uint64_t>(source_offset), remaining, temporary_->fd);
+            if (!CopyBuffered(source_fd, static_cast<std::uint64_t>(source_offset), remaining, temporary_->fd, failure_)) {
+                LV_TRACE(kModule, "Copy into %s stopped", target_.c_str());
+                return false;
+            }
+            break;
         }
         remaining -= static_cast<std::uint64_t>(copied);
     }
     return true;
 }
 
+// A target written through cannot be read back: its bytes are hashed from the caller's buffer as
+// they are written.
+bool AtomicFileWriter::CopyThroughHashing(int source_fd, std::uint64_t offset, std::uint64_t length,
+                                          Sha256& digest) {
+    std::vector<char> buffer(static_cast<std::size_t>(std::min<std::uint64_t>(length, 1u << 20)));
+    for (std::uint64_t done = 0; done < length;) {
+        const std::size_t want = static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), length - done));
+        const ssize_t got = ::pread(source_fd, buffer.data(), want, static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) {
+            if (got < 0) TraceError("Cannot read the source of", target_, errno);
+            return Fail(WriteFailure::source);
+        }
+        if (!Write(buffer.data(), static_cast<std::size_t>(got))) return false;
+        digest.Update(buffer.data(), static_cast<std::size_t>(got));
+        done += static_cast<std::uint64_t>(got);
+        ReportProgress(static_cast<std::uint64_t>(got));
+    }
+    return true;
+}
+
 bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256* digest) {
     if (!temporary_) return Fail(WriteFailure::io);
+    if (digest != nullptr && temporary_->through) return CopyThroughHashing(source_fd, offset, length, *digest);
     // Reserving the range first makes the kernel's copy a quarter faster on ext4 (measured at
     // 512 MiB). Only a hint: where it fails (no fallocate, or no room for blocks that a clone
     // would not need anyway) the copy below decides.
-    if (length > 0) {
+    if (length > 0 && !temporary_->through) {
         ::fallocate(temporary_->fd, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(size_), static_cast<off_t>(length));
     }
     if (digest == nullptr) {
@@ -204,7 +384,7 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
         constexpr std::uint64_t kStep = std::uint64_t{64} << 20;
         for (std::uint64_t done = 0; done < length;) {
             const std::uint64_t step = std::min(kStep, length - done);
-            if (!CopyRange(source_fd, offset + done, step)) return Fail(WriteFailure::io);
+            if (!CopyRange(source_fd, offset + done, step)) return false;
             done += step;
             ReportProgress(step);
         }
@@ -234,7 +414,11 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
         done += stage;
     }
     if (hasher.joinable()) hasher.join();
-    if (!copied || !hashed) return Fail(WriteFailure::io);
+    if (!copied) return false;
+    if (!hashed) {
+        TraceError("Cannot read back what was written to", target_, errno);
+        return Fail(WriteFailure::io);
+    }
     size_ += length;
     return true;
 }
@@ -242,6 +426,14 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
 bool AtomicFileWriter::Commit() {
     if (!temporary_) return Fail(WriteFailure::io);
     Temporary& file = *temporary_;
+    if (file.through) {
+        const bool closed = ::close(std::exchange(file.fd, -1)) == 0;
+        const int error = errno;
+        Discard();
+        if (closed) return true;
+        TraceError("Cannot finish writing", target_, error);
+        return Fail(FailureOf(error));
+    }
     if (existing_ == ExistingTarget::replace && !TakeOverAttributes(file.fd, target_)) {
         Discard();
         return Fail(WriteFailure::io);
@@ -251,11 +443,16 @@ bool AtomicFileWriter::Commit() {
         const bool linked = LinkUnnamed(file.fd, target_);
         const int error = errno;
         const bool closed = ::close(std::exchange(file.fd, -1)) == 0;
+        const int closeError = errno;
         Discard();
-        if (!linked) return Fail(error == EEXIST ? WriteFailure::target_exists : WriteFailure::io);
+        if (!linked) {
+            if (error != EEXIST) TraceError("Cannot link the new file to", target_, error);
+            return Fail(error == EEXIST ? WriteFailure::target_exists : FailureOf(error));
+        }
         if (closed) return true;
+        TraceError("Cannot finish writing", target_, closeError);
         ::unlink(target_.c_str());  // a deferred write error: the file we just linked is damaged
-        return Fail(WriteFailure::io);
+        return Fail(FailureOf(closeError));
     }
     // Only a rename takes an existing name: an unnamed file gets a short sibling name first.
     const int fd = file.fd;
@@ -267,16 +464,20 @@ bool AtomicFileWriter::Commit() {
     }
     // Closing first reports a deferred write error while the target is still untouched.
     if (::close(std::exchange(file.fd, -1)) != 0) {
+        const int error = errno;
+        TraceError("Cannot finish writing", file.name, error);
         Discard();
-        return Fail(WriteFailure::io);
+        return Fail(FailureOf(error));
     }
     const bool renamed = existing_ == ExistingTarget::refuse ? RenameNoReplace(file.name, target_)
                                                              : ::rename(file.name.c_str(), target_.c_str()) == 0;
     const int error = errno;
     if (renamed) file.name.clear();
+    if (!renamed && error != EEXIST)
+        LV_TRACE(kModule, "Cannot rename %s to %s: %s", file.name.c_str(), target_.c_str(), std::strerror(error));
     Discard();
-    if (!renamed) return Fail(error == EEXIST ? WriteFailure::target_exists : WriteFailure::io);
-    return true;
+    if (renamed) return true;
+    return Fail(error == EEXIST ? WriteFailure::target_exists : FailureOf(error));
 }
 
 void AtomicFileWriter::Discard() noexcept {

@@ -1,8 +1,11 @@
 #include "Portability/Misc/ExternalLibrary.h"
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/Sha256.h"
 
 #include <filesystem>
+#include <fstream>
+#include <vector>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -37,19 +40,88 @@ bool ExternalLibrary::Open(const std::string& path) {
     return handle_ != nullptr;
 }
 
-bool ExternalLibrary::OpenModule(const std::string& fileName, const std::string& buildPath) {
-    const std::string directory = ExecutableDirectory();
-    const char separator = static_cast<char>(std::filesystem::path::preferred_separator);
-    // Without a known executable directory nothing is looked up relative to the working directory.
-    const std::string installed = directory + ".." + separator + "lib" + separator + "dicapsule" + separator + fileName;
-    const std::string candidates[] = {directory.empty() ? std::string() : directory + fileName,
-                                      directory.empty() ? std::string() : installed, buildPath};
-    for (const std::string& candidate : candidates) {
-        std::error_code error;
-        const std::filesystem::path path(std::u8string(candidate.begin(), candidate.end()));
-        if (!candidate.empty() && std::filesystem::is_regular_file(path, error) && Open(candidate)) return true;
+namespace {
+
+constexpr const char* kModule = "ExternalLibrary";
+
+const char* Describe(ModuleCheck check) {
+    switch (check) {
+        case ModuleCheck::usable: return "the loader refused it";
+        case ModuleCheck::missing: return "no such file";
+        case ModuleCheck::not_regular: return "not a regular file";
+        case ModuleCheck::unreadable: return "cannot be read";
+        case ModuleCheck::wrong_size: return "not the size of the module this program was built with";
+        case ModuleCheck::wrong_digest: return "not the SHA-256 of the module this program was built with";
     }
-    LV_TRACE("ExternalLibrary", "Module %s not found", fileName.c_str());
+    return "?";
+}
+
+std::filesystem::path PathOf(const std::string& utf8) { return std::filesystem::path(std::u8string(utf8.begin(), utf8.end())); }
+
+}  // namespace
+
+ModuleCheck CheckModuleFile(const std::string& path, const ModuleIdentity& identity) {
+    const std::filesystem::path file = PathOf(path);
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(file, error);
+    if (status.type() == std::filesystem::file_type::not_found) return ModuleCheck::missing;
+    if (error) {
+        LV_TRACE(kModule, "Cannot query %s: %s", path.c_str(), error.message().c_str());
+        return ModuleCheck::unreadable;
+    }
+    if (status.type() != std::filesystem::file_type::regular) return ModuleCheck::not_regular;
+    std::ifstream in(file, std::ios::binary);
+    if (!in) return ModuleCheck::unreadable;
+    // The size first: a truncated or grown file is refused without reading it.
+    in.seekg(0, std::ios::end);
+    const std::streamoff size = in.tellg();
+    if (size < 0) return ModuleCheck::unreadable;
+    if (static_cast<std::uint64_t>(size) != identity.size) {
+        LV_TRACE(kModule, "%s has %lld bytes, the module %s has %llu", path.c_str(), static_cast<long long>(size),
+                 identity.file_name, static_cast<unsigned long long>(identity.size));
+        return ModuleCheck::wrong_size;
+    }
+    in.seekg(0, std::ios::beg);
+    Sha256 hash;
+    std::vector<char> buffer(1 << 16);
+    std::uint64_t total = 0;
+    while (in) {
+        in.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+        const std::streamsize got = in.gcount();
+        hash.Update(buffer.data(), static_cast<std::size_t>(got));
+        total += static_cast<std::uint64_t>(got);
+    }
+    Sha256::Digest digest{};
+    if (in.bad() || total != identity.size || !hash.Finish(digest)) return ModuleCheck::unreadable;
+    if (ToHex(digest) != identity.sha256) {
+        LV_TRACE(kModule, "%s has SHA-256 %s, the module %s has %s", path.c_str(), ToHex(digest).c_str(),
+                 identity.file_name, identity.sha256);
+        return ModuleCheck::wrong_digest;
+    }
+    return ModuleCheck::usable;
+}
+
+bool ExternalLibrary::OpenModule(const ModuleIdentity& identity) {
+    refused_.clear();
+    const std::string directory = ExecutableDirectory();
+    if (directory.empty()) {
+        LV_TRACE(kModule, "Module %s not loaded: the executable's directory is unknown", identity.file_name);
+        return false;
+    }
+    const char separator = static_cast<char>(std::filesystem::path::preferred_separator);
+    const std::string installed = directory + ".." + separator + "lib" + separator + "dicapsule" + separator;
+    for (const std::string& folder : {directory, installed}) {
+        const auto normal = PathOf(folder + identity.file_name).lexically_normal().u8string();
+        const std::string candidate(normal.begin(), normal.end());
+        const ModuleCheck check = CheckModuleFile(candidate, identity);
+        if (check == ModuleCheck::missing) {
+            LV_TRACE(kModule, "Module %s: no file at %s", identity.file_name, candidate.c_str());
+            continue;
+        }
+        if (check == ModuleCheck::usable && Open(candidate)) return true;
+        LV_TRACE(kModule, "Module %s: %s refused, %s", identity.file_name, candidate.c_str(), Describe(check));
+        if (refused_.empty()) refused_ = candidate;
+    }
     return false;
 }
 

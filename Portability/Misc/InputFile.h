@@ -19,6 +19,7 @@ public:
         opened,
         unreadable,  // missing, no permission, a directory, or a read error while copying
         too_large,   // more than the caller's limit
+        no_temporary_space,  // a stream to copy filled the temporary directory (TemporaryDirectory())
     };
 
     InputFile();

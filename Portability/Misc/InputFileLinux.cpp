@@ -1,6 +1,7 @@
 // The Linux side of InputFile: the path is opened once; a regular file is kept open where it is,
 // and a pipe, a process substitution or a character device is copied into a scratch file.
 
+#include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/InputFileStream.h"
 
 #include <fcntl.h>
@@ -8,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 namespace Portability {
 
@@ -28,7 +30,10 @@ InputFile::Status InputFile::OpenSource(const Source& opened, const std::string&
     file_.reset();
     size_ = 0;
     const int source = opened.descriptor;
-    if (source < 0) return Status::unreadable;
+    if (source < 0) {
+        LV_TRACE("InputFile", "Cannot open %s: %s", path.c_str(), std::strerror(errno));
+        return Status::unreadable;
+    }
     struct stat info {};
     // A regular file of size 0 may still have content that only reading shows (/proc, /sys).
     if (::fstat(source, &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0) {

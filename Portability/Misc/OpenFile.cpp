@@ -1,5 +1,7 @@
 #include "Portability/Misc/OpenFile.h"
 
+#include "Portability/Misc/DebugTrace.h"
+
 #include "Portability/Misc/TemporaryFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
@@ -13,6 +15,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 namespace Portability {
@@ -31,9 +34,13 @@ OpenFile::~OpenFile() { ::close(descriptor_); }
 
 std::shared_ptr<OpenFile> OpenFile::Open(const std::string& path) {
     const int descriptor = ::open(PathFromUtf8(path).c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) return nullptr;
+    if (descriptor < 0) {
+        LV_TRACE("OpenFile", "Cannot open %s: %s", path.c_str(), std::strerror(errno));
+        return nullptr;
+    }
     struct stat info {};
     if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+        LV_TRACE("OpenFile", "%s is not a regular file", path.c_str());
         ::close(descriptor);
         return nullptr;
     }
@@ -61,7 +68,16 @@ bool OpenFile::ReadAt(void* data, std::uint64_t size, std::uint64_t offset) cons
         const auto got = ::pread(descriptor_, bytes, static_cast<std::size_t>(std::min(size, kPiece)),
                                  static_cast<off_t>(offset));
         if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) return false;
+        if (got <= 0) {
+            if (got < 0) {
+                LV_TRACE("OpenFile", "Cannot read %s at offset %llu: %s", path_.c_str(),
+                         static_cast<unsigned long long>(offset), std::strerror(errno));
+            } else {
+                LV_TRACE("OpenFile", "%s ends before offset %llu", path_.c_str(),
+                         static_cast<unsigned long long>(offset + size));
+            }
+            return false;
+        }
         bytes += got;
         size -= static_cast<std::uint64_t>(got);
         offset += static_cast<std::uint64_t>(got);
@@ -81,7 +97,13 @@ bool OpenFile::Append(const void* data, std::size_t size) {
         const auto written = ::pwrite(descriptor_, bytes, static_cast<std::size_t>(std::min<std::uint64_t>(size, kPiece)),
                                       static_cast<off_t>(size_));
         if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
+        if (written <= 0) {
+            const int error = written < 0 ? errno : ENOSPC;
+            LV_TRACE("OpenFile", "Cannot write %s at offset %llu: %s", path_.c_str(),
+                     static_cast<unsigned long long>(size_), std::strerror(error));
+            errno = error;
+            return false;
+        }
         bytes += written;
         size -= static_cast<std::size_t>(written);
         size_ += static_cast<std::uint64_t>(written);

@@ -11,4 +11,8 @@ namespace Portability {
 // file again while the descriptor stays open; -1 when no file can be made.
 int CreateTemporaryFile(std::string& reopenPath);
 
+// The directory scratch files are made in (UTF-8): $TMPDIR or /tmp; the user's temporary folder
+// on Windows.
+std::string TemporaryDirectory();
+
 }  // namespace Portability

@@ -6,6 +6,10 @@
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/ExternalLibrary.h"
 
+#if defined(DICAPSULE_JPEG_MODULE)
+#include "dicapsule_jpegextIdentity.h"
+#endif
+
 #include <cstring>
 #include <vector>
 
@@ -15,13 +19,13 @@ namespace {
 
 constexpr const char* kModule = "Module JPEG";
 
-// The module's entry point, loaded on first use from where the tool's modules are installed, else
-// where the build wrote it (tests). Null when this build has no module or it cannot be loaded.
+// The module's entry point, loaded on first use from where the tool's modules are installed, when
+// its file is the one this build made. Null when this build has no module or it cannot be loaded.
 DicapsuleDecodeJpegFunction LoadModule() {
-#if defined(DICAPSULE_JPEG_MODULE_FILE) && defined(DICAPSULE_JPEG_MODULE_BUILD_PATH)
+#if defined(DICAPSULE_JPEG_MODULE)
     static Portability::ExternalLibrary library;
     static const DicapsuleDecodeJpegFunction entry = [] {
-        if (!library.OpenModule(DICAPSULE_JPEG_MODULE_FILE, DICAPSULE_JPEG_MODULE_BUILD_PATH)) return DicapsuleDecodeJpegFunction{};
+        if (!library.OpenModule(kJpegModule)) return DicapsuleDecodeJpegFunction{};
         return reinterpret_cast<DicapsuleDecodeJpegFunction>(library.Symbol(kJpegModuleEntry));
     }();
     return entry;

@@ -20,4 +20,6 @@ ThumbnailIconResult InsertThumbnailIcon(const std::string& path, DataModule::Ico
     return inserted ? ThumbnailIconResult::inserted : ThumbnailIconResult::not_inserted;
 }
 
+std::string ImagingModuleName() { return {}; }  // linked in: never unavailable
+
 }  // namespace Lumivale::Imaging

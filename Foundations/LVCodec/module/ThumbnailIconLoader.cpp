@@ -4,6 +4,7 @@
 
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/ExternalLibrary.h"
+#include "dicapsule_imagingIdentity.h"
 
 namespace Lumivale::Imaging {
 
@@ -13,11 +14,15 @@ void ForwardTrace(const Portability::TraceLine* line) {
     Portability::Trace(line->module, line->file, line->line, line->text);
 }
 
-DicapsuleInsertThumbnailIcon LoadEntry() {
+Portability::ExternalLibrary& Library() {
     static Portability::ExternalLibrary library;
+    return library;
+}
+
+DicapsuleInsertThumbnailIcon LoadEntry() {
     static const DicapsuleInsertThumbnailIcon entry = [] {
-        if (!library.OpenModule(DICAPSULE_IMAGING_MODULE_FILE, DICAPSULE_IMAGING_MODULE_BUILD_PATH))
-            return DicapsuleInsertThumbnailIcon{};
+        Portability::ExternalLibrary& library = Library();
+        if (!library.OpenModule(kImagingModule)) return DicapsuleInsertThumbnailIcon{};
         return reinterpret_cast<DicapsuleInsertThumbnailIcon>(library.Symbol(kImagingModuleEntry));
     }();
     return entry;
@@ -29,9 +34,14 @@ ThumbnailIconResult InsertThumbnailIcon(const std::string& path, DataModule::Ico
     const DicapsuleInsertThumbnailIcon insert = LoadEntry();
     if (insert == nullptr) {
         LV_TRACE("Module Imaging", "%s", "The imaging module is not available: no thumbnail can be read");
-        return ThumbnailIconResult::not_loaded;
+        return ThumbnailIconResult::module_unavailable;
     }
     return static_cast<ThumbnailIconResult>(insert(path.c_str(), &record, ForwardTrace));
+}
+
+std::string ImagingModuleName() {
+    const std::string& refused = Library().refused();
+    return refused.empty() ? std::string(kImagingModule.file_name) : refused;
 }
 
 }  // namespace Lumivale::Imaging

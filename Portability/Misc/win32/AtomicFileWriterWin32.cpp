@@ -2,7 +2,8 @@
 // CreateFileW under a short hidden name (removed if the console is interrupted), then takes the
 // target's place: with ExistingTarget::refuse by MoveFileExW without replacing, which fails if
 // the target appeared meanwhile; with replace by ReplaceFileW (an existing target keeps its
-// security descriptor and attributes) or a replacing MoveFileExW, both writing through.
+// security descriptor and attributes) or a replacing MoveFileExW, both writing through. A device
+// (NUL, CON, COM1) or a pipe is opened as it is and written through.
 
 #include "Portability/Misc/AtomicFileWriter.h"
 
@@ -27,6 +28,7 @@ struct AtomicFileWriter::Temporary {
     int fd = -1;
     std::wstring name;
     InterruptCleanup::Entry cleanup;  // removes name if the console is interrupted
+    bool through = false;             // fd is the target itself, written through
 };
 
 namespace {
@@ -34,6 +36,19 @@ namespace {
 constexpr const char* kModule = "AtomicFileWriter";
 // Large chunks: each ReadFile/WriteFile pair costs a round trip through the file system.
 constexpr std::uint64_t kCopyChunk = std::uint64_t{8} << 20;
+
+// What the last Win32 error says about the target's volume, for the caller's message.
+WriteFailure FailureOfLastError() {
+    switch (::GetLastError()) {
+        case ERROR_DISK_FULL:
+        case ERROR_HANDLE_DISK_FULL:
+            return WriteFailure::no_space;
+        case ERROR_WRITE_PROTECT:
+            return WriteFailure::read_only;
+        default:
+            return WriteFailure::io;
+    }
+}
 
 HANDLE HandleOf(int descriptor) { return reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor)); }
 
@@ -73,6 +88,20 @@ bool ReplaceTarget(const std::wstring& temporary, const std::wstring& target) {
     return ::MoveFileExW(temporary.c_str(), target.c_str(), flags) != 0;
 }
 
+// The target opened for writing when it is a character device or a pipe; otherwise null. A named
+// pipe is recognised by its name, since opening one to look would take one of its instances.
+HANDLE OpenThrough(const std::wstring& target, bool probe) {
+    const bool pipe = target.rfind(L"\\\\.\\pipe\\", 0) == 0;
+    if (pipe && probe) return INVALID_HANDLE_VALUE;  // a stand-in that only says "through"
+    const HANDLE handle = ::CreateFileW(target.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                        OPEN_EXISTING, 0, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return nullptr;
+    const DWORD type = ::GetFileType(handle);
+    if (type == FILE_TYPE_CHAR || type == FILE_TYPE_PIPE) return handle;
+    ::CloseHandle(handle);
+    return nullptr;
+}
+
 bool WriteAll(HANDLE handle, const char* bytes, std::uint64_t size) {
     while (size > 0) {
         const DWORD want = static_cast<DWORD>(std::min<std::uint64_t>(size, kCopyChunk));
@@ -86,6 +115,15 @@ bool WriteAll(HANDLE handle, const char* bytes, std::uint64_t size) {
 
 }  // namespace
 
+bool IsWrittenThrough(const std::string& target) {
+    std::wstring wide;
+    if (!WideFromUtf8(target, wide) || wide.empty()) return false;
+    const HANDLE handle = OpenThrough(wide, true);
+    if (handle == nullptr) return false;
+    if (handle != INVALID_HANDLE_VALUE) ::CloseHandle(handle);
+    return true;
+}
+
 AtomicFileWriter::AtomicFileWriter(std::string target, ExistingTarget existing)
     : target_(std::move(target)), existing_(existing) {}
 
@@ -97,6 +135,17 @@ bool AtomicFileWriter::Open() {
     size_ = 0;
     std::wstring wideTarget;
     if (!WideFromUtf8(target_, wideTarget) || wideTarget.empty()) return Fail(WriteFailure::io);
+    if (const HANDLE device = OpenThrough(wideTarget, false); device != nullptr) {
+        auto temporary = std::make_unique<Temporary>();
+        temporary->through = true;
+        temporary->fd = ::_open_osfhandle(reinterpret_cast<intptr_t>(device), _O_BINARY);
+        if (temporary->fd < 0) {
+            ::CloseHandle(device);
+            return Fail(WriteFailure::io);
+        }
+        temporary_ = std::move(temporary);
+        return true;
+    }
     // ".dcp" and six digits: no longer than any name the target's directory already holds.
     const std::wstring prefix = DirectoryPrefixOf(wideTarget) + L".dcp";
     const ULONGLONG seed = ::GetTickCount64() ^ (static_cast<ULONGLONG>(::GetCurrentProcessId()) << 20);
@@ -111,7 +160,7 @@ bool AtomicFileWriter::Open() {
             if (::GetLastError() == ERROR_FILE_EXISTS) continue;
             LV_TRACE(kModule, "Cannot create a temporary file beside %s (error %lu)", target_.c_str(),
                      static_cast<unsigned long>(::GetLastError()));
-            return Fail(WriteFailure::io);
+            return Fail(FailureOfLastError());
         }
         temporary->fd = ::_open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_BINARY);
         if (temporary->fd < 0) {
@@ -127,7 +176,11 @@ bool AtomicFileWriter::Open() {
 
 bool AtomicFileWriter::Write(const void* data, std::size_t size) {
     if (!temporary_) return Fail(WriteFailure::io);
-    if (!WriteAll(HandleOf(temporary_->fd), static_cast<const char*>(data), size)) return Fail(WriteFailure::io);
+    if (!WriteAll(HandleOf(temporary_->fd), static_cast<const char*>(data), size)) {
+        LV_TRACE(kModule, "Cannot write the output for %s (error %lu)", target_.c_str(),
+                 static_cast<unsigned long>(::GetLastError()));
+        return Fail(FailureOfLastError());
+    }
     size_ += size;
     return true;
 }
@@ -144,8 +197,16 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
         at.OffsetHigh = static_cast<DWORD>(position >> 32);
         const DWORD want = static_cast<DWORD>(std::min<std::uint64_t>(buffer.size(), length - done));
         DWORD got = 0;
-        if (!::ReadFile(source, buffer.data(), want, &got, &at) || got == 0) return Fail(WriteFailure::io);
-        if (!WriteAll(HandleOf(temporary_->fd), buffer.data(), got)) return Fail(WriteFailure::io);
+        if (!::ReadFile(source, buffer.data(), want, &got, &at) || got == 0) {
+            LV_TRACE(kModule, "The source ends or cannot be read at offset %llu (error %lu)",
+                     static_cast<unsigned long long>(position), static_cast<unsigned long>(::GetLastError()));
+            return Fail(WriteFailure::source);
+        }
+        if (!WriteAll(HandleOf(temporary_->fd), buffer.data(), got)) {
+            LV_TRACE(kModule, "Cannot write the output for %s (error %lu)", target_.c_str(),
+                     static_cast<unsigned long>(::GetLastError()));
+            return Fail(FailureOfLastError());
+        }
         // The bytes just written, as they went to the file.
         if (digest != nullptr) digest->Update(buffer.data(), got);
         done += got;
@@ -157,6 +218,11 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
 
 bool AtomicFileWriter::Commit() {
     if (!temporary_) return Fail(WriteFailure::io);
+    if (temporary_->through) {
+        const bool closed = ::_close(std::exchange(temporary_->fd, -1)) == 0;
+        Discard();
+        return closed || Fail(WriteFailure::io);
+    }
     const bool flushed = ::FlushFileBuffers(HandleOf(temporary_->fd)) != 0;
     const bool closed = ::_close(std::exchange(temporary_->fd, -1)) == 0;
     std::wstring wideTarget;

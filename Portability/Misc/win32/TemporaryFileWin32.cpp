@@ -12,6 +12,13 @@
 
 namespace Portability {
 
+std::string TemporaryDirectory() {
+    wchar_t directory[MAX_PATH + 1] = {};
+    const DWORD length = ::GetTempPathW(MAX_PATH + 1, directory);
+    if (length == 0 || length > MAX_PATH) return {};
+    return Utf8FromWide(std::wstring(directory, length));
+}
+
 int CreateTemporaryFile(std::string& reopenPath) {
     wchar_t directory[MAX_PATH + 1] = {};
     wchar_t name[MAX_PATH + 1] = {};

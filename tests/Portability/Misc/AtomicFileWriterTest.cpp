@@ -37,6 +37,7 @@ TEST_F(AtomicFileWriterTest, OnlyACommitReplacesTheTargetAndNoTemporaryFileIsLef
         ASSERT_TRUE(abandoned.Open());
         ASSERT_TRUE(abandoned.Write("new", 3));
         EXPECT_FALSE(abandoned.CopyFrom(fd, 5, 100));  // the source is shorter than asked
+        EXPECT_EQ(abandoned.failure(), WriteFailure::source);
     }
     EXPECT_EQ(ReadText(target), "old");
 
