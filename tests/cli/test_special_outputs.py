@@ -127,7 +127,8 @@ def writing_output(pid, directory):
 
 # (id, operation, its input, message)
 SHRINKING = [
-    ("pack", ["pack", "-i", "big.bin", "-m", METADATA], "big.bin", 'Error: Could not read "big.bin".\n'),
+    ("pack", ["pack", "-i", "big.bin", "-m", METADATA], "big.bin",
+     'Error: The input file "big.bin" changed while it was being packed.\n'),
     ("unpack", ["unpack", "-i", "big.dcm"], "big.dcm",
      'Error: Could not extract the packed file from the input file "big.dcm".\n'),
 ]
