@@ -12,7 +12,8 @@ namespace Dicapsule {
 void info(const InfoRecord& record) {
     const std::string input = record.input.string();
     PayloadFacts facts;
-    switch (read_payload(input, false, facts)) {
+    const PayloadReadResult result = read_payload(input, false, facts);
+    switch (result) {
         case PayloadReadResult::success:
             break;
         case PayloadReadResult::load_failed:
@@ -23,6 +24,10 @@ void info(const InfoRecord& record) {
         case PayloadReadResult::bad_reference_text:
             throw std::runtime_error("Could not parse one of the reference strings of the input file " +
                                      QuotedPath(input) + ".");
+        case PayloadReadResult::name_too_long:
+        case PayloadReadResult::command_line_too_long:
+        case PayloadReadResult::references_too_long:
+            throw std::runtime_error(StoredTextTooLongMessage(result, input));
         default:
             throw std::runtime_error("Could not get the info of the input file " + QuotedPath(input) + ".");
     }

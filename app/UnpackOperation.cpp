@@ -2,6 +2,7 @@
 #include "app/Payload.h"
 #include "app/QuotedPath.h"
 #include "app/UnpackOutputName.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 #include "Portability/Misc/AtomicFileWriter.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -23,6 +24,10 @@ std::string ReadFailure(PayloadReadResult result, const std::string& input) {
                    " misses Dicapsule custom data. It seems it hasn't been created by Dicapsule.";
         case PayloadReadResult::bad_reference_text:
             return "Could not parse one of the reference strings of the input file " + QuotedPath(input) + ".";
+        case PayloadReadResult::name_too_long:
+        case PayloadReadResult::command_line_too_long:
+        case PayloadReadResult::references_too_long:
+            return StoredTextTooLongMessage(result, input);
         default:
             return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
     }
@@ -31,7 +36,9 @@ std::string ReadFailure(PayloadReadResult result, const std::string& input) {
 // Copy the content into the writer: straight from the packed file when it stayed there.
 bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::AtomicFileWriter& writer) {
     if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
-        return region->IsInsideFile() && writer.CopyFrom(region->file->Descriptor(), region->offset, region->length);
+        // A region of a deflated data set is inflated again, straight into the output.
+        return Lumivale::DataModule::DataAdapterModule::DicomCodecModule::CopyRegionToFile(
+            Lumivale::DataModule::DataAdapterModule::DicomCodecModule::FileRegion{*region}, writer, false);
     }
     const auto bytes = content.MemoryBytes();
     return writer.Write(bytes.data(), bytes.size());

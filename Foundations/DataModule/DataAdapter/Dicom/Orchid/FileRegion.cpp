@@ -1,7 +1,9 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 
 #include <algorithm>
+#include <optional>
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Inflate.h"
 #include "Portability/Misc/DebugTrace.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -19,7 +21,12 @@ void SwapUnitsInPlace(std::uint8_t* data, std::uint64_t size, unsigned unitSize)
 bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
     if (!region.IsInsideFile()) return false;
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(region.length));
-    if (!region.file->ReadAt(bytes.data(), region.length, region.offset)) return false;
+    if (region.deflatedFrom) {
+        InflateReader reader(region.file, *region.deflatedFrom);
+        if (!reader.Discard(region.offset) || !reader.ReadExactly(bytes.data(), bytes.size())) return false;
+    } else if (!region.file->ReadAt(bytes.data(), region.length, region.offset)) {
+        return false;
+    }
     if (region.bigEndian) SwapUnitsInPlace(bytes.data(), region.length, region.unitSize);
     out = std::move(bytes);
     return true;
@@ -27,13 +34,21 @@ bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
 
 bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits) {
     if (!region.IsInsideFile()) return false;
-    if (!swapUnits) return out.CopyFrom(region.file->Descriptor(), region.offset, region.length);
+    if (!swapUnits && !region.deflatedFrom) return out.CopyFrom(region.file->Descriptor(), region.offset, region.length);
+    // An inflated region is inflated again, straight into out, from the start of its deflate data.
+    std::optional<InflateReader> inflater;
+    if (region.deflatedFrom) {
+        inflater.emplace(region.file, *region.deflatedFrom);
+        if (!inflater->Discard(region.offset)) return false;
+    }
     // Chunks are a multiple of every unit size, so swapping never splits a unit.
     std::vector<std::uint8_t> chunk(static_cast<std::size_t>(std::min(region.length, kCopyChunk)));
     for (std::uint64_t done = 0; done < region.length;) {
         const std::uint64_t size = std::min<std::uint64_t>(region.length - done, chunk.size());
-        if (!region.file->ReadAt(chunk.data(), size, region.offset + done)) return false;
-        SwapUnitsInPlace(chunk.data(), size, region.unitSize);
+        const bool read = inflater ? inflater->ReadExactly(chunk.data(), static_cast<std::size_t>(size))
+                                   : region.file->ReadAt(chunk.data(), size, region.offset + done);
+        if (!read) return false;
+        if (swapUnits) SwapUnitsInPlace(chunk.data(), size, region.unitSize);
         if (!out.Write(chunk.data(), static_cast<std::size_t>(size))) {
             LV_TRACE("Module DicomDataStream", "Write failed while copying %llu bytes from %s",
                      static_cast<unsigned long long>(region.length), region.file->Path().c_str());

@@ -16,11 +16,13 @@ struct FileRegion : DataModule::FileRegion {
     unsigned unitSize = 1;   // unit size of the VR, for byte swapping
 };
 
-// Read the whole region into out (replacing its content), in little-endian unit order.
+// Read the whole region into out (replacing its content), in little-endian unit order. A region of
+// an inflated data set is inflated again from the start of its deflate data.
 bool LoadRegion(const FileRegion& region, std::vector<std::uint8_t>& out);
 
 // Append the region's bytes to out, swapping units when swapUnits is set: copied file to file
-// when no swap is needed, through a chunk buffer otherwise.
+// when no swap is needed, through a chunk buffer otherwise (and for a region of an inflated data
+// set, inflated again straight into out).
 bool CopyRegionToFile(const FileRegion& region, Portability::AtomicFileWriter& out, bool swapUnits);
 
 // Reverse the bytes of each unit of unitSize bytes in data (size a multiple of the unit).
