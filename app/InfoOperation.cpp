@@ -30,6 +30,10 @@ void info(const InfoRecord& record) {
         case PayloadReadResult::bad_reference_text:
             throw std::runtime_error("Could not parse one of the reference strings of the input file " +
                                      QuotedPath(input) + ".");
+        case PayloadReadResult::name_too_long:
+        case PayloadReadResult::command_line_too_long:
+        case PayloadReadResult::references_too_long:
+            throw std::runtime_error(StoredTextTooLongMessage(result, input));
         default:
             throw std::runtime_error("Could not get the info of the input file " + QuotedPath(input) + ".");
     }

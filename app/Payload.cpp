@@ -1,5 +1,7 @@
 #include "app/Payload.h"
 
+#include "app/QuotedPath.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
@@ -13,6 +15,7 @@ namespace Dicapsule {
 
 using Lumivale::DataModule::ByteBuffer;
 using Lumivale::DataModule::CustomDataStore;
+namespace dcm = Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
 
 std::string RecordCommandLine(int argc, const char* const argv[]) {
     std::string line;
@@ -41,31 +44,56 @@ void store_payload(CustomDataStore& store, const ByteBuffer& content, const std:
 
 namespace {
 
-// A text value, whole: a long one stays in the packed file until it is read here. False when the
-// key is absent or its bytes cannot be read.
-bool ReadStoredText(const CustomDataStore& store, std::string_view key, std::string& out) {
+// A text value, whole: a long one stays in the packed file (or its deflated data set) until it is
+// read here, and one longer than limit is refused unread.
+PayloadReadResult ReadStoredText(const CustomDataStore& store, std::string_view key, std::uint64_t limit,
+                                 PayloadReadResult tooLong, std::string& out) {
     const Lumivale::DataModule::CustomDataValue* value = store.Find(key);
-    if (value == nullptr) return false;
+    if (value == nullptr) return PayloadReadResult::text_unreadable;
     if (const auto* text = std::get_if<std::string>(value)) {
+        if (text->size() > limit) return tooLong;
         out = *text;
-        return true;
+        return PayloadReadResult::success;
     }
+    const ByteBuffer& buffer = std::get<ByteBuffer>(*value);
+    if (buffer.Length() > limit) return tooLong;
     std::vector<std::uint8_t> bytes;
-    if (!std::get<ByteBuffer>(*value).ReadAll(bytes)) return false;
+    if (const Lumivale::DataModule::FileRegion* region = buffer.Region()) {
+        if (!dcm::LoadRegion(dcm::FileRegion{*region}, bytes)) return PayloadReadResult::text_unreadable;
+    } else if (!buffer.ReadAll(bytes)) {
+        return PayloadReadResult::text_unreadable;
+    }
     out.assign(bytes.begin(), bytes.end());
-    return true;
+    return PayloadReadResult::success;
 }
 
 }  // namespace
+
+std::string StoredTextTooLongMessage(PayloadReadResult result, const std::string& input) {
+    const auto message = [&](const char* what, std::uint64_t limit) {
+        return "The input file " + QuotedPath(input) + " stores " + what + " longer than " + std::to_string(limit) +
+               " bytes.";
+    };
+    switch (result) {
+        case PayloadReadResult::name_too_long: return message("a name", kMaxStoredNameBytes);
+        case PayloadReadResult::command_line_too_long: return message("a command line", kMaxCommandLineBytes);
+        case PayloadReadResult::references_too_long: return message("a references text", kMaxReferencesBytes);
+        default: return {};
+    }
+}
 
 PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content, PayloadFacts& facts) {
     if (store.IsValueEmpty(kPackedFileNameKey) || !store.Contains(kPackedFileContentKey)) {
         return PayloadReadResult::not_packed;
     }
     PayloadFacts read;
-    if (!ReadStoredText(store, kPackedFileNameKey, read.name)) return PayloadReadResult::text_unreadable;
-    if (store.Contains(kCommandLineKey) && !ReadStoredText(store, kCommandLineKey, read.command_line)) {
-        return PayloadReadResult::text_unreadable;
+    PayloadReadResult text =
+        ReadStoredText(store, kPackedFileNameKey, kMaxStoredNameBytes, PayloadReadResult::name_too_long, read.name);
+    if (text != PayloadReadResult::success) return text;
+    if (store.Contains(kCommandLineKey)) {
+        text = ReadStoredText(store, kCommandLineKey, kMaxCommandLineBytes, PayloadReadResult::command_line_too_long,
+                              read.command_line);
+        if (text != PayloadReadResult::success) return text;
     }
     read.size = store.ValueLength(kPackedFileContentKey);
     if (want_content) {
@@ -74,12 +102,17 @@ PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content
         read.content = *content;
     }
     // Kept as stored: a damaged digest then fails the check like a damaged content.
-    if (store.Contains(kPackedFileSha256Key) && !ReadStoredText(store, kPackedFileSha256Key, read.sha256)) {
-        return PayloadReadResult::text_unreadable;
+    // A digest is 64 characters: a much longer value is damage, refused unread.
+    if (store.Contains(kPackedFileSha256Key)) {
+        text = ReadStoredText(store, kPackedFileSha256Key, kMaxDigestTextBytes, PayloadReadResult::text_unreadable,
+                              read.sha256);
+        if (text != PayloadReadResult::success) return text;
     }
     std::string references;
     if (store.Contains(kInstanceReferencesKey)) {
-        if (!ReadStoredText(store, kInstanceReferencesKey, references)) return PayloadReadResult::text_unreadable;
+        text = ReadStoredText(store, kInstanceReferencesKey, kMaxReferencesBytes, PayloadReadResult::references_too_long,
+                              references);
+        if (text != PayloadReadResult::success) return text;
         if (!ParseReferences(references, read.references)) return PayloadReadResult::bad_reference_text;
     }
     facts = std::move(read);

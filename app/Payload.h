@@ -50,9 +50,24 @@ struct PayloadFacts {
     PackedInstance instance;                  // filled by read_payload
 };
 
+// The longest stored texts a packed file may hold; a longer one is refused before it is read.
+// The command line and the references text hold up to 340 references of four 64-byte UIDs with room to spare.
+inline constexpr std::uint64_t kMaxStoredNameBytes = 64 * 1024;
+inline constexpr std::uint64_t kMaxCommandLineBytes = 1024 * 1024;
+inline constexpr std::uint64_t kMaxReferencesBytes = 1024 * 1024;
+inline constexpr std::uint64_t kMaxDigestTextBytes = 1024;
+
 // Outcomes of reading a payload.
 // text_unreadable: a stored text (name, command line, references) could not be read from the file.
-enum class PayloadReadResult { success, load_failed, not_packed, bad_reference_text, text_unreadable };
+// *_too_long: that stored text is longer than its limit above.
+enum class PayloadReadResult {
+    success, load_failed, not_packed, bad_reference_text, text_unreadable,
+    name_too_long, command_line_too_long, references_too_long
+};
+
+// The user's message for a stored text beyond its limit ("The input file "x" stores a name longer
+// than 65536 bytes."); empty for the other results.
+std::string StoredTextTooLongMessage(PayloadReadResult result, const std::string& input);
 
 // The arguments from argv[1] on, joined by one space; an argument holding a space is put between
 // double quotes, nothing else is escaped.

@@ -1,11 +1,10 @@
 #include "app/StreamArguments.h"
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 #include "Portability/Misc/Progress.h"
 #include "Portability/Misc/StandardStreams.h"
 
-#include <algorithm>
 #include <string>
-#include <vector>
 
 namespace Dicapsule {
 
@@ -18,24 +17,18 @@ Portability::InputFile::Status OpenInput(const boost::filesystem::path& path, Po
 }
 
 bool WriteStandardOutput(const Lumivale::DataModule::ByteBuffer& content) {
+    namespace dcm = Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
     const Lumivale::DataModule::FileRegion* region = content.Region();
     if (region == nullptr) {
         const auto bytes = content.MemoryBytes();
         return Portability::WriteStandardOutput(bytes.data(), bytes.size());
     }
-    if (!region->IsInsideFile()) return false;
-    constexpr std::uint64_t kStep = 1u << 20;
-    std::vector<char> chunk(static_cast<std::size_t>(std::min(region->length, kStep)));
-    for (std::uint64_t done = 0; done < region->length;) {
-        const std::uint64_t size = std::min<std::uint64_t>(region->length - done, chunk.size());
-        if (!region->file->ReadAt(chunk.data(), size, region->offset + done) ||
-            !Portability::WriteStandardOutput(chunk.data(), static_cast<std::size_t>(size))) {
-            return false;
-        }
-        done += size;
+    // A region of a deflated data set is inflated again as it is written.
+    return dcm::ReadRegionInChunks(dcm::FileRegion{*region}, [](std::uint8_t* bytes, std::size_t size) {
+        if (!Portability::WriteStandardOutput(bytes, size)) return false;
         Portability::ReportProgress(size);
-    }
-    return true;
+        return true;
+    });
 }
 
 }  // namespace Dicapsule

@@ -4,6 +4,7 @@
 #include "app/QuotedPath.h"
 #include "app/StreamArguments.h"
 #include "app/UnpackOutputName.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 #include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/Sha256.h"
 
@@ -20,6 +21,7 @@ namespace Dicapsule {
 namespace {
 
 namespace fs = boost::filesystem;
+namespace dcm = Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
 
 std::string ReadFailure(PayloadReadResult result, const std::string& input) {
     switch (result) {
@@ -30,6 +32,10 @@ std::string ReadFailure(PayloadReadResult result, const std::string& input) {
                    " misses Dicapsule custom data. It seems it hasn't been created by Dicapsule.";
         case PayloadReadResult::bad_reference_text:
             return "Could not parse one of the reference strings of the input file " + QuotedPath(input) + ".";
+        case PayloadReadResult::name_too_long:
+        case PayloadReadResult::command_line_too_long:
+        case PayloadReadResult::references_too_long:
+            return StoredTextTooLongMessage(result, input);
         default:
             return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
     }
@@ -40,9 +46,8 @@ std::string ReadFailure(PayloadReadResult result, const std::string& input) {
 bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::AtomicFileWriter& writer,
                   Portability::Sha256* digest) {
     if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
-        return region->IsInsideFile() &&
-               writer.CopyFrom(region->file->Descriptor(), region->offset, region->length, digest) &&
-               region->file->Unchanged();
+        // A region of a deflated data set is inflated again, straight into the output.
+        return dcm::CopyRegionToFile(dcm::FileRegion{*region}, writer, false, digest);
     }
     const auto bytes = content.MemoryBytes();
     if (digest) digest->Update(bytes.data(), bytes.size());
@@ -59,19 +64,15 @@ bool Matches(Portability::Sha256& digest, const std::string& recorded) {
 // take back what they were sent (the standard output, devices, FIFOs).
 bool StoredContentMatches(const Lumivale::DataModule::ByteBuffer& content, const std::string& recorded) {
     Portability::Sha256 digest;
-    const Lumivale::DataModule::FileRegion* region = content.Region();
-    if (region == nullptr) {
+    if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
+        const auto hash = [&digest](std::uint8_t* bytes, std::size_t size) {
+            digest.Update(bytes, size);
+            return true;
+        };
+        if (!dcm::ReadRegionInChunks(dcm::FileRegion{*region}, hash)) return false;
+    } else {
         const auto bytes = content.MemoryBytes();
         digest.Update(bytes.data(), bytes.size());
-        return Matches(digest, recorded);
-    }
-    if (!region->IsInsideFile()) return false;
-    std::vector<char> chunk(static_cast<std::size_t>(std::min<std::uint64_t>(region->length, 1u << 20)));
-    for (std::uint64_t done = 0; done < region->length;) {
-        const std::uint64_t size = std::min<std::uint64_t>(region->length - done, chunk.size());
-        if (!region->file->ReadAt(chunk.data(), size, region->offset + done)) return false;
-        digest.Update(chunk.data(), static_cast<std::size_t>(size));
-        done += size;
     }
     return Matches(digest, recorded);
 }

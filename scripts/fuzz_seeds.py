@@ -296,6 +296,29 @@ def pydicom_seeds(tmp):
     return seeds
 
 
+def deflate_bomb_seeds(tmp):
+    """Deflated packed files that inflate far beyond their size (made deflated by dcmconv): private
+    junk elements of zeros after the data set, and a stored name of 256 KiB (beyond its limit).
+    Kept to 1 MiB inflated so that replaying them, and cutting them at every offset, stays quick."""
+    content = (b"Dicapsule.PackedFile.Content", b"%PDF-1.4 seed payload\n")
+    name = (b"Dicapsule.PackedFile.Name", b"report.pdf")
+    junk = element(0x0011, 0x0010, "LO", b"JUNK", EXPLICIT) + b"".join(
+        element(0x0011, 0x1000 + i, "OB", bytes(1 << 19), EXPLICIT) for i in range(2))
+    sources = {
+        "deflate-bomb-junk.dcm": packed([content, name]) + junk,
+        "deflate-bomb-name.dcm": packed([content, (name[0], b"n" * (1 << 18))]),
+    }
+    seeds = {}
+    for seed, data in sources.items():
+        source, deflated = os.path.join(tmp, "bomb-explicit.dcm"), os.path.join(tmp, seed)
+        with open(source, "wb") as out:
+            out.write(data)
+        subprocess.run(["dcmconv", "+td", source, deflated], check=True)
+        with open(deflated, "rb") as result:
+            seeds[seed] = result.read()
+    return seeds
+
+
 def payload_seeds(tool, tmp):
     """Packed files: well formed, with references (good and bad), empty or missing values."""
     name = ("Dicapsule.PackedFile.Name", b"report.pdf")
@@ -473,7 +496,7 @@ def main():
     tmp = tempfile.mkdtemp(prefix="dicapsule-seeds-")
     try:
         dicom = {**transfer_syntax_seeds(), **structure_seeds(), **pydicom_seeds(tmp)}
-        payload = payload_seeds(args.tool, tmp)
+        payload = {**payload_seeds(args.tool, tmp), **deflate_bomb_seeds(tmp)}
         editions = edition_seeds()
         write_corpus("dicom", "dicom_file_fuzzer", {**dicom, **payload})
         write_corpus("dicom", "dicom_meta_fuzzer", dicom)

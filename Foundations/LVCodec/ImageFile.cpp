@@ -33,16 +33,18 @@ bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, co
 
 bool IsSaneGeometry(std::uint64_t width, std::uint64_t height) {
     constexpr std::uint64_t kMaxSide = std::numeric_limits<std::int32_t>::max();
-    return width > 0 && height > 0 && width <= kMaxSide && height <= kMaxSide && width * height <= kMaxImagePixels;
+    if (width > 0 && height > 0 && width <= kMaxSide && height <= kMaxSide && width * height <= kMaxImagePixels) {
+        return true;
+    }
+    LV_TRACE("Module LVCodec", "Refusing image of %llu x %llu pixels: the limit is %llu pixels",
+             static_cast<unsigned long long>(width), static_cast<unsigned long long>(height),
+             static_cast<unsigned long long>(kMaxImagePixels));
+    return false;
 }
 
 bool AllocateImage(LVImageMemory& image, std::uint64_t width, std::uint64_t height, unsigned planes, unsigned bits,
                    const char* module) {
-    if (!IsSaneGeometry(width, height)) {
-        LV_TRACE(module, "Refusing image of %llu x %llu pixels", static_cast<unsigned long long>(width),
-                 static_cast<unsigned long long>(height));
-        return false;
-    }
+    if (!IsSaneGeometry(width, height)) return false;
     if (!image.Allocate(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), planes, bits)) {
         LV_TRACE(module, "Cannot allocate %llu x %llu x %u samples of %u bits", static_cast<unsigned long long>(width),
                  static_cast<unsigned long long>(height), planes, bits);

@@ -16,8 +16,10 @@ namespace Lumivale::Imaging {
 
 // Largest image file read into memory (1 GiB).
 inline constexpr std::uint64_t kMaxImageFileBytes = std::uint64_t{1} << 30;
-// Largest number of pixels a decoder allocates (2^28).
-inline constexpr std::uint64_t kMaxImagePixels = std::uint64_t{1} << 28;
+// Largest number of pixels a decoder accepts (2^26, 8192 x 8192), checked from the header before
+// anything is decoded: a thumbnail picture never needs more, and a small file declaring more
+// (a run-length or deflate bomb) is refused before it costs memory.
+inline constexpr std::uint64_t kMaxImagePixels = std::uint64_t{1} << 26;
 
 // Stretch a sample of 0..maximum over 0..255, rounding to nearest (how low bit depths are shown).
 constexpr std::uint8_t ScaleToEightBits(std::uint32_t value, std::uint32_t maximum) {
@@ -34,7 +36,8 @@ void ShiftSignedIntoUnsignedRange(LVBuffer2D& out, unsigned bits);
 std::shared_ptr<Portability::OpenFile> OpenImageFile(const std::string& path, const char* module);
 // Read the whole file at path into bytes; false (with a trace line) when unreadable or too large.
 bool ReadImageFile(const std::string& path, std::vector<std::uint8_t>& bytes, const char* module);
-// True when width and height are positive, fit in 32 bits and their product is at most kMaxImagePixels.
+// True when width and height are positive, fit in 32 bits and their product is at most
+// kMaxImagePixels; a refusal is traced with the geometry and the cap.
 bool IsSaneGeometry(std::uint64_t width, std::uint64_t height);
 // Allocate image after checking the geometry; traces the reason of a refusal under module.
 bool AllocateImage(LVImageMemory& image, std::uint64_t width, std::uint64_t height, unsigned planes, unsigned bits,

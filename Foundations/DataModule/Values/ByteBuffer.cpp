@@ -21,6 +21,12 @@ bool ReadFileRegion(const FileRegion& region, std::vector<std::uint8_t>& out) {
                  region.file ? region.file->Path().c_str() : "(no file)");
         return false;
     }
+    if (region.deflatedFrom) {
+        LV_TRACE("Module DataModule", "File region [%llu, +%llu) of %s is in a deflated data set",
+                 static_cast<unsigned long long>(region.offset), static_cast<unsigned long long>(region.length),
+                 region.file->Path().c_str());
+        return false;
+    }
     try {
         out.assign(static_cast<std::size_t>(region.length), 0);
     } catch (const std::bad_alloc&) {

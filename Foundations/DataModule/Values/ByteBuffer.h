@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <variant>
@@ -20,8 +21,13 @@ struct FileRegion {
     std::shared_ptr<const Portability::OpenFile> file;
     std::uint64_t offset = 0;
     std::uint64_t length = 0;
-    // True when the region lies inside its file.
+    // Set when offset and length count bytes of the inflation of the raw deflate data that begin
+    // at this offset of the file (a deflated data set): such a region is read by inflating again,
+    // which the DICOM codec does (FileRegion.h there); here its bytes cannot be read.
+    std::optional<std::uint64_t> deflatedFrom = std::nullopt;
+    // True when the region lies inside its file (for an inflated region: its deflate data do).
     bool IsInsideFile() const noexcept {
+        if (deflatedFrom) return file && *deflatedFrom <= file->Size();
         return file && offset <= file->Size() && length <= file->Size() - offset;
     }
 };

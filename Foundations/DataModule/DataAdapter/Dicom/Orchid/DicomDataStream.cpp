@@ -1,5 +1,6 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataStream.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
@@ -17,6 +18,8 @@ constexpr std::uint16_t kItemDelimitationElement = 0xE00D;
 constexpr std::uint16_t kSequenceDelimitationElement = 0xE0DD;
 constexpr std::uint16_t kMetaGroup = 0x0002;
 constexpr std::uint32_t kTransferSyntaxTag = 0x00020010;
+// What a read holds for each element it reports besides its value: the node, its tag and links.
+constexpr std::uint64_t kHeldPerElement = 256;
 
 void KeepUnitOrder(std::uint8_t*, std::uint64_t, unsigned) noexcept {}
 
@@ -56,6 +59,9 @@ void DicomDataStream::ResetReadState() noexcept {
     pendingEnds_.clear();
     openNesting_ = 0;
     implicitScopes_.clear();
+    skipping_ = false;
+    skipUntil_ = 0;
+    heldBytes_ = 0;
     result_ = {};
 }
 
@@ -153,10 +159,28 @@ bool DicomDataStream::KeepInFile(DicomDataSetElement& record) {
         return Fail("Value runs past the end of the data", record.headerPosition, record.group, record.element);
     }
     if (auto source = ValueSource()) {
-        record.value.SetRegion(FileRegion{{std::move(source), Position(), length},
+        record.value.SetRegion(FileRegion{{std::move(source), Position(), length, ValueDeflatedFrom()},
                                           encoding_ == StreamEncoding::ExplicitBigEndian, VRUnitSize(record.vr)});
     }
     return Skip(length);
+}
+
+bool DicomDataStream::SkipsGroup(std::uint16_t group) const noexcept {
+    return options_.onlyPrivateGroup != 0 && group % 2 == 1 && group != options_.onlyPrivateGroup && group != kItemGroup;
+}
+
+bool DicomDataStream::SkipValue(const DicomDataSetElement& record) {
+    if (record.valueLength > Size() - Position() || !Skip(record.valueLength)) {
+        return Fail("Value runs past the end of the data", record.headerPosition, record.group, record.element);
+    }
+    return true;
+}
+
+bool DicomDataStream::Hold(std::uint64_t bytes, const DicomDataSetElement& record) {
+    heldBytes_ += bytes;
+    if (heldBytes_ <= options_.maxHeldBytes) return true;
+    return Fail("Values beyond " + std::to_string(options_.maxHeldBytes) + " bytes in memory", record.headerPosition,
+                record.group, record.element);
 }
 
 bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
@@ -179,10 +203,14 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
                         std::to_string(Size() - Position()) + " bytes left",
                     record.headerPosition, record.group, record.element);
     }
-    if (IsBulkPixelTag(record.group, record.element) ||
-        (record.valueLength > options_.keepInFileAbove && ValueSource())) {
+    // An inflated data set is read once, forward: its short values are loaded now rather than
+    // inflated again, however little keepInFileAbove asks to load.
+    const std::uint64_t loadAtMost =
+        ValueDeflatedFrom() ? std::max(options_.keepInFileAbove, kInflatedLoadAtMost) : options_.keepInFileAbove;
+    if (IsBulkPixelTag(record.group, record.element) || (record.valueLength > loadAtMost && ValueSource())) {
         return KeepInFile(record);
     }
+    if (!Hold(record.valueLength, record)) return false;
     std::vector<std::uint8_t> bytes(record.valueLength);
     const unsigned unit = VRUnitSize(record.vr);
     // Whole units are put in host order; a trailing partial unit of a malformed value stays as read.
@@ -195,8 +223,9 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
     return true;
 }
 
-bool DicomDataStream::ReadElement(DicomDataSetElement& record) {
+bool DicomDataStream::ReadElement(DicomDataSetElement& record, bool& skipped) {
     record.Clear();
+    skipped = skipping_;
     if (!ReadHeader(record) || !ReadLength(record)) {
         Fail("Truncated element header", record.headerPosition);
         record.Clear();
@@ -222,13 +251,22 @@ bool DicomDataStream::ReadElement(DicomDataSetElement& record) {
     }
     const bool opens = IsNesting(record.kind) || (record.kind == DicomElementKind::Element && insideEncapsulatedPixelData_ &&
                                                   record.valueLength == kUndefinedLength);
-    if ((opens && !OpenNested(record)) || !ReadValue(record)) {
+    if (!skipping_ && SkipsGroup(record.group) && !insideEncapsulatedPixelData_) {
+        skipped = true;
+        // A value or a sequence of defined length is stepped over whole; one of undefined length
+        // is read through, its elements unreported, until its delimitation.
+        if (record.valueLength != kUndefinedLength) return SkipValue(record);
+        skipping_ = true;
+        skipUntil_ = openNesting_;
+    }
+    const bool valueSkipped = skipping_ && record.kind == DicomElementKind::Element && record.valueLength != kUndefinedLength;
+    if ((opens && !OpenNested(record)) || (valueSkipped ? !SkipValue(record) : !ReadValue(record))) {
         record.Clear();
         return false;
     }
     if (implicitContent) EnterImplicitScope();
     TrackDelimitation(record);
-    return true;
+    return skipped || Hold(kHeldPerElement, record);
 }
 
 void DicomDataStream::EnterImplicitScope() {
@@ -240,6 +278,7 @@ void DicomDataStream::TrackDelimitation(const DicomDataSetElement& record) noexc
     const bool closes = record.kind == DicomElementKind::ItemDelimitation ||
                         record.kind == DicomElementKind::SequenceDelimitation;
     if (closes && openNesting_ > 0) --openNesting_;
+    if (closes && skipping_ && openNesting_ == skipUntil_) skipping_ = false;
     if (record.kind == DicomElementKind::SequenceDelimitation && !implicitScopes_.empty() &&
         implicitScopes_.back().nesting == openNesting_) {
         SetEncoding(implicitScopes_.back().outer);
@@ -261,8 +300,9 @@ bool DicomDataStream::EmitPendingEnds(CallbackHandler& handler, DicomDataSetElem
                                                                            : kSequenceDelimitationElement;
         record.headerPosition = record.valuePosition = Position();
         pendingEnds_.pop_back();
+        const bool skipped = skipping_;
         TrackDelimitation(record);
-        if (!handler.ElementRead(record)) return Fail("Delimitation not accepted", record.headerPosition);
+        if (!skipped && !handler.ElementRead(record)) return Fail("Delimitation not accepted", record.headerPosition);
     }
     return true;
 }
@@ -280,7 +320,9 @@ bool DicomDataStream::ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std
             std::uint16_t group = 0;
             if (!PeekGroup(group) || group != kMetaGroup) return true;
         }
-        if (!ReadElement(record)) return false;
+        bool skipped = false;
+        if (!ReadElement(record, skipped)) return false;
+        if (skipped) continue;
         if (transferSyntax && record.TagNumber() == kTransferSyntaxTag) record.value.Load(*transferSyntax);
         if (!handler.ElementRead(record)) {
             return Fail("Element not accepted by the data set", record.headerPosition, record.group, record.element);

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,17 @@ struct DicomReadOptions {
     std::uint64_t keepInFileAbove = std::uint64_t{1} << 20;
     // Deepest nesting of sequences accepted; deeper input fails the read.
     unsigned maxSequenceDepth = kMaxSequenceDepth;
+    // Bytes a read may hold in memory: the values it loads and a fixed share per element it
+    // reports. A read that would hold more fails, so what a file declares cannot grow memory.
+    std::uint64_t maxHeldBytes = std::uint64_t{64} << 20;
+    // When not 0, the elements of every other private (odd) group are skipped unread and never
+    // reported, sequences with all they hold; 0 reports every group.
+    std::uint16_t onlyPrivateGroup = 0;
 };
+
+// Values of an inflated data set up to this length are loaded while reading; longer ones stay
+// regions of the deflated file, inflated again when wanted.
+inline constexpr std::uint64_t kInflatedLoadAtMost = 64 * 1024;
 
 // How a read ended: on failure, why and where, for the layer that reports it (as an XML parser's
 // result carries its status and offset). Only the first failure of a read is kept.
@@ -72,6 +83,8 @@ public:
     virtual std::uint64_t Size() const = 0;
     // The file that read values may stay in, or null when values must be loaded.
     virtual std::shared_ptr<const Portability::OpenFile> ValueSource() const { return nullptr; }
+    // When the stream reads the inflation of deflate data of ValueSource(): where those data begin.
+    virtual std::optional<std::uint64_t> ValueDeflatedFrom() const { return std::nullopt; }
     // Append a file region's bytes, in the unit order of the current encoding; with a digest, the
     // bytes as written are fed to it too.
     virtual bool WriteRegion(const FileRegion& region, Portability::Sha256* digest);
@@ -119,7 +132,10 @@ private:
 
     bool ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std::vector<std::uint8_t>* transferSyntax);
     bool EmitPendingEnds(CallbackHandler& handler, DicomDataSetElement& record);
-    bool ReadElement(DicomDataSetElement& record);
+    bool ReadElement(DicomDataSetElement& record, bool& skipped);
+    bool SkipsGroup(std::uint16_t group) const noexcept;
+    bool SkipValue(const DicomDataSetElement& record);
+    bool Hold(std::uint64_t bytes, const DicomDataSetElement& record);
     bool ReadHeader(DicomDataSetElement& record);
     bool ReadLength(DicomDataSetElement& record);
     bool OpenNested(DicomDataSetElement& record);
@@ -149,6 +165,9 @@ private:
     std::vector<PendingEnd> pendingEnds_;
     std::vector<ImplicitScope> implicitScopes_;  // open UN elements of undefined length
     unsigned openNesting_ = 0;
+    bool skipping_ = false;       // inside a skipped sequence
+    unsigned skipUntil_ = 0;      // nesting depth at which the skipped sequence closes
+    std::uint64_t heldBytes_ = 0;
     DicomReadResult result_;
     std::string markedDigest_;  // hex SHA-256 of the last value written that was marked for digest
 };

@@ -222,6 +222,8 @@ bool ReadDicomFileIntoRows(const std::shared_ptr<const Portability::OpenFile>& f
     // With unwanted keys every value is left in the file and only the wanted ones are loaded, so
     // that an unwanted value is never read, however short.
     readOptions.keepInFileAbove = options.unwantedCustomDataKeys.empty() ? options.keepInFileAbove : 0;
+    // No row holds private data other than the custom data block: the rest is skipped unread.
+    readOptions.onlyPrivateGroup = dcm::TagGroup(TagNumber(Tag::Orchid_PrivateCreatorID));
     if (const dcm::DicomReadResult read = dcm::ReadDicomFile(file, dataSet, readOptions); !read) {
         LV_TRACE(kModule, "%s cannot be read as a DICOM file: %s", file ? file->Path().c_str() : "(no file)",
                  read.Text().c_str());

@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
-#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Inflate.h"
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Utf8Path.h"
 
@@ -15,6 +14,10 @@ namespace {
 
 constexpr const char* kModule = "Module DicomDataStream";
 constexpr std::size_t kBufferSize = 64 * 1024;
+// Bytes kept from the previous buffer of an inflated data set, so that a peek can step back.
+constexpr std::size_t kInflatedLookBack = 16;
+// The size an inflated data set is taken to have: unknown until read, larger than any length.
+constexpr std::uint64_t kUnknownInflatedSize = std::uint64_t{1} << 62;
 
 }  // namespace
 
@@ -52,25 +55,70 @@ bool DicomFileDataStream::Commit() {
 void DicomFileDataStream::Close() {
     writer_.reset();  // an uncommitted write is discarded with its temporary file
     source_.reset();
+    inflater_.reset();
     buffer_.clear();
     bufferStart_ = position_ = 0;
     ResetReadState();
 }
 
-std::uint64_t DicomFileDataStream::Size() const { return source_ ? source_->Size() : position_; }
+std::uint64_t DicomFileDataStream::Size() const {
+    if (inflater_) return kUnknownInflatedSize;
+    return source_ ? source_->Size() : position_;
+}
 
-bool DicomFileDataStream::AtEnd() const { return !source_ || position_ >= source_->Size(); }
+std::optional<std::uint64_t> DicomFileDataStream::ValueDeflatedFrom() const {
+    if (inflater_) return deflatedFrom_;
+    return std::nullopt;
+}
+
+bool DicomFileDataStream::AtEnd() const {
+    // The deflate stream tells its end only when asked for more.
+    if (inflater_) return position_ >= bufferStart_ + buffer_.size() && !RefillInflated();
+    return !source_ || position_ >= source_->Size();
+}
 
 bool DicomFileDataStream::SetPosition(std::uint64_t position) {
+    if (inflater_) {
+        // Forward, or back within the buffer: what was inflated before it is gone.
+        if (position < bufferStart_) return false;
+        const std::uint64_t end = bufferStart_ + buffer_.size();
+        if (position > end && !Skip(position - position_)) return false;
+        position_ = position;
+        return true;
+    }
     if (!source_ || position > source_->Size()) return false;
     position_ = position;
     return true;
 }
 
 bool DicomFileDataStream::Skip(std::uint64_t count) {
+    if (inflater_) {
+        const std::uint64_t end = bufferStart_ + buffer_.size();
+        if (count <= end - position_) {
+            position_ += count;
+            return true;
+        }
+        // Past the buffer: the bytes in between are inflated and thrown away.
+        if (!inflater_->Discard(count - (end - position_))) return false;
+        position_ += count;
+        buffer_.clear();
+        bufferStart_ = position_;
+        return true;
+    }
     if (!source_ || count > source_->Size() - position_) return false;
     position_ += count;
     return true;
+}
+
+bool DicomFileDataStream::RefillInflated() const {
+    // Called with position_ at the end of the buffer: its last bytes stay for a step back.
+    const std::size_t keep = std::min(buffer_.size(), kInflatedLookBack);
+    std::copy(buffer_.end() - static_cast<std::ptrdiff_t>(keep), buffer_.end(), buffer_.begin());
+    bufferStart_ = position_ - keep;
+    buffer_.resize(keep + kBufferSize);
+    const std::size_t got = inflater_->Read(buffer_.data() + keep, kBufferSize);
+    buffer_.resize(keep + got);
+    return got > 0;
 }
 
 bool DicomFileDataStream::Refill() {
@@ -81,11 +129,11 @@ bool DicomFileDataStream::Refill() {
 }
 
 bool DicomFileDataStream::ReadRaw(void* data, std::uint64_t size) {
-    if (!source_ || size > source_->Size() - position_) return false;
+    if (!source_ || size > Size() - position_) return false;
     auto* out = static_cast<std::uint8_t*>(data);
     while (size > 0) {
         const bool buffered = position_ >= bufferStart_ && position_ < bufferStart_ + buffer_.size();
-        if (!buffered && !Refill()) return false;
+        if (!buffered && !(inflater_ ? RefillInflated() : Refill())) return false;
         const auto offset = static_cast<std::size_t>(position_ - bufferStart_);
         const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, buffer_.size() - offset));
         std::memcpy(out, buffer_.data() + offset, count);
@@ -126,25 +174,14 @@ bool DicomFileDataStream::WriteRegion(const FileRegion& region, Portability::Sha
 }
 
 bool DicomFileDataStream::InflateRemainder() {
-    if (!source_) return false;
-    std::shared_ptr<Portability::OpenFile> inflated = Portability::OpenFile::OpenTemporary();
-    if (!inflated) {
-        LV_TRACE(kModule, "%s", "No temporary file for the inflated data set");
-        return false;
-    }
-    std::uint64_t at = position_;
-    const auto input = [&](std::uint8_t* data, std::size_t size) -> std::size_t {
-        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, source_->Size() - at));
-        if (!source_->ReadAt(data, count, at)) return 0;
-        at += count;
-        return count;
-    };
-    const auto output = [&](const std::uint8_t* data, std::size_t size) { return inflated->Append(data, size); };
-    if (!InflateRawDeflate(input, output)) return false;
-    source_ = std::move(inflated);
+    if (!source_ || inflater_) return false;
+    deflatedFrom_ = position_;
+    inflater_ = std::make_unique<InflateReader>(source_, deflatedFrom_);
     buffer_.clear();
     bufferStart_ = position_ = 0;
-    return true;
+    if (!inflater_->Failed()) return true;
+    inflater_.reset();
+    return false;
 }
 
 DicomReadResult ReadDicomFile(const std::filesystem::path& path, DicomDataSet& dataSet, const DicomReadOptions& options) {

@@ -9,6 +9,7 @@
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileLayout.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Inflate.h"
 #include "Portability/Misc/AtomicFileWriter.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -45,19 +46,27 @@ public:
     std::uint64_t Position() const override { return position_; }
     std::uint64_t Size() const override;
     std::shared_ptr<const Portability::OpenFile> ValueSource() const override { return source_; }
+    std::optional<std::uint64_t> ValueDeflatedFrom() const override;
     bool WriteRegion(const FileRegion& region, Portability::Sha256* digest) override;
-    // Inflates into an unnamed temporary file, which values left in the file then refer to.
+    // Reads on from the inflation of the remainder, pulled while reading: nothing is inflated
+    // ahead and no temporary file is made. Values left in the file are regions of the inflation,
+    // inflated again from the file when they are wanted. Only forward moves are possible then
+    // (and steps back within the last bytes read).
     bool InflateRemainder() override;
 
 private:
     bool Flush();
     bool Refill();
+    bool RefillInflated() const;
 
     std::shared_ptr<const Portability::OpenFile> source_;  // reading
-    std::vector<std::uint8_t> buffer_;            // read-ahead or pending writes
-    std::uint64_t bufferStart_ = 0;               // stream offset of buffer_[0] when reading
+    // Read-ahead or pending writes; the read-ahead is a cache, filled also by AtEnd when inflating.
+    mutable std::vector<std::uint8_t> buffer_;
+    mutable std::uint64_t bufferStart_ = 0;       // stream offset of buffer_[0] when reading
     std::uint64_t position_ = 0;
     std::optional<Portability::AtomicFileWriter> writer_;  // writing
+    std::unique_ptr<InflateReader> inflater_;               // reading an inflated data set
+    std::uint64_t deflatedFrom_ = 0;                        // where its deflate data begin in source_
 };
 
 // Read a DICOM file into dataSet (which is cleared first); on failure, says why and where.

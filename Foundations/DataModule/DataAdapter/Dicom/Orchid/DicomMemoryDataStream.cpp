@@ -4,8 +4,15 @@
 #include <cstring>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Inflate.h"
+#include "Portability/Misc/DebugTrace.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
+namespace {
+
+// A data set in memory is inflated in memory, up to the bytes a read may hold by default.
+constexpr std::size_t kMaxInflatedInMemory = std::size_t{64} << 20;
+
+}  // namespace
 
 bool DicomMemoryDataStream::InflateRemainder() {
     std::vector<std::uint8_t> inflated;
@@ -17,6 +24,11 @@ bool DicomMemoryDataStream::InflateRemainder() {
         return count;
     };
     const auto output = [&](const std::uint8_t* data, std::size_t size) {
+        if (size > kMaxInflatedInMemory - inflated.size()) {
+            LV_TRACE("Module DicomDataStream", "Deflated data set inflates beyond %llu bytes in memory",
+                     static_cast<unsigned long long>(kMaxInflatedInMemory));
+            return false;
+        }
         inflated.insert(inflated.end(), data, data + size);
         return true;
     };

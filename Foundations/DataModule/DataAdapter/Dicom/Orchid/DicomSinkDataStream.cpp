@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileLayout.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Progress.h"
 #include "Portability/Misc/Sha256.h"
@@ -11,8 +12,6 @@ namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 namespace {
 
 constexpr std::size_t kBufferSize = 64 * 1024;
-// A multiple of every unit size, so that swapping never splits a unit.
-constexpr std::uint64_t kRegionChunk = 1u << 20;
 
 }  // namespace
 
@@ -40,20 +39,18 @@ bool DicomSinkDataStream::WriteRaw(const void* data, std::uint64_t size) {
 bool DicomSinkDataStream::WriteRegion(const FileRegion& region, Portability::Sha256* digest) {
     if (!region.IsInsideFile() || !Flush()) return false;
     const bool swap = region.bigEndian != (Encoding() == StreamEncoding::ExplicitBigEndian) && region.unitSize > 1;
-    std::vector<std::uint8_t> chunk(static_cast<std::size_t>(std::min(region.length, kRegionChunk)));
-    for (std::uint64_t done = 0; done < region.length;) {
-        const std::uint64_t size = std::min<std::uint64_t>(region.length - done, chunk.size());
-        if (!region.file->ReadAt(chunk.data(), size, region.offset + done)) {
-            LV_TRACE("Module DicomDataStream", "Read failed at %llu in %s", static_cast<unsigned long long>(done),
-                     region.file->Path().c_str());
-            return false;
-        }
-        if (swap) SwapUnitsInPlace(chunk.data(), size, region.unitSize);
-        if (digest) digest->Update(chunk.data(), static_cast<std::size_t>(size));
-        if (!sink_(chunk.data(), static_cast<std::size_t>(size))) return false;
-        done += size;
+    const bool copied = ReadRegionInChunks(region, [&](std::uint8_t* bytes, std::size_t size) {
+        if (swap) SwapUnitsInPlace(bytes, size, region.unitSize);
+        if (digest) digest->Update(bytes, size);
+        if (!sink_(bytes, size)) return false;
         position_ += size;
         Portability::ReportProgress(size);
+        return true;
+    });
+    if (!copied) {
+        LV_TRACE("Module DicomDataStream", "Could not pass on %llu bytes of %s", static_cast<unsigned long long>(region.length),
+                 region.file->Path().c_str());
+        return false;
     }
     // A source written to while it was copied gives a mixture of old and new bytes.
     if (region.file->Unchanged()) return true;

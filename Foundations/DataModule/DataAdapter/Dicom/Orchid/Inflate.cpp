@@ -2,9 +2,11 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/OpenFile.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 namespace {
@@ -68,6 +70,68 @@ bool InflateRawDeflate(const InflateInput& input, const InflateOutput& output) {
         if (produced > 0 && !output(out.data(), produced)) return false;
         if (status == Z_STREAM_END) return true;
     }
+}
+
+struct InflateReader::State {
+    Inflater inflater;
+};
+
+InflateReader::InflateReader(std::shared_ptr<const Portability::OpenFile> file, std::uint64_t start)
+    : state_(std::make_unique<State>()), file_(std::move(file)), at_(start) {
+    if (!state_->inflater.Ready() || !file_ || start > file_->Size()) {
+        LV_TRACE(kModule, "%s", "The inflater cannot be set up");
+        failed_ = true;
+    }
+}
+
+InflateReader::~InflateReader() = default;
+
+std::size_t InflateReader::Read(std::uint8_t* data, std::size_t size) {
+    z_stream& stream = state_->inflater.Stream();
+    std::size_t done = 0;
+    while (done < size && !finished_ && !failed_) {
+        if (stream.avail_in == 0) {
+            const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(kChunk, file_->Size() - at_));
+            in_.resize(count);
+            if (count == 0 || !file_->ReadAt(in_.data(), count, at_)) {
+                LV_TRACE(kModule, "Deflated data set ends before its deflate stream, after %llu inflated bytes",
+                         static_cast<unsigned long long>(produced_));
+                failed_ = true;
+                break;
+            }
+            at_ += count;
+            stream.next_in = in_.data();
+            stream.avail_in = static_cast<uInt>(count);
+        }
+        const auto want = static_cast<uInt>(std::min<std::size_t>(size - done, kChunk));
+        stream.next_out = data + done;
+        stream.avail_out = want;
+        const int status = inflate(&stream, Z_NO_FLUSH);
+        if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) {
+            LV_TRACE(kModule, "Deflated data set does not inflate after %llu inflated bytes: %s",
+                     static_cast<unsigned long long>(produced_), stream.msg ? stream.msg : "zlib error");
+            failed_ = true;
+            break;
+        }
+        const std::size_t produced = want - stream.avail_out;
+        done += produced;
+        produced_ += produced;
+        finished_ = status == Z_STREAM_END;
+    }
+    return done;
+}
+
+bool InflateReader::ReadExactly(std::uint8_t* data, std::size_t size) { return Read(data, size) == size; }
+
+bool InflateReader::Discard(std::uint64_t count) {
+    std::vector<std::uint8_t> sink(static_cast<std::size_t>(std::min<std::uint64_t>(count, kChunk)));
+    while (count > 0) {
+        const auto want = static_cast<std::size_t>(std::min<std::uint64_t>(count, sink.size()));
+        const std::size_t got = Read(sink.data(), want);
+        if (got == 0) return false;
+        count -= got;
+    }
+    return true;
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

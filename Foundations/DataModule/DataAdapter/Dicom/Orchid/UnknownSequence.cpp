@@ -3,6 +3,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSetFillCallback.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomMemoryDataStream.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 #include "Portability/Misc/DebugTrace.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -86,6 +87,18 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadValueAsSequence(const DicomData
         if (!region->IsInsideFile()) {
             result = {"UN value lies outside its file", element.valuePosition, element.group, element.element};
             return nullptr;
+        }
+        if (region->deflatedFrom) {
+            // Its bytes exist only inflated: loaded whole, within what a read may hold.
+            std::vector<std::uint8_t> bytes;
+            if (region->length > options.maxHeldBytes || !LoadRegion(*region, bytes)) {
+                result = {"UN value of a deflated data set cannot be held", element.valuePosition, element.group,
+                          element.element};
+                LV_TRACE("Module DicomDataStream", "%s", result.Text().c_str());
+                return nullptr;
+            }
+            DicomMemoryDataStream stream(bytes);
+            return ReadItems(stream, element, options, result);
         }
         WindowDataStream stream(region->file, region->offset, region->offset + region->length);
         if (!stream.Opened()) {

@@ -103,7 +103,9 @@ bool FindOurBlock(const dcm::DicomDataSet& dataSet, std::uint16_t& block) {
 bool ReadValue(const dcm::DicomDataSetElement& element, std::uint64_t length, bool wanted,
                const CustomDataReadRules& rules, ByteBuffer& out) {
     if (const dcm::FileRegion* region = element.value.Region(); region && (!wanted || length > rules.loadAtMost)) {
-        out = ByteBuffer::OfFileRegion(FileRegion{region->file, region->offset, length});
+        FileRegion cut = *region;  // an inflated region stays one
+        cut.length = length;
+        out = ByteBuffer::OfFileRegion(std::move(cut));
         return true;
     }
     std::vector<std::uint8_t> bytes;

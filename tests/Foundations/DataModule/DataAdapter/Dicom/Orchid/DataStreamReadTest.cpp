@@ -134,6 +134,44 @@ TEST(DataStreamRead, HostileInputFailsCleanly) {
     }
 }
 
+TEST(DataStreamRead, OtherPrivateGroupsAreSkippedUnreported) {
+    const Bytes name = Element(kExplicit, 0x0010, 0x0010, "PN", "AB");
+    const Bytes ours = Element(kExplicit, 0x0009, 0x1001, "LO", "OK");
+    const Bytes nested = Cat({Header(kExplicit, 0x0011, 0x1002, "SQ", kUndefined), Item(kExplicit, kUndefined),
+                              Element(kExplicit, 0x0010, 0x0020, "LO", "ID"), ItemEnd(kExplicit),
+                              Item(kExplicit, 10), Element(kExplicit, 0x0011, 0x1003, "LO", "XY"),
+                              SequenceEnd(kExplicit)});
+    const struct Case { const char* id; Bytes bytes; std::vector<std::string> events; } cases[] = {
+        {"defined-length element", Cat({Element(kExplicit, 0x0011, 0x1001, "OB", "JUNK"), name}), {"0 0010,0010 PN AB"}},
+        {"undefined-length sequence with its items",
+         Cat({ours, nested, name}), {"0 0009,1001 LO OK", "0 0010,0010 PN AB"}},
+        {"defined-length sequence", Cat({Header(kExplicit, 0x0013, 0x1000, "SQ", 8), Item(kExplicit, 0), name}),
+         {"0 0010,0010 PN AB"}},
+        {"undefined-length UN", Cat({Header(kExplicit, 0x0011, 0x1004, "UN", kUndefined), SequenceEnd(kExplicit), name}),
+         {"0 0010,0010 PN AB"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.id);
+        DicomMemoryDataStream stream(c.bytes);
+        stream.SetEncoding(kExplicit);
+        stream.SetReadOptions({.onlyPrivateGroup = 0x0009});
+        EventRecorder recorder;
+        EXPECT_TRUE(stream.ReadElements(recorder)) << stream.ReadResult().Text();
+        EXPECT_EQ(recorder.events, c.events);
+    }
+}
+
+TEST(DataStreamRead, HeldBytesAreBounded) {
+    // Each element costs a fixed 256 bytes besides the value it loads.
+    const Bytes value = Element(kExplicit, 0x0010, 0x4000, "LT", std::string(100, 'x'));
+    DicomMemoryDataStream stream(Cat({value, Element(kExplicit, 0x0010, 0x0010, "PN", "AB"), value}));
+    stream.SetEncoding(kExplicit);
+    stream.SetReadOptions({.maxHeldBytes = 2 * 256 + 100 + 2});
+    DicomDataSet dataSet;
+    EXPECT_FALSE(ReadInto(stream, kExplicit, dataSet));
+    EXPECT_EQ(stream.ReadResult().Text(), "Values beyond 614 bytes in memory at offset 118 in TAG(0010,4000)");
+}
+
 // Every VR the standard defines apart from SQ, whose items have their own tests.
 constexpr std::string_view kAllVrs[] = {"AE", "AS", "AT", "CS", "DA", "DS", "DT", "FD", "FL", "IS", "LO",
                                         "LT", "OB", "OD", "OF", "OL", "OV", "OW", "PN", "SH", "SL", "SS",
