@@ -22,6 +22,9 @@ std::vector<ReferenceRecord> ParseReferenceOptions(const std::vector<std::string
 // --encoding word; "unknown" and unrecognised words are rejected.
 Lumivale::DataModule::OutputEncoding::Enum ParseEncodingOption(const std::string& value);
 
+// --class word: "raw", "document" or "auto"; other words are rejected.
+PackClass ParsePackClassOption(const std::string& value);
+
 // A text given on the command line, unchanged. Throws "Cannot decode UTF-8 string." when malformed.
 std::string TextFromUtf8(const std::string& utf8);
 

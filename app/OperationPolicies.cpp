@@ -36,7 +36,7 @@ boost::filesystem::path RequiredInput(const po::variables_map& values) {
 std::vector<LibCommon::OptionGroup> PackOperationPolicy::describe() {
     return {Options::Input(),         Options::Metadata(),   Options::PackOutput(), Options::Encoding(),
             Options::Force(),         Options::HackForBmPacs(), Options::Identifier(), Options::Reference(),
-            Options::Modality(),      Options::Thumbnail()};
+            Options::Modality(),      Options::Thumbnail(),  Options::PackClass()};
 }
 
 PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
@@ -62,6 +62,7 @@ PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
     }
     record.force = SwitchSet(values, "force");
     if (const auto encoding = OptionalText(values, "encoding")) record.encoding = ParseEncodingOption(*encoding);
+    if (const auto packClass = OptionalText(values, "class")) record.pack_class = ParsePackClassOption(*packClass);
     return record;
 }
 

@@ -24,6 +24,13 @@ struct IdentifierFields {
     bool operator==(const IdentifierFields&) const = default;
 };
 
+// --class: what kind of instance pack writes.
+enum class PackClass {
+    raw,        // Raw Data Storage, the payload in the custom data
+    document,   // the payload's standard Encapsulated Document class; other payloads are refused
+    automatic,  // document where the payload is of such a class, raw otherwise
+};
+
 struct PackRecord {
     boost::filesystem::path input;
     std::string metadata;  // a path or the XML text itself, UTF-8
@@ -35,6 +42,7 @@ struct PackRecord {
     boost::filesystem::path output;  // always resolved
     bool force = false;
     bool hackforbmpacs = false;
+    PackClass pack_class = PackClass::raw;
 };
 
 // --output: write exactly this file.

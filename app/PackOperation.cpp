@@ -1,4 +1,5 @@
 #include "app/ConversionEngine.h"
+#include "app/DocumentType.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
 #include "app/QuotedPath.h"
@@ -103,6 +104,18 @@ std::string ResultMessage(ConversionResult result, const ConversionRequest& requ
     }
 }
 
+// The document class of the payload for --class document and auto; none for raw, and none for
+// auto when the payload is of no such class.
+std::optional<DetectedDocument> ChooseDocumentClass(PackClass packClass, const fs::path& input,
+                                                   const Lumivale::DataModule::ByteBuffer& content) {
+    if (packClass == PackClass::raw) return std::nullopt;
+    std::optional<DetectedDocument> document = DetectDocument(content, input.filename().string());
+    if (!document && packClass == PackClass::document) {
+        throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is not a PDF, CDA, STL, OBJ or MTL document.");
+    }
+    return document;
+}
+
 std::string AlreadyExists(const fs::path& output) {
     return QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
 }
@@ -117,6 +130,7 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     Portability::InputFile input;
     ConversionRequest request;
     request.content = OpenPayload(record.input, input);
+    request.document = ChooseDocumentClass(record.pack_class, record.input, request.content);
     request.command_line = RecordCommandLine(argc, argv);
     request.original_name = record.input.filename().string();
     request.references = record.references;

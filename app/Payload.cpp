@@ -1,5 +1,7 @@
 #include "app/Payload.h"
 
+#include "app/DocumentPayload.h"
+
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
@@ -55,14 +57,15 @@ bool ReadStoredText(const CustomDataStore& store, std::string_view key, std::str
     return true;
 }
 
-}  // namespace
-
-PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content, PayloadFacts& facts) {
-    if (store.IsValueEmpty(kPackedFileNameKey) || store.IsValueEmpty(kPackedFileContentKey)) {
+// The facts of a store; a document's store may lack the name.
+PayloadReadResult ExtractFacts(const CustomDataStore& store, bool want_content, bool name_required, PayloadFacts& facts) {
+    if ((name_required && store.IsValueEmpty(kPackedFileNameKey)) || store.IsValueEmpty(kPackedFileContentKey)) {
         return PayloadReadResult::not_packed;
     }
     PayloadFacts read;
-    if (!ReadStoredText(store, kPackedFileNameKey, read.name)) return PayloadReadResult::text_unreadable;
+    if (store.Contains(kPackedFileNameKey) && !ReadStoredText(store, kPackedFileNameKey, read.name)) {
+        return PayloadReadResult::text_unreadable;
+    }
     if (store.Contains(kCommandLineKey) && !ReadStoredText(store, kCommandLineKey, read.command_line)) {
         return PayloadReadResult::text_unreadable;
     }
@@ -80,6 +83,29 @@ PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content
     return PayloadReadResult::success;
 }
 
+}  // namespace
+
+PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content, PayloadFacts& facts) {
+    return ExtractFacts(store, want_content, true, facts);
+}
+
+PayloadReadResult ExtractDocumentPayload(const Lumivale::DataModule::EncapsulatedDocumentDataRow& document,
+                                         bool want_content, PayloadFacts& facts) {
+    ByteBuffer content;
+    switch (DocumentContent(document, content)) {
+        case DocumentContentResult::found: break;
+        case DocumentContentResult::missing: return PayloadReadResult::not_packed;
+        case DocumentContentResult::bad_length:
+        case DocumentContentResult::unreadable: return PayloadReadResult::bad_document;
+    }
+    // The document takes the content's place, so that the facts read as a raw data instance's do.
+    CustomDataStore store = document.custom_data;
+    store.SetBytes(std::string(kPackedFileContentKey), content);
+    const PayloadReadResult result = ExtractFacts(store, want_content, false, facts);
+    if (result == PayloadReadResult::success) facts.document_extension = DocumentExtension(document);
+    return result;
+}
+
 }  // namespace Dicapsule
 
 namespace Dicapsule {
@@ -92,6 +118,9 @@ PayloadReadResult read_payload(const std::string& path, bool want_content, Paylo
     Lumivale::DataModule::PatientDataSet set;
     Lumivale::DataModule::InstanceDataRow* instance = nullptr;
     if (!adapter::DicomFileDataAdapter().Read(Portability::PathFromUtf8(path), set, options, instance)) return PayloadReadResult::load_failed;
+    if (const auto* document = dynamic_cast<const Lumivale::DataModule::EncapsulatedDocumentDataRow*>(instance)) {
+        return ExtractDocumentPayload(*document, want_content, facts);
+    }
     const auto* raw = dynamic_cast<const Lumivale::DataModule::RawDataDataRow*>(instance);
     if (raw == nullptr) return PayloadReadResult::not_packed;
     return ExtractPayload(raw->custom_data, want_content, facts);

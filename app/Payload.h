@@ -4,6 +4,7 @@
 
 #include "app/ReferenceRecord.h"
 #include "Foundations/DataModule/Rows/CustomDataStore.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Values/ByteBuffer.h"
 
 #include <cstdint>
@@ -29,11 +30,15 @@ struct PayloadFacts {
     std::string command_line;                 // the recorded pack command line
     std::vector<ReferenceRecord> references;  // in stored order
     Lumivale::DataModule::ByteBuffer content;  // the wrapped bytes (often a region of the packed file)
+    // An Encapsulated Document: the extension its MIME type gives, which names the output when no
+    // name is stored (documents of other toolkits store none).
+    std::string document_extension;
 };
 
 // Outcomes of reading a payload.
 // text_unreadable: a stored text (name, command line, references) could not be read from the file.
-enum class PayloadReadResult { success, load_failed, not_packed, bad_reference_text, text_unreadable };
+// bad_document: an Encapsulated Document's recorded length exceeds its value, or its end cannot be read.
+enum class PayloadReadResult { success, load_failed, not_packed, bad_reference_text, text_unreadable, bad_document };
 
 // The arguments from argv[1] on, joined by one space; an argument holding a space is put between
 // double quotes, nothing else is escaped.
@@ -51,8 +56,15 @@ void store_payload(Lumivale::DataModule::CustomDataStore& store, const Lumivale:
 PayloadReadResult ExtractPayload(const Lumivale::DataModule::CustomDataStore& store, bool want_content,
                                  PayloadFacts& facts);
 
-// Load a packed file (UTF-8 path) and extract its payload. Without want_content the content value
-// is never read from the file.
+// Read the facts of an Encapsulated Document instance: its document is the content (not_packed when
+// it is missing or empty), its custom data, when it has any, gives the name, command line and
+// references; documents of other toolkits have no name.
+PayloadReadResult ExtractDocumentPayload(const Lumivale::DataModule::EncapsulatedDocumentDataRow& document,
+                                         bool want_content, PayloadFacts& facts);
+
+// Load a packed file (UTF-8 path) and extract its payload: the custom data of a Raw Data instance,
+// the document of an Encapsulated Document instance. Without want_content the content value is
+// never read from the file.
 PayloadReadResult read_payload(const std::string& path, bool want_content, PayloadFacts& facts);
 
 }  // namespace Dicapsule

@@ -16,5 +16,6 @@ const LibCommon::OptionGroup& Identifier();       // --Identifier, -I
 const LibCommon::OptionGroup& Reference();        // --reference, -r (repeatable)
 const LibCommon::OptionGroup& Modality();         // --Modality, -M
 const LibCommon::OptionGroup& Thumbnail();        // --thumbnail, -t
+const LibCommon::OptionGroup& PackClass();        // --class, -c
 
 }  // namespace Dicapsule::Options

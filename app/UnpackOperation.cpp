@@ -45,7 +45,10 @@ void unpack(const UnpackRecord& record) {
     const PayloadReadResult result = read_payload(input, true, facts);
     if (result != PayloadReadResult::success) throw std::runtime_error(ReadFailure(result, input));
 
-    const fs::path output = ResolveUnpackOutput(record.target, record.input, facts.name);
+    // A document stored without a name (other toolkits store none) is named after the input, with
+    // the extension of its MIME type.
+    const std::string name = facts.name.empty() ? record.input.stem().string() + facts.document_extension : facts.name;
+    const fs::path output = ResolveUnpackOutput(record.target, record.input, name);
     const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
     boost::system::error_code error;
     const fs::file_type type = fs::status(output, error).type();
