@@ -71,19 +71,4 @@ TEST(DocumentPayload, PadIsRemovedOnlyAfterTheFormatsEnd) {
     }
 }
 
-TEST(DocumentPayload, RecordedLengthCutsTheValue) {
-    Lumivale::DataModule::EncapsulatedDocumentDataRow document;
-    Lumivale::DataModule::ByteBuffer content;
-    EXPECT_EQ(DocumentContent(document, content), DocumentContentResult::missing);
-    document.encapsulated_document = Lumivale::DataModule::ByteBuffer::CopyOf(Bytes(std::string("%%EOF\0", 6)));
-    document.mime_type.Set("application/pdf");
-    ASSERT_EQ(DocumentContent(document, content), DocumentContentResult::found);
-    EXPECT_EQ(content.Length(), 5u);
-    document.encapsulated_document_length = 6;  // a recorded length wins over the pad rule
-    ASSERT_EQ(DocumentContent(document, content), DocumentContentResult::found);
-    EXPECT_EQ(content.Length(), 6u);
-    document.encapsulated_document_length = 7;
-    EXPECT_EQ(DocumentContent(document, content), DocumentContentResult::bad_length);
-}
-
 }  // namespace
