@@ -62,6 +62,13 @@ InfoFormat ParseFormatOption(const std::string& value) {
     throw UsageError("\"" + value + "\" is not a valid format.");
 }
 
+PackClass ParsePackClassOption(const std::string& value) {
+    if (value == "raw") return PackClass::raw;
+    if (value == "document") return PackClass::document;
+    if (value == "auto") return PackClass::automatic;
+    throw UsageError("\"" + value + "\" is not a valid class.");
+}
+
 std::string TextFromUtf8(const std::string& utf8) {
     Lumivale::DataModule::FromUtf8(utf8);  // validates
     return utf8;

@@ -25,6 +25,8 @@ Lumivale::DataModule::OutputEncoding::Enum ParseEncodingOption(const std::string
 
 // --format of info: "xml" or "json"; anything else is rejected.
 InfoFormat ParseFormatOption(const std::string& value);
+// --class word: "raw", "document" or "auto"; other words are rejected.
+PackClass ParsePackClassOption(const std::string& value);
 
 // A text given on the command line, unchanged. Throws "Cannot decode UTF-8 string." when malformed.
 std::string TextFromUtf8(const std::string& utf8);

@@ -6,6 +6,8 @@
 #include "Foundations/DataModule/Common/TextUtils.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ExtraSequence.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
+#include "Foundations/DataModule/Enumerations/DocumentClass.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
 #include "Foundations/DataModule/Rows/TestMode.h"
@@ -17,6 +19,8 @@
 #include "Portability/Misc/StandardStreams.h"
 #include "Portability/Misc/Utf8Path.h"
 
+#include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -27,6 +31,7 @@ namespace dm = Lumivale::DataModule;
 namespace {
 
 constexpr const char* kTraceModule = "Module ConversionEngine";
+constexpr std::string_view kBurnedInAnnotationYes = "YES";
 
 void ApplyIdentifiers(const IdentifierFields& identifier, dm::MetadataRows& rows) {
     if (identifier.study_instance_uid) rows.study->study_instance_uid.Set(*identifier.study_instance_uid);
@@ -36,12 +41,51 @@ void ApplyIdentifiers(const IdentifierFields& identifier, dm::MetadataRows& rows
     rows.instance->instance_number_fixed = true;
 }
 
-// The command line's modality wins; without one, a series that lacks a known modality gets OT.
-void ApplyModality(const std::optional<std::string>& modality, dm::SeriesDataRow& series) {
+// The command line's modality wins; without one, a series that lacks a known modality gets OT, or
+// a document's usual term (DOC, M3D), which also replaces OT ("other" is only the default of an
+// edition document). A 3D model's series is M3D whatever the metadata says: its class allows no other.
+void ApplyModality(const std::optional<std::string>& modality, const dm::EncapsulatedDocumentClass* documentClass,
+                   dm::SeriesDataRow& series) {
+    const bool lacking = series.modality.IsEmpty() || series.modality.Value() == dm::Modality::unknown;
     if (modality) {
         series.modality.SetFromTerm(dm::ToUpperAscii(dm::TrimBlanks(*modality)));
-    } else if (series.modality.IsEmpty() || series.modality.Value() == dm::Modality::unknown) {
+    } else if (documentClass && (lacking || documentClass->is_model || series.modality.Value() == dm::Modality::OT)) {
+        series.modality.Set(documentClass->modality);
+    } else if (lacking) {
         series.modality.Set(dm::Modality::OT);
+    }
+}
+
+// A document instance holds the payload once, in its document element; its custom data keeps the
+// facts of the packing (name, command line, references).
+// The document element comes after the private custom data in the file, so its digest cannot be
+// taken as it is written: it is taken from the input first (a change to the input after that fails
+// the write). False when the input cannot be read.
+bool StoreDocument(const ConversionRequest& request, const std::vector<ReferenceRecord>& references,
+                   dm::EncapsulatedDocumentDataRow& document) {
+    store_payload(document.custom_data, request.content, request.original_name, request.command_line, references,
+                  false);
+    document.custom_data.Erase(kPackedFileContentKey);
+    if (request.digest) {
+        std::string digest;
+        if (!ContentSha256(request.content, digest)) return false;
+        document.custom_data.SetText(std::string(kPackedFileSha256Key), digest);
+    }
+    document.encapsulated_document = request.content;
+    document.document_title.SetFromUtf8(request.original_name);
+    document.hl7_instance_identifier = request.document->hl7_instance_identifier;
+    // Whether a document shows patient data cannot be told from its bytes: it is said that it may.
+    document.burned_in_annotation.Set(std::string(kBurnedInAnnotationYes));
+    return true;
+}
+
+// A 3D model's equipment must name its maker, model and serial number: the metadata's, else this
+// program on this machine.
+void CompleteModelEquipment(const ConversionRequest& request, dm::EquipmentDataRow& equipment) {
+    if (equipment.manufacturer.IsEmpty()) equipment.manufacturer.SetFromUtf8(request.product_name);
+    if (equipment.manufacturer_model_name.IsEmpty()) equipment.manufacturer_model_name.SetFromUtf8(request.product_name);
+    if (equipment.device_serial_number.IsEmpty()) {
+        equipment.device_serial_number.SetFromUtf8(std::to_string(dm::ProcessIdentitySource().MachineNumber()));
     }
 }
 
@@ -113,17 +157,21 @@ ConversionResult AttachThumbnail(const ConversionRequest& request, dm::InstanceD
 ConversionResult convert(const ConversionRequest& request) {
     dm::PatientDataSet set;
     dm::MetadataRows rows{};
-    if (!dm::LoadMetadata(set, request.metadata, dm::RunTimeStamp(), dm::SOPClass::RawData, rows)) {
+    const dm::SOPClass::Enum instanceClass = request.document ? request.document->sop_class : dm::SOPClass::RawData;
+    if (!dm::LoadMetadata(set, request.metadata, dm::RunTimeStamp(), instanceClass, rows)) {
         return ConversionResult::metadata_unusable;
     }
-    auto* instance = dynamic_cast<dm::RawDataDataRow*>(rows.instance);
-    if (instance == nullptr) {
-        LV_TRACE(kTraceModule, "%s", "the metadata did not give a raw data instance");
+    dm::InstanceDataRow* instance = rows.instance;
+    auto* raw = dynamic_cast<dm::RawDataDataRow*>(instance);
+    auto* document = dynamic_cast<dm::EncapsulatedDocumentDataRow*>(instance);
+    const dm::EncapsulatedDocumentClass* documentClass = dm::EncapsulatedDocumentClassOf(instanceClass);
+    if (request.document ? (document == nullptr || documentClass == nullptr) : raw == nullptr) {
+        LV_TRACE(kTraceModule, "%s", "the metadata did not give an instance of the class asked for");
         return ConversionResult::unexpected;
     }
 
     ApplyIdentifiers(request.identifier, rows);
-    ApplyModality(request.modality, *rows.series);
+    ApplyModality(request.modality, documentClass, *rows.series);
     rows.equipment->software_versions.Clear();
     rows.equipment->software_versions.Set(0u, dm::FromUtf8(request.product_name + " " + request.product_version));
     ChooseCharacterSet(request.encoding, rows, *instance);
@@ -135,8 +183,13 @@ ConversionResult convert(const ConversionRequest& request) {
         references.push_back({source.study_instance_uid, source.series_instance_uid, source.sop_instance_uid,
                               source.sop_class_uid});
     }
-    store_payload(instance->custom_data, request.content, request.original_name, request.command_line, references,
-                  request.digest);
+    if (document) {
+        if (!StoreDocument(request, references, *document)) return ConversionResult::output_not_written;
+        if (documentClass->is_model) CompleteModelEquipment(request, *rows.equipment);
+    } else {
+        store_payload(raw->custom_data, request.content, request.original_name, request.command_line, references,
+                      request.digest);
+    }
     for (const ReferenceRecord& reference : references) {
         instance->referenced_instances.push_back({reference.sop_class_uid, reference.sop_instance_uid});
     }

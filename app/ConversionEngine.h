@@ -1,7 +1,9 @@
 #pragma once
 // The conversion engine behind `pack`: metadata, identifiers, modality, encoding, payload and
-// thumbnail joined into one Raw Data Storage instance written as a DICOM file.
+// thumbnail joined into one Raw Data Storage or Encapsulated Document instance written as a
+// DICOM file.
 
+#include "app/DocumentType.h"
 #include "app/OptionRecords.h"
 #include "app/ReferenceRecord.h"
 #include "Foundations/DataModule/CharSet/OutputEncoding.h"
@@ -31,6 +33,9 @@ struct ConversionRequest {
     bool to_standard_output = false;  // write the file to the standard output instead of output
     bool replace_existing = false;  // --force: take the place of whatever is at output
     bool digest = true;             // record the SHA-256 of the content as written
+    // Written as this Encapsulated Document class, the payload in its document element; Raw Data
+    // Storage when absent.
+    std::optional<DetectedDocument> document;
 };
 
 // The engine's result codes; the pack body turns each into its message.

@@ -37,7 +37,8 @@ boost::filesystem::path RequiredInput(const po::variables_map& values) {
 std::vector<LibCommon::OptionGroup> PackOperationPolicy::describe() {
     return {Options::Input(),         Options::Metadata(),   Options::PackOutput(), Options::Encoding(),
             Options::Force(),         Options::HackForBmPacs(), Options::Identifier(), Options::Reference(),
-            Options::Modality(),      Options::Thumbnail(),     Options::Name(),      Options::NoDigest()};
+            Options::Modality(),      Options::Thumbnail(),     Options::Name(),      Options::NoDigest(),
+            Options::PackClass()};
 }
 
 PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
@@ -68,6 +69,7 @@ PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
     record.force = SwitchSet(values, "force");
     record.digest = !SwitchSet(values, "no-digest");
     if (const auto encoding = OptionalText(values, "encoding")) record.encoding = ParseEncodingOption(*encoding);
+    if (const auto packClass = OptionalText(values, "class")) record.pack_class = ParsePackClassOption(*packClass);
     return record;
 }
 

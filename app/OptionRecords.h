@@ -24,6 +24,13 @@ struct IdentifierFields {
     bool operator==(const IdentifierFields&) const = default;
 };
 
+// --class: what kind of instance pack writes.
+enum class PackClass {
+    raw,        // Raw Data Storage, the payload in the custom data
+    document,   // the payload's standard Encapsulated Document class; other payloads are refused
+    automatic,  // document where the payload is of such a class, raw otherwise
+};
+
 struct PackRecord {
     boost::filesystem::path input;  // "-": the standard input
     std::optional<std::string> name;  // --name: the original name to store, UTF-8
@@ -37,6 +44,7 @@ struct PackRecord {
     bool force = false;
     bool hackforbmpacs = false;
     bool digest = true;  // record the payload's SHA-256 (off with --no-digest)
+    PackClass pack_class = PackClass::raw;
 };
 
 // --output: write exactly this file.

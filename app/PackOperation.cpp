@@ -1,4 +1,5 @@
 #include "app/ConversionEngine.h"
+#include "app/DocumentType.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
 #include "app/ProgressLine.h"
@@ -116,6 +117,18 @@ std::string ResultMessage(ConversionResult result, const ConversionRequest& requ
     }
 }
 
+// The document class of the payload for --class document and auto; none for raw, and none for
+// auto when the payload is of no such class. The name stored for the payload gives the extension.
+std::optional<DetectedDocument> ChooseDocumentClass(PackClass packClass, const fs::path& input, const std::string& name,
+                                                   const Lumivale::DataModule::ByteBuffer& content) {
+    if (packClass == PackClass::raw) return std::nullopt;
+    std::optional<DetectedDocument> document = DetectDocument(content, name);
+    if (!document && packClass == PackClass::document) {
+        throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is not a PDF, CDA, STL, OBJ or MTL document.");
+    }
+    return document;
+}
+
 std::string AlreadyExists(const fs::path& output) {
     return QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
 }
@@ -152,6 +165,7 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     progress.Restart(input.Size());
     request.command_line = RecordCommandLine(argc, argv);
     request.original_name = OriginalName(record);
+    request.document = ChooseDocumentClass(record.pack_class, record.input, request.original_name, request.content);
     request.references = record.references;
     request.metadata = record.metadata;
     request.identifier = record.identifier;

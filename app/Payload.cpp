@@ -1,11 +1,13 @@
 #include "app/Payload.h"
 
+#include "app/DocumentPayload.h"
 #include "app/QuotedPath.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
+#include "Portability/Misc/Sha256.h"
 
 #include <cstdint>
 #include <variant>
@@ -69,6 +71,24 @@ PayloadReadResult ReadStoredText(const CustomDataStore& store, std::string_view 
 
 }  // namespace
 
+bool ContentSha256(const ByteBuffer& content, std::string& hex) {
+    Portability::Sha256 digest;
+    if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
+        const auto hash = [&digest](std::uint8_t* bytes, std::size_t size) {
+            digest.Update(bytes, size);
+            return true;
+        };
+        if (!dcm::ReadRegionInChunks(dcm::FileRegion{*region}, hash)) return false;
+    } else {
+        const auto bytes = content.MemoryBytes();
+        digest.Update(bytes.data(), bytes.size());
+    }
+    Portability::Sha256::Digest result{};
+    if (!digest.Finish(result)) return false;
+    hex = Portability::ToHex(result);
+    return true;
+}
+
 std::string StoredTextTooLongMessage(PayloadReadResult result, const std::string& input) {
     const auto message = [&](const char* what, std::uint64_t limit) {
         return "The input file " + QuotedPath(input) + " stores " + what + " longer than " + std::to_string(limit) +
@@ -82,14 +102,20 @@ std::string StoredTextTooLongMessage(PayloadReadResult result, const std::string
     }
 }
 
-PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content, PayloadFacts& facts) {
-    if (store.IsValueEmpty(kPackedFileNameKey) || !store.Contains(kPackedFileContentKey)) {
+namespace {
+
+// The facts of a store; a document's store may lack the name.
+PayloadReadResult ExtractFacts(const CustomDataStore& store, bool want_content, bool name_required, PayloadFacts& facts) {
+    if ((name_required && store.IsValueEmpty(kPackedFileNameKey)) || !store.Contains(kPackedFileContentKey)) {
         return PayloadReadResult::not_packed;
     }
     PayloadFacts read;
-    PayloadReadResult text =
-        ReadStoredText(store, kPackedFileNameKey, kMaxStoredNameBytes, PayloadReadResult::name_too_long, read.name);
-    if (text != PayloadReadResult::success) return text;
+    PayloadReadResult text = PayloadReadResult::success;
+    if (store.Contains(kPackedFileNameKey)) {
+        text = ReadStoredText(store, kPackedFileNameKey, kMaxStoredNameBytes, PayloadReadResult::name_too_long,
+                              read.name);
+        if (text != PayloadReadResult::success) return text;
+    }
     if (store.Contains(kCommandLineKey)) {
         text = ReadStoredText(store, kCommandLineKey, kMaxCommandLineBytes, PayloadReadResult::command_line_too_long,
                               read.command_line);
@@ -117,6 +143,29 @@ PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content
     }
     facts = std::move(read);
     return PayloadReadResult::success;
+}
+
+}  // namespace
+
+PayloadReadResult ExtractPayload(const CustomDataStore& store, bool want_content, PayloadFacts& facts) {
+    return ExtractFacts(store, want_content, true, facts);
+}
+
+PayloadReadResult ExtractDocumentPayload(const Lumivale::DataModule::EncapsulatedDocumentDataRow& document,
+                                         bool want_content, PayloadFacts& facts) {
+    ByteBuffer content;
+    switch (DocumentContent(document, content)) {
+        case DocumentContentResult::found: break;
+        case DocumentContentResult::missing: return PayloadReadResult::not_packed;
+        case DocumentContentResult::bad_length:
+        case DocumentContentResult::unreadable: return PayloadReadResult::bad_document;
+    }
+    // The document takes the content's place, so that the facts read as a raw data instance's do.
+    CustomDataStore store = document.custom_data;
+    store.SetBytes(std::string(kPackedFileContentKey), content);
+    const PayloadReadResult result = ExtractFacts(store, want_content, false, facts);
+    if (result == PayloadReadResult::success) facts.document_extension = DocumentExtension(document);
+    return result;
 }
 
 }  // namespace Dicapsule
@@ -168,10 +217,13 @@ PayloadReadResult read_payload(const std::shared_ptr<const Portability::OpenFile
     dm::PatientDataSet set;
     dm::InstanceDataRow* instance = nullptr;
     if (!adapter::ReadDicomFileIntoRows(file, set, options, instance)) return PayloadReadResult::load_failed;
-    const auto* raw = dynamic_cast<const dm::RawDataDataRow*>(instance);
-    if (raw == nullptr) return PayloadReadResult::not_packed;
-    const PayloadReadResult result = ExtractPayload(raw->custom_data, want_content, facts);
-    if (result == PayloadReadResult::success) facts.instance = DescribeInstance(set, *raw);
+    PayloadReadResult result = PayloadReadResult::not_packed;
+    if (const auto* document = dynamic_cast<const dm::EncapsulatedDocumentDataRow*>(instance)) {
+        result = ExtractDocumentPayload(*document, want_content, facts);
+    } else if (const auto* raw = dynamic_cast<const dm::RawDataDataRow*>(instance)) {
+        result = ExtractPayload(raw->custom_data, want_content, facts);
+    }
+    if (result == PayloadReadResult::success) facts.instance = DescribeInstance(set, *instance);
     return result;
 }
 

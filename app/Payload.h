@@ -4,6 +4,7 @@
 
 #include "app/ReferenceRecord.h"
 #include "Foundations/DataModule/Rows/CustomDataStore.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Values/ByteBuffer.h"
 #include "Portability/Misc/OpenFile.h"
 
@@ -48,6 +49,9 @@ struct PayloadFacts {
     std::uint64_t size = 0;                   // the content's length in bytes (known without the content)
     std::string sha256;                       // the recorded digest, as stored; empty when none
     PackedInstance instance;                  // filled by read_payload
+    // An Encapsulated Document: the extension its MIME type gives, which names the output when no
+    // name is stored (documents of other toolkits store none).
+    std::string document_extension;
 };
 
 // The longest stored texts a packed file may hold; a longer one is refused before it is read.
@@ -59,11 +63,16 @@ inline constexpr std::uint64_t kMaxDigestTextBytes = 1024;
 
 // Outcomes of reading a payload.
 // text_unreadable: a stored text (name, command line, references) could not be read from the file.
-// *_too_long: that stored text is longer than its limit above.
+// *_too_long: that stored text is longer than its limit above. bad_document: an Encapsulated
+// Document's recorded length exceeds its value, or its end cannot be read.
 enum class PayloadReadResult {
     success, load_failed, not_packed, bad_reference_text, text_unreadable,
-    name_too_long, command_line_too_long, references_too_long
+    name_too_long, command_line_too_long, references_too_long, bad_document
 };
+
+// The SHA-256 of content as lower-case hex into hex; a region of a file (a deflated one included)
+// is read in chunks. False when its bytes cannot be read.
+bool ContentSha256(const Lumivale::DataModule::ByteBuffer& content, std::string& hex);
 
 // The user's message for a stored text beyond its limit ("The input file "x" stores a name longer
 // than 65536 bytes."); empty for the other results.
@@ -86,8 +95,15 @@ void store_payload(Lumivale::DataModule::CustomDataStore& store, const Lumivale:
 PayloadReadResult ExtractPayload(const Lumivale::DataModule::CustomDataStore& store, bool want_content,
                                  PayloadFacts& facts);
 
-// Load a packed file (UTF-8 path) and extract its payload. Without want_content the content value
-// is never read from the file.
+// Read the facts of an Encapsulated Document instance: its document is the content (not_packed when
+// it is missing or empty), its custom data, when it has any, gives the name, command line and
+// references; documents of other toolkits have no name.
+PayloadReadResult ExtractDocumentPayload(const Lumivale::DataModule::EncapsulatedDocumentDataRow& document,
+                                         bool want_content, PayloadFacts& facts);
+
+// Load a packed file (UTF-8 path) and extract its payload: the custom data of a Raw Data instance,
+// the document of an Encapsulated Document instance. Without want_content the content value is
+// never read from the file.
 PayloadReadResult read_payload(const std::string& path, bool want_content, PayloadFacts& facts);
 
 // The same for a packed file already open (the copy of a piped input, for one).

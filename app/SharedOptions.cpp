@@ -180,4 +180,17 @@ const LibCommon::OptionGroup& Format() {
     return group;
 }
 
+const LibCommon::OptionGroup& PackClass() {
+    static const LibCommon::OptionGroup group{Text(
+        "class,c",
+        "Specifies the SOP class of the output file.\n"
+        "Enumerated values:\n"
+        "- raw      (Raw Data Storage; default)\n"
+        "- document (Encapsulated PDF, CDA, STL, OBJ or MTL)\n"
+        "- auto     (document when possible, raw otherwise)\n"
+        "Note: PDF, CDA and binary STL files are recognised by their content, OBJ and MTL files by their "
+        "extension. An ASCII STL file is not a DICOM STL document.")};
+    return group;
+}
+
 }  // namespace Dicapsule::Options

@@ -20,5 +20,6 @@ const LibCommon::OptionGroup& NoDigest();         // --no-digest (pack)
 const LibCommon::OptionGroup& NoVerify();         // --no-verify (unpack)
 const LibCommon::OptionGroup& Name();             // --name (pack)
 const LibCommon::OptionGroup& Format();           // --format (info)
+const LibCommon::OptionGroup& PackClass();        // --class, -c
 
 }  // namespace Dicapsule::Options

@@ -63,18 +63,8 @@ bool Matches(Portability::Sha256& digest, const std::string& recorded) {
 // The content as stored matches the recorded digest: a pass of its own, for outputs that cannot
 // take back what they were sent (the standard output, devices, FIFOs).
 bool StoredContentMatches(const Lumivale::DataModule::ByteBuffer& content, const std::string& recorded) {
-    Portability::Sha256 digest;
-    if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
-        const auto hash = [&digest](std::uint8_t* bytes, std::size_t size) {
-            digest.Update(bytes, size);
-            return true;
-        };
-        if (!dcm::ReadRegionInChunks(dcm::FileRegion{*region}, hash)) return false;
-    } else {
-        const auto bytes = content.MemoryBytes();
-        digest.Update(bytes.data(), bytes.size());
-    }
-    return Matches(digest, recorded);
+    std::string digest;
+    return ContentSha256(content, digest) && digest == recorded;
 }
 
 std::string MismatchMessage(const std::string& input) {
@@ -131,7 +121,10 @@ void unpack(const UnpackRecord& record) {
     }
     // The standard input has no name of its own: a derived output is named as if it were "stdin".
     const fs::path naming = IsStandardStream(record.input) ? fs::path(std::string(kStandardInputName)) : record.input;
-    const fs::path output = ResolveUnpackOutput(record.target, naming, facts.name);
+    // A document stored without a name (other toolkits store none) is named after the input, with
+    // the extension of its MIME type.
+    const std::string name = facts.name.empty() ? naming.stem().string() + facts.document_extension : facts.name;
+    const fs::path output = ResolveUnpackOutput(record.target, naming, name);
     const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
     boost::system::error_code error;
     const fs::file_type type = fs::status(output, error).type();

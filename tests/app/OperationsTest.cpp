@@ -49,6 +49,7 @@ TEST(PackRecord, ChecksRunInOrderAndReportTheFirstFailure) {
         {"hack before encoding", {"pack", "-m", "m", "-i", "a", "--hackforbmpacs", "-e", "x"},
          "The --thumbnail option must be used when using the --hackforbmpacs option."},
         {"bad utf-8 thumbnail first", {"pack", "-t", "\xFF"}, "Cannot decode UTF-8 string."},
+        {"class word", {"pack", "-m", "m", "-i", "a", "-c", "Document"}, "usage: \"Document\" is not a valid class."},
         {"valid", {"pack", "-m", "m", "-i", "a", "-t", "t.png", "--hackforbmpacs", "-e", "WESTERN"}, ""},
     };
     for (const auto& c : cases) EXPECT_EQ(Failure<PackOperation>(c.words), c.message) << c.id;
@@ -93,6 +94,9 @@ TEST(PackRecord, CollectsEveryValue) {
     EXPECT_EQ(record.modality, "io");
     EXPECT_EQ(record.encoding, Lumivale::DataModule::OutputEncoding::unicode);
     EXPECT_FALSE(record.force || record.hackforbmpacs);
+    EXPECT_EQ(record.pack_class, PackClass::raw);
+    EXPECT_EQ(Parse<PackOperation>({"pack", "-m", "m", "-i", "a", "--class", "auto"}).pack_class, PackClass::automatic);
+    EXPECT_EQ(Parse<PackOperation>({"pack", "-m", "m", "-i", "a", "-c", "document"}).pack_class, PackClass::document);
 }
 
 TEST(UnpackRecord, OutputTargets) {

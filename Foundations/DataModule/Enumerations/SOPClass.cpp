@@ -62,6 +62,9 @@ constexpr std::array<SOPClassRow, SOPClass::count> kSOPClassRows = {{
     {{"1.2.840.10008.5.1.4.1.1.481.5", "RT Plan Storage"}, C::Other},
     {{"1.2.840.10008.5.1.4.1.1.66.1", "Spatial Registration Storage"}, C::Other},
     {{"1.2.840.10008.5.1.4.1.1.66.4", "Segmentation Storage"}, C::Other},
+    {{"1.2.840.10008.5.1.4.1.1.104.3", "Encapsulated STL Storage"}, C::EncapsulatedDocument},
+    {{"1.2.840.10008.5.1.4.1.1.104.4", "Encapsulated OBJ Storage"}, C::EncapsulatedDocument},
+    {{"1.2.840.10008.5.1.4.1.1.104.5", "Encapsulated MTL Storage"}, C::EncapsulatedDocument},
 }};
 
 // The term table derived from the rows above, so that the UIDs are written once.
@@ -73,6 +76,7 @@ constexpr std::array<CodedTerm, SOPClass::count> kSOPClassTerms = [] {
 
 static_assert(kSOPClassTerms[SOPClass::RawData].term == "1.2.840.10008.5.1.4.1.1.66");
 static_assert(kSOPClassTerms[SOPClass::EncapsulatedPDF].term == "1.2.840.10008.5.1.4.1.1.104.1");
+static_assert(kSOPClassTerms[SOPClass::EncapsulatedMTL].term == "1.2.840.10008.5.1.4.1.1.104.5");
 
 }  // namespace
 

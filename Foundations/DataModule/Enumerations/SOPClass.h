@@ -54,9 +54,12 @@ struct SOPClass {
         RTPlan = 41,
         SpatialRegistration = 42,
         Segmentation = 43,
+        EncapsulatedSTL = 44,
+        EncapsulatedOBJ = 45,
+        EncapsulatedMTL = 46,
     };
     // Number of members, unknown included.
-    static constexpr std::uint32_t count = Segmentation + 1;
+    static constexpr std::uint32_t count = EncapsulatedMTL + 1;
 };
 
 // What kind of instance a SOP class describes.
@@ -65,7 +68,7 @@ enum class SOPClassCategory : std::uint8_t {
     Image,                  // an image storage class
     SecondaryCaptureImage,  // one of the secondary capture image classes
     RawData,                // Raw Data Storage
-    EncapsulatedDocument,   // Encapsulated PDF and CDA
+    EncapsulatedDocument,   // Encapsulated PDF, CDA, STL, OBJ and MTL
 };
 
 // The category of a SOP class (Other for unknown and out-of-range values).

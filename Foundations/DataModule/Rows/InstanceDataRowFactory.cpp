@@ -1,13 +1,12 @@
 #include "Foundations/DataModule/Rows/InstanceDataRowFactory.h"
 
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 
 namespace Lumivale::DataModule {
 
 std::unique_ptr<InstanceDataRow> CreateInstanceDataRow(SOPClass::Enum sop_class) {
-    if (sop_class == SOPClass::EncapsulatedPDF) return std::make_unique<EncapsulatedPdfDataRow>();
     switch (CategoryOf(sop_class)) {
         case SOPClassCategory::RawData:
             return std::make_unique<RawDataDataRow>();
@@ -15,6 +14,7 @@ std::unique_ptr<InstanceDataRow> CreateInstanceDataRow(SOPClass::Enum sop_class)
         case SOPClassCategory::SecondaryCaptureImage:
             return std::make_unique<ImageInstanceDataRow>(sop_class);
         case SOPClassCategory::EncapsulatedDocument:
+            return std::make_unique<EncapsulatedDocumentDataRow>(sop_class);
         case SOPClassCategory::Other:
             break;
     }

@@ -7,8 +7,8 @@
 
 namespace Lumivale::DataModule {
 
-// A new instance row for the class: RawDataDataRow for Raw Data, EncapsulatedPdfDataRow for
-// Encapsulated PDF, ImageInstanceDataRow for image classes, a plain InstanceDataRow otherwise.
+// A new instance row for the class: RawDataDataRow for Raw Data, EncapsulatedDocumentDataRow for
+// the Encapsulated Document classes, ImageInstanceDataRow for image classes, a plain InstanceDataRow otherwise.
 std::unique_ptr<InstanceDataRow> CreateInstanceDataRow(SOPClass::Enum sop_class);
 
 }  // namespace Lumivale::DataModule

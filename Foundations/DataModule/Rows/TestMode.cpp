@@ -1,6 +1,6 @@
 #include "Foundations/DataModule/Rows/TestMode.h"
 
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Uid/IdentitySource.h"
@@ -23,7 +23,7 @@ void ApplyTestModeToRows(PatientDataRow* patient, StudyDataRow* study, InstanceD
     if (patient != nullptr) ZeroIfRunStamp(patient->creation_date_time, run_stamp);
     if (study != nullptr) ZeroIfRunStamp(study->study_date_time, run_stamp);
     if (instance == nullptr) return;
-    if (dynamic_cast<EncapsulatedPdfDataRow*>(instance) != nullptr ||
+    if (dynamic_cast<EncapsulatedDocumentDataRow*>(instance) != nullptr ||
         dynamic_cast<ImageInstanceDataRow*>(instance) != nullptr) {
         ZeroIfRunStamp(instance->instance_creation_date_time, run_stamp);
     } else if (auto* raw_data = dynamic_cast<RawDataDataRow*>(instance)) {

@@ -16,6 +16,7 @@ struct UidKind {
         Study = 10,
         Series = 20,
         Instance = 30,
+        FrameOfReference = 40,
         Version = 50,  // implementation class and creator-version UIDs, and the fixed test instance UID
     };
 };

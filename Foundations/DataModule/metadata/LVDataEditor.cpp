@@ -1,6 +1,6 @@
 #include "Foundations/DataModule/metadata/LVDataEditor.h"
 
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/metadata/ElementTextCheck.h"
@@ -51,7 +51,7 @@ std::string_view ReservedReason(ElementTag tag) {
 
 bool IsEditableInstance(InstanceDataRow& instance) {
     return dynamic_cast<RawDataDataRow*>(&instance) != nullptr ||
-           dynamic_cast<EncapsulatedPdfDataRow*>(&instance) != nullptr ||
+           dynamic_cast<EncapsulatedDocumentDataRow*>(&instance) != nullptr ||
            dynamic_cast<ImageInstanceDataRow*>(&instance) != nullptr;
 }
 

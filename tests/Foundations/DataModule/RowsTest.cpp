@@ -1,6 +1,6 @@
 // The rows of a data set, their links, custom data and extra elements, and the named attributes of
 // each row kind set and read as DICOM text.
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 #include "Foundations/DataModule/Rows/InstanceDataRowFactory.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
@@ -29,7 +29,7 @@ TEST(InstanceRowFactory, RowKindFollowsTheSOPClass) {
         SCOPED_TRACE(c.sop_class);
         const auto row = CreateInstanceDataRow(c.sop_class);
         EXPECT_EQ(dynamic_cast<RawDataDataRow*>(row.get()) != nullptr, c.raw);
-        EXPECT_EQ(dynamic_cast<EncapsulatedPdfDataRow*>(row.get()) != nullptr, c.pdf);
+        EXPECT_EQ(dynamic_cast<EncapsulatedDocumentDataRow*>(row.get()) != nullptr, c.pdf);
         EXPECT_EQ(dynamic_cast<ImageInstanceDataRow*>(row.get()) != nullptr, c.image);
         EXPECT_EQ(row->sop_class.IsSet(), c.sop_class != SOPClass::unknown);
         EXPECT_EQ(row->sop_class.Value(), c.sop_class);

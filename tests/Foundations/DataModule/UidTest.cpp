@@ -1,4 +1,4 @@
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Uid/OrganisationUidRoot.h"
@@ -82,7 +82,7 @@ TEST(TestMode, RunStampsBecomeZeroAndRawDataGetsTheFixedUid) {
     EXPECT_EQ(raw.instance_creation_date_time.Value(), ZeroDateTime());
     EXPECT_EQ(raw.sop_instance_uid.Value(), TestModeInstanceUid());
 
-    EncapsulatedPdfDataRow pdf;
+    EncapsulatedDocumentDataRow pdf;
     pdf.instance_creation_date_time.Set(kStamp);
     pdf.sop_instance_uid.Set("1.2.3.4");
     ApplyTestModeToRows(nullptr, nullptr, &pdf, kStamp);

@@ -1,14 +1,16 @@
 """Packed instances through a real PACS: pack, send with storescu to an Orthanc started in a private
 network namespace, fetch back over its REST API, unpack and compare; identifiers Orthanc needs to
-file an instance; the preview Orthanc renders from a thumbnail duplicated into the pixel data.
+file an instance; the preview Orthanc renders from a thumbnail duplicated into the pixel data; a PDF
+packed as an Encapsulated PDF, served by Orthanc as a PDF and surviving its default anonymization.
 
 Run as a script (pacs_round_trip.py PLAN.json) inside the namespace, the module is the Orthanc
 session: it starts Orthanc with a temporary configuration, sends each planned file, fetches back what
 Orthanc kept, stops Orthanc and prints one JSON report on standard output.
-PLAN: {"workdir": dir, "instances": [{"id": case id, "file": path, "sop": SOPInstanceUID}]}
+PLAN: {"workdir": dir, "instances": [{"id": case id, "file": path, "sop": SOPInstanceUID, "document": bool}]}
 Report: {"ready": bool, "still_running": bool, "orthanc_log": path, "instances": {case id: {"store":
          exit status, "store_log": text, "orthanc_id": id or None, "file": path of the fetched copy,
-         "tags": simplified tags, "preview_status": HTTP status, "preview": path of the preview or None}}}
+         "tags": simplified tags, "preview_status": HTTP status, "preview": path of the preview or None,
+         "pdf": path of /pdf's answer or None, "anonymized": path of the anonymized file or None}}}
 """
 import ctypes
 import json
@@ -56,6 +58,11 @@ IDENTITY_CASES = [
 PREVIEW_CASES = [("thumbnail-duplicated", ["-t", THUMBNAIL, "--hackforbmpacs"]),
                  ("thumbnail-icon-only", ["-t", THUMBNAIL])]
 
+# A PDF packed as an Encapsulated PDF, with a reference.
+DOCUMENT_CASE, DOCUMENT_NAME = "encapsulated-pdf", "report.pdf"
+REPORT = (SOURCE / "examples" / "report.pdf").read_bytes()
+DOCUMENT_PAYLOAD = REPORT + b"\n" * (1 - len(REPORT) % 2)  # odd length: the stored value is padded
+
 MINIMAL_XML = ('<?xml version="1.0" encoding="UTF-8"?><orchid type="ConvertixToFp"><operations>'
                '<operation type="edition"><Patient><Name Name="PatientName" Family="Nobody"/></Patient>'
                '</operation></operations></orchid>')
@@ -83,7 +90,8 @@ def request(port, path, body=None):
 
 
 def exchange(http_port, dicom_port, workdir, case):
-    report = {"orthanc_id": None, "file": None, "tags": None, "preview_status": None, "preview": None}
+    report = {"orthanc_id": None, "file": None, "tags": None, "preview_status": None, "preview": None, "pdf": None,
+              "anonymized": None}
     try:
         done = subprocess.run(["storescu", *case.get("store_options", []), "-aet", "DICAPSULETEST", "-aec", CALLED_AET,
                                LOOPBACK, str(dicom_port), case["file"]], capture_output=True, text=True, timeout=60)
@@ -105,6 +113,12 @@ def exchange(http_port, dicom_port, workdir, case):
         if status == 200:
             report[key] = str(workdir / f"{case['id']}.{suffix}")
             pathlib.Path(report[key]).write_bytes(data)
+    if case.get("document"):
+        for key, url, body, suffix in (("pdf", "pdf", None, "served.pdf"), ("anonymized", "anonymize", b"{}", "anon.dcm")):
+            status, data = request(http_port, f"/instances/{instance}/{url}", body)
+            if status == 200:
+                report[key] = str(workdir / f"{case['id']}.{suffix}")
+                pathlib.Path(report[key]).write_bytes(data)
     return report
 
 
@@ -173,11 +187,12 @@ def pack_all(tool, work):
     jobs = [(cid, name, size, METADATA, []) for cid, name, size in PAYLOADS + TRANSCODED]
     jobs += [(cid, "id.bin", 33, metadata[kind], extra) for cid, kind, extra, _ in IDENTITY_CASES]
     jobs += [(cid, "preview.bin", 20, METADATA, extra) for cid, extra in PREVIEW_CASES]
+    jobs += [(DOCUMENT_CASE, DOCUMENT_NAME, None, METADATA, ["-c", "document", "-r", "1.2.3:1.2.3.4:1.2.3.4.5"])]
     packed = {}
     for cid, name, size, meta, extra in jobs:
         folder = work / cid
         folder.mkdir()
-        data = random.Random(size).randbytes(size)
+        data = DOCUMENT_PAYLOAD if size is None else random.Random(size).randbytes(size)
         (folder / name).write_bytes(data)
         done = run_tool(tool, "pack", "-i", name, "-m", meta, "-o", "packed.dcm", *extra, cwd=folder)
         assert done.returncode == 0, f"{cid}: {done.stderr}"
@@ -199,7 +214,8 @@ def pacs(tmp_path_factory):
     packed = pack_all(tool, work)
     plan = {"workdir": str(work), "instances": [
         {"id": cid, "file": str(path), "sop": str(pydicom.dcmread(path).SOPInstanceUID),
-         "store_options": ["-xi"] if cid in dict((c[0], c) for c in TRANSCODED) else []}
+         "store_options": ["-xi"] if cid in dict((c[0], c) for c in TRANSCODED) else [],
+         "document": cid == DOCUMENT_CASE}
         for cid, (path, _) in packed.items()]}
     (work / "plan.json").write_text(json.dumps(plan), encoding="utf-8")
     done = subprocess.run(["unshare", "--net", "sh", "-c", 'ip link set lo up && exec "$0" "$@"',
@@ -268,6 +284,21 @@ def test_preview_is_answered_and_shows_a_duplicated_thumbnail(pacs, record_prope
         difference = ImageStat.Stat(ImageChops.difference(preview.convert("RGB"), thumbnail)).mean
     # Orthanc may window the pixels it renders: a small average difference is accepted.
     assert max(difference) < 4.0, difference
+
+
+def test_pacs_serves_the_packed_pdf_and_keeps_it_through_anonymization(pacs, tmp_path):
+    tool, packed, report = pacs
+    instance = stored(report, DOCUMENT_CASE)
+    assert instance["pdf"], "Orthanc did not serve the instance as a PDF"
+    assert pathlib.Path(instance["pdf"]).read_bytes() == DOCUMENT_PAYLOAD
+    assert instance["anonymized"], "Orthanc did not anonymize the instance"
+    # The private data goes, with the name, command line and references; the document stays.
+    done = run_tool(tool, "unpack", "-i", instance["anonymized"], "-o", "back.pdf", cwd=tmp_path)
+    assert (done.returncode, done.stderr) == (0, "")
+    assert (tmp_path / "back.pdf").read_bytes() == DOCUMENT_PAYLOAD
+    info = run_tool(tool, "info", "-i", instance["anonymized"], cwd=tmp_path).stdout
+    assert f'<parameters originalname="" commandline="" size="{len(DOCUMENT_PAYLOAD)}" />' in info
+    assert "reference" not in info
 
 
 if __name__ == "__main__":

@@ -1,7 +1,7 @@
 #include "Foundations/DataModule/metadata/LVDataEditor.h"
 #include "Foundations/DataModule/metadata/MetadataReader.h"
 
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"

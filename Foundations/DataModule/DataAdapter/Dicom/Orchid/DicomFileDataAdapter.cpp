@@ -11,6 +11,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/DicomFileDataControllerFactory.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueAlignment.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Utf8Path.h"
@@ -128,17 +129,26 @@ void InsertPrivateCreatorWhenNeeded(dcm::DicomDataSet& dataSet) {
     }
 }
 
+// The custom data of the instance kinds that carry one: raw data and encapsulated documents.
+CustomDataStore* CustomDataOf(InstanceDataRow& instance) {
+    if (auto* raw = dynamic_cast<RawDataDataRow*>(&instance)) return &raw->custom_data;
+    if (auto* document = dynamic_cast<EncapsulatedDocumentDataRow*>(&instance)) return &document->custom_data;
+    return nullptr;
+}
+
+const CustomDataStore* CustomDataOf(const InstanceDataRow& instance) {
+    return CustomDataOf(const_cast<InstanceDataRow&>(instance));
+}
+
 bool InsertInstanceParts(dcm::DicomDataSet& dataSet, const InstanceDataRow& instance, const MultiCharSetDataType& charset) {
-    const bool document = instance.sop_class.Value() == SOPClass::EncapsulatedPDF;
+    const bool document = CategoryOf(instance.sop_class.Value()) == SOPClassCategory::EncapsulatedDocument;
     if (!InsertInstanceClassElements(dataSet, instance, charset)) {
         LV_TRACE(kModule, "%s", "An attribute of the instance class cannot be written");
         return false;
     }
     if (!document && !InsertAcquisitionContext(dataSet, instance.acquisition_context, charset)) return false;
     if (!InsertReferencedInstances(dataSet, instance.referenced_instances)) return false;
-    if (const auto* raw = dynamic_cast<const RawDataDataRow*>(&instance); raw && !InsertCustomData(dataSet, raw->custom_data)) {
-        return false;
-    }
+    if (const CustomDataStore* store = CustomDataOf(instance); store && !InsertCustomData(dataSet, *store)) return false;
     return InsertIconImage(dataSet, instance.icon_image, instance.duplicate_icon_as_image);
 }
 
@@ -203,9 +213,9 @@ bool ReadInstanceDataSet(const dcm::DicomDataSet& dataSet, PatientDataSet& set, 
     ReadInstanceClassElements(dataSet, row, charset);
     const auto controller = ControllerFor(sopClass);
     if (!controller->PrepareAfterReading(row)) return false;
-    if (auto* raw = dynamic_cast<RawDataDataRow*>(&row)) {
+    if (CustomDataStore* store = CustomDataOf(row)) {
         const CustomDataReadRules rules{options.keepInFileAbove, options.unwantedCustomDataKeys};
-        ReadCustomData(dataSet, rules, raw->custom_data);  // a raw data instance of another program may have none
+        ReadCustomData(dataSet, rules, *store);  // an instance of another program may have none
     }
     ReadIconImage(dataSet, row.icon_image);
     if (options.keepOtherElements) ReadExtraElements(dataSet, charset, options.keepInFileAbove, row.extra_elements);

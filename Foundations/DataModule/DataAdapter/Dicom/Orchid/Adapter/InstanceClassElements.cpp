@@ -2,10 +2,13 @@
 
 #include "Foundations/DataModule/Common/StringConversionUtils.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/CustomDataSequence.h"
+#include "Foundations/DataModule/Enumerations/DocumentClass.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 
 #include <exception>
+#include <tuple>
 
 namespace Lumivale::DataModule::DataAdapterModule {
 namespace {
@@ -76,25 +79,83 @@ void ReadImage(const ElementReader& in, ImageInstanceDataRow& image) {
     if (in.Text(Tag::PresentationLUTShape, text)) image.presentation_lut_shape.Set(text);
 }
 
-bool InsertDocument(dcm::DicomDataSet& dataSet, ElementWriter& out, const EncapsulatedPdfDataRow& pdf) {
-    if (pdf.mime_type.IsSet()) out.Text(Tag::MIMETypeOfEncapsulatedDocument, VR::LO, pdf.mime_type.Value());
-    out.Wide(Tag::DocumentTitle, VR::ST, pdf.document_title.Value());
-    if (pdf.burned_in_annotation.IsSet()) out.Text(Tag::BurnedInAnnotation, VR::CS, pdf.burned_in_annotation.Value());
-    std::vector<std::uint8_t> bytes;
-    if (pdf.encapsulated_document.HasBuffer() && !pdf.encapsulated_document.ReadAll(bytes)) return false;
-    const std::uint32_t tag = TagNumber(Tag::EncapsulatedDocument);
-    return dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), VR::OB,
-                                                                     std::move(bytes)));
+// An empty sequence: a type 2 attribute the tool has no value for.
+bool InsertEmptySequence(dcm::DicomDataSet& dataSet, Tag tag) {
+    const std::uint32_t number = TagNumber(tag);
+    return dataSet.Insert(std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(number), dcm::TagElement(number)));
 }
 
-void ReadDocument(const dcm::DicomDataSet& dataSet, const ElementReader& in, EncapsulatedPdfDataRow& pdf) {
+// The units of a 3D model's coordinates: millimetres, as the STL, OBJ and MTL classes assume.
+bool InsertMillimetreUnits(dcm::DicomDataSet& dataSet) {
+    const std::uint32_t tag = TagNumber(Tag::MeasurementUnitsCodeSequence);
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
+    dcm::DicomDataSet& code = sequence->AppendItem();
+    const MultiCharSetDataType ascii;
+    for (const auto& [codeTag, vr, text] : {std::tuple{Tag::CodeValue, VR::SH, "mm"},
+                                            std::tuple{Tag::CodingSchemeDesignator, VR::SH, "UCUM"},
+                                            std::tuple{Tag::CodeMeaning, VR::LO, "mm"}}) {
+        auto element = MakeTextElement(TagNumber(codeTag), vr, text, ascii);
+        if (!element || !code.Insert(std::move(element))) return false;
+    }
+    return dataSet.Insert(std::move(sequence));
+}
+
+// The document element: its bytes, or the region of the file that holds them (never loaded, so
+// that the writer copies it file to file), and its length.
+bool InsertDocumentBytes(dcm::DicomDataSet& dataSet, const ByteBuffer& document) {
+    const std::uint64_t length = document.Length();
+    if (dcm::EvenLength(length) > kMaxDicomValueLength) return false;
+    const std::uint32_t tag = TagNumber(Tag::EncapsulatedDocument);
+    auto element = std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), VR::OB);
+    if (const FileRegion* region = document.Region()) {
+        if (!region->IsInsideFile()) return false;
+        element->valueLength = static_cast<std::uint32_t>(length);
+        element->value.SetRegion(dcm::FileRegion{*region});
+    } else {
+        const auto bytes = document.MemoryBytes();
+        element->SetValue(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
+    }
+    return dataSet.Insert(std::move(element)) &&
+           dataSet.Insert(MakeUnsignedLongElement(TagNumber(Tag::EncapsulatedDocumentLength), static_cast<std::uint32_t>(length)));
+}
+
+bool InsertDocument(dcm::DicomDataSet& dataSet, ElementWriter& out, const EncapsulatedDocumentDataRow& document) {
+    if (document.mime_type.IsSet()) out.Text(Tag::MIMETypeOfEncapsulatedDocument, VR::LO, document.mime_type.Value());
+    out.Wide(Tag::DocumentTitle, VR::ST, document.document_title.Value());
+    if (document.burned_in_annotation.IsSet()) out.Text(Tag::BurnedInAnnotation, VR::CS, document.burned_in_annotation.Value());
+    if (document.conversion_type.IsSet()) out.Text(Tag::ConversionType, VR::CS, document.conversion_type.Value());
+    if (!document.hl7_instance_identifier.empty()) {
+        out.Text(Tag::HL7InstanceIdentifier, VR::ST, document.hl7_instance_identifier);
+    }
+    if (!InsertEmptySequence(dataSet, Tag::ConceptNameCodeSequence)) return false;
+    const EncapsulatedDocumentClass* documentClass = EncapsulatedDocumentClassOf(document.sop_class.ValueOr(SOPClass::unknown));
+    if (documentClass && documentClass->is_model) {
+        out.Text(Tag::FrameOfReferenceUID, VR::UI, document.frame_of_reference_uid.ValueOr({}));
+        out.Text(Tag::PositionReferenceIndicator, VR::LO, {});
+        if (!InsertMillimetreUnits(dataSet)) return false;
+    }
+    return InsertDocumentBytes(dataSet, document.encapsulated_document);
+}
+
+void ReadDocument(const dcm::DicomDataSet& dataSet, const ElementReader& in, EncapsulatedDocumentDataRow& document) {
     std::string text;
-    if (in.Text(Tag::MIMETypeOfEncapsulatedDocument, text)) pdf.mime_type.Set(text);
-    if (in.Text(Tag::DocumentTitle, text) && IsValidUtf8(text)) pdf.document_title.Set(FromUtf8(text));
-    if (in.Text(Tag::BurnedInAnnotation, text)) pdf.burned_in_annotation.Set(text);
-    std::vector<std::uint8_t> bytes;
-    if (const auto* document = dataSet.Find(Tag::EncapsulatedDocument); document && document->value.Load(bytes)) {
-        pdf.encapsulated_document = ByteBuffer::Adopt(std::move(bytes));
+    if (in.Text(Tag::MIMETypeOfEncapsulatedDocument, text)) document.mime_type.Set(text);
+    if (in.Text(Tag::DocumentTitle, text) && IsValidUtf8(text)) document.document_title.Set(FromUtf8(text));
+    if (in.Text(Tag::BurnedInAnnotation, text)) document.burned_in_annotation.Set(text);
+    if (in.Text(Tag::ConversionType, text)) document.conversion_type.Set(text);
+    if (in.Text(Tag::HL7InstanceIdentifier, text)) document.hl7_instance_identifier = text;
+    if (in.Text(Tag::FrameOfReferenceUID, text)) document.frame_of_reference_uid.Set(text);
+    std::uint32_t length = 0;
+    if (const auto* element = dataSet.Find(Tag::EncapsulatedDocumentLength); element && FetchUnsignedLong(*element, length)) {
+        document.encapsulated_document_length = length;
+    }
+    // A document kept in its file stays there: only the caller that wants its bytes reads them.
+    const auto* element = dataSet.Find(Tag::EncapsulatedDocument);
+    if (element == nullptr) return;
+    if (const dcm::FileRegion* region = element->value.Region()) {
+        document.encapsulated_document = ByteBuffer::OfFileRegion(FileRegion{region->file, region->offset, region->length});
+    } else {
+        document.encapsulated_document = ByteBuffer::CopyOf(element->value.Bytes());
     }
 }
 
@@ -104,7 +165,8 @@ bool InsertInstanceClassElements(dcm::DicomDataSet& dataSet, const InstanceDataR
                                  const MultiCharSetDataType& charset) {
     ElementWriter out(dataSet, charset);
     if (const auto* image = dynamic_cast<const ImageInstanceDataRow*>(&instance)) InsertImage(out, *image);
-    if (const auto* pdf = dynamic_cast<const EncapsulatedPdfDataRow*>(&instance); pdf && !InsertDocument(dataSet, out, *pdf)) {
+    if (const auto* document = dynamic_cast<const EncapsulatedDocumentDataRow*>(&instance);
+        document && !InsertDocument(dataSet, out, *document)) {
         return false;
     }
     return out.Ok();
@@ -114,7 +176,7 @@ void ReadInstanceClassElements(const dcm::DicomDataSet& dataSet, InstanceDataRow
                                const MultiCharSetDataType& charset) {
     const ElementReader in(dataSet, charset);
     if (auto* image = dynamic_cast<ImageInstanceDataRow*>(&instance)) ReadImage(in, *image);
-    if (auto* pdf = dynamic_cast<EncapsulatedPdfDataRow*>(&instance)) ReadDocument(dataSet, in, *pdf);
+    if (auto* document = dynamic_cast<EncapsulatedDocumentDataRow*>(&instance)) ReadDocument(dataSet, in, *document);
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

@@ -22,8 +22,8 @@ struct Registration {
     DicomFileDataControllerFactory::Creator creator;
 };
 
-// Classes with a controller of their own; the other image and secondary capture classes are
-// found by category.
+// Classes with a controller of their own; the other image, secondary capture and Encapsulated
+// Document classes are found by category.
 constexpr Registration kRegistrations[] = {
     {SOPClass::DigitalXRayImageForPresentation, MakeForClass<DxImageDicomFileDataController>},
     {SOPClass::DigitalIntraOralXRayImageForPresentation, MakeForClass<IoImageDicomFileDataController>},
@@ -31,7 +31,6 @@ constexpr Registration kRegistrations[] = {
     {SOPClass::VLPhotographicImage, MakeForClass<VlImageDicomFileDataController>},
     {SOPClass::ComputedRadiographyImage, MakeForClass<CrImageDicomFileDataController>},
     {SOPClass::RawData, MakeFixed<RawDataDicomFileDataController>},
-    {SOPClass::EncapsulatedPDF, MakeFixed<EncapsulatedPDFDicomFileDataController>},
 };
 
 }  // namespace
@@ -43,6 +42,7 @@ DicomFileDataControllerFactory::Creator DicomFileDataControllerFactory::CreatorO
     switch (CategoryOf(sopClass)) {
         case SOPClassCategory::SecondaryCaptureImage: return MakeForClass<ScImageDicomFileDataController>;
         case SOPClassCategory::Image: return MakeForClass<GeneralImageDicomFileDataController>;
+        case SOPClassCategory::EncapsulatedDocument: return MakeForClass<EncapsulatedPDFDicomFileDataController>;
         default: return nullptr;
     }
 }

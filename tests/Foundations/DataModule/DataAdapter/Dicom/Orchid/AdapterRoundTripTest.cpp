@@ -5,7 +5,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Portability/Misc/Utf8Path.h"
 #include "TestFiles.h"
 
@@ -81,7 +81,7 @@ TEST_F(AdapterRoundTrip, MetaGroupOfEveryClass) {
         SCOPED_TRACE(static_cast<int>(sopClass));
         dm::PatientDataSet set;
         dm::InstanceDataRow& instance = set.AddInstanceChain(sopClass);
-        if (auto* pdf = dynamic_cast<dm::EncapsulatedPdfDataRow*>(&instance)) {
+        if (auto* pdf = dynamic_cast<dm::EncapsulatedDocumentDataRow*>(&instance)) {
             pdf->encapsulated_document = dm::ByteBuffer::CopyOf(std::vector<std::uint8_t>{'%', 'P', 'D', 'F'});
         }
         ASSERT_TRUE(da::DicomFileDataAdapter().Write(set, instance, Path("out.dcm")));

@@ -5,7 +5,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/ImageDicomFileDataControllers.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Controllers/RawDataDicomFileDataController.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
-#include "Foundations/DataModule/Rows/EncapsulatedPdfDataRow.h"
+#include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 #include "Foundations/DataModule/Rows/InstanceDataRowFactory.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
@@ -91,7 +91,7 @@ TEST(Controllers, RawDataPreparation) {
 }
 
 TEST(Controllers, DocumentAndImageDefaultsFillOnlyEmptyAttributes) {
-    dm::EncapsulatedPdfDataRow pdf;
+    dm::EncapsulatedDocumentDataRow pdf;
     pdf.burned_in_annotation.Set("YES");
     ASSERT_TRUE(dcm::EncapsulatedPDFDicomFileDataController().PrepareForWriting(pdf));
     EXPECT_EQ(pdf.instance_number.ValueOr(0), 1);
