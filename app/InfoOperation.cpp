@@ -1,7 +1,7 @@
 #include "app/InfoDocument.h"
+#include "app/OperationMessages.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
-#include "app/QuotedPath.h"
 
 #include <iostream>
 #include <sstream>
@@ -12,20 +12,8 @@ namespace Dicapsule {
 void info(const InfoRecord& record) {
     const std::string input = record.input.string();
     PayloadFacts facts;
-    switch (read_payload(input, false, facts)) {
-        case PayloadReadResult::success:
-            break;
-        case PayloadReadResult::load_failed:
-            throw std::runtime_error("Could not load the input file " + QuotedPath(input) + ".");
-        case PayloadReadResult::not_packed:
-            throw std::runtime_error("The input file " + QuotedPath(input) +
-                                     " misses Dicapsule custom data. It seems it hasn't been created by Dicapsule.");
-        case PayloadReadResult::bad_reference_text:
-            throw std::runtime_error("Could not parse one of the reference strings of the input file " +
-                                     QuotedPath(input) + ".");
-        default:
-            throw std::runtime_error("Could not get the info of the input file " + QuotedPath(input) + ".");
-    }
+    const PayloadReadResult result = read_payload(input, false, facts);
+    if (result != PayloadReadResult::success) throw std::runtime_error(PayloadReadFailure(result, input, PayloadReader::info));
     WriteInfoDocument(std::cout, facts.name, facts.command_line, facts.references);
 }
 

@@ -1,3 +1,4 @@
+#include "app/OperationMessages.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
 #include "app/QuotedPath.h"
@@ -14,20 +15,6 @@ namespace {
 
 namespace fs = boost::filesystem;
 
-std::string ReadFailure(PayloadReadResult result, const std::string& input) {
-    switch (result) {
-        case PayloadReadResult::load_failed:
-            return "Could not load the input file " + QuotedPath(input) + ".";
-        case PayloadReadResult::not_packed:
-            return "The input file " + QuotedPath(input) +
-                   " misses Dicapsule custom data. It seems it hasn't been created by Dicapsule.";
-        case PayloadReadResult::bad_reference_text:
-            return "Could not parse one of the reference strings of the input file " + QuotedPath(input) + ".";
-        default:
-            return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
-    }
-}
-
 // Copy the content into the writer: straight from the packed file when it stayed there.
 bool WriteContent(const Lumivale::DataModule::ByteBuffer& content, Portability::AtomicFileWriter& writer) {
     if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
@@ -43,7 +30,7 @@ void unpack(const UnpackRecord& record) {
     const std::string input = record.input.string();
     PayloadFacts facts;
     const PayloadReadResult result = read_payload(input, true, facts);
-    if (result != PayloadReadResult::success) throw std::runtime_error(ReadFailure(result, input));
+    if (result != PayloadReadResult::success) throw std::runtime_error(PayloadReadFailure(result, input, PayloadReader::unpack));
 
     const fs::path output = ResolveUnpackOutput(record.target, record.input, facts.name);
     const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
