@@ -98,6 +98,15 @@ def test_a_run_killed_mid_write_leaves_nothing(run, tool, tmp_path, operation, s
     assert listing(tmp_path / "out") == []
 
 
+@posix_only
+def test_unpack_refuses_an_existing_output_before_writing_anything(run, tmp_path):
+    # /proc takes no new file: a run that tried to write before checking would fail to open its output.
+    (tmp_path / "a.pdf").write_bytes(b"payload")
+    assert run(*pack_args()).status == 0
+    result = run("unpack", "-i", "a.dcm", "-o", "/proc/version")
+    assert (result.status, result.out, result.err) == (1, "", "Error: " + ALREADY.format("/proc/version") + "\n")
+
+
 @pytest.mark.parametrize("length", [248, 255])
 def test_names_up_to_the_file_system_limit(run, tmp_path, length):
     name = "n" * (length - 4) + ".pdf"
