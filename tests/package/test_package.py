@@ -200,7 +200,8 @@ def test_packaged_tool_round_trips_the_packaged_example(root, tmp_path):
 @pytest.mark.skipif(os.environ.get("DICAPSULE_EXTENDED_JPEG") != "ON", reason="this build has no extended JPEG module")
 def test_packaged_tool_loads_its_module_from_the_package(root, tmp_path):
     """A 12-bit JPEG thumbnail needs the extended JPEG module: the packaged tool finds the packaged one."""
-    assert (root / "usr/lib/dicapsule/dicapsule_jpegext.so").is_file()
+    module = root / "usr/lib/dicapsule/dicapsule_jpegext.so"
+    assert module.is_file()
     import pydicom
     source = pydicom.Dataset()
     source.file_meta = pydicom.dataset.FileMetaDataset()
