@@ -2,6 +2,7 @@
 // the reference texts of --reference; and the texts the operations build: quoted paths, unpack
 // output names, the info document.
 
+#include "app/CommandLine.h"
 #include "app/InfoDocument.h"
 #include "app/OperationMessages.h"
 #include "app/OperationPolicies.h"
@@ -182,6 +183,23 @@ TEST(UnpackOutputName, StoredNamesThatWouldLeaveTheDirectoryAreRefused) {
     EXPECT_TRUE(IsPlainFileName("..report.pdf"));
     // A name derived from the input's own name must be plain too: "..." gives "..".
     EXPECT_THROW(ResolveUnpackOutput(OutputDirectory{"out", false}, "in/...", "README"), std::runtime_error);
+}
+
+// The three reports of a failure; the CLI suite sees the first two, nothing the tool throws is the third.
+TEST(ReportFailure, EachKindOfFailureIsWrittenWithItsPrefix) {
+    const struct { const char* id; std::exception_ptr failure; std::string expected; } cases[] = {
+        {"usage error", std::make_exception_ptr(LibCommandLineOperation::Detail::OperationUsageError<InfoOperation>("Bad.")),
+         "Usage error: Bad.\n\nUsage:\n  prog info -i INPUT_FILE [OPTION]...\n\n"},
+        {"operational error", std::make_exception_ptr(std::runtime_error("Could not read \"a\".")),
+         "Error: Could not read \"a\".\n"},
+        {"anything else", std::make_exception_ptr(42), "Unknown error.\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        std::ostringstream err;
+        EXPECT_EQ(ReportFailure(c.failure, "prog", err), 1);
+        EXPECT_EQ(err.str().substr(0, c.expected.size()), c.expected);
+    }
 }
 
 // The engine's results that the CLI suite cannot provoke (a thumbnail that loads but cannot be
