@@ -37,6 +37,19 @@ void RunCommandLine(int argc, const char* const argv[]) {
     if (!found) throw GeneralUsageError("\"" + std::string(argv[1]) + "\" is not a valid operation.");
 }
 
+int ReportFailure(std::exception_ptr failure, const std::string& prog, std::ostream& err) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const LibCommandLineOperation::Detail::UsageError2& error) {
+        err << "Usage error: " << error.what() << "\n\n" << error.usage(prog) << std::flush;
+    } catch (const std::exception& error) {
+        err << "Error: " << error.what() << std::endl;
+    } catch (...) {
+        err << "Unknown error." << std::endl;
+    }
+    return 1;
+}
+
 int Main(int argc, const char* const argv[]) {
     const std::string prog = LibCommon::ProgramName(argc > 0 ? argv[0] : nullptr);
     // The debug trace says why a file or a document was refused; users reach it on request.
@@ -46,14 +59,9 @@ int Main(int argc, const char* const argv[]) {
         std::cout.flush();
         if (!std::cout) throw std::runtime_error("Could not write to the standard output.");
         return 0;
-    } catch (const LibCommandLineOperation::Detail::UsageError2& error) {
-        std::cerr << "Usage error: " << error.what() << "\n\n" << error.usage(prog) << std::flush;
-    } catch (const std::exception& error) {
-        std::cerr << "Error: " << error.what() << std::endl;
     } catch (...) {
-        std::cerr << "Unknown error." << std::endl;
+        return ReportFailure(std::current_exception(), prog, std::cerr);
     }
-    return 1;
 }
 
 }  // namespace Dicapsule

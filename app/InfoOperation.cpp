@@ -1,8 +1,8 @@
 #include "app/InfoDocument.h"
 #include "app/InfoJson.h"
+#include "app/OperationMessages.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
-#include "app/QuotedPath.h"
 #include "app/StreamArguments.h"
 
 #include <cstdint>
@@ -19,24 +19,7 @@ void info(const InfoRecord& record) {
     const PayloadReadResult result = OpenInput(record.input, file, UINT64_MAX) == Portability::InputFile::Status::opened
                                          ? read_payload(file.File(), false, facts)
                                          : PayloadReadResult::load_failed;
-    switch (result) {
-        case PayloadReadResult::success:
-            break;
-        case PayloadReadResult::load_failed:
-            throw std::runtime_error("Could not load the input file " + QuotedPath(input) + ".");
-        case PayloadReadResult::not_packed:
-            throw std::runtime_error("The input file " + QuotedPath(input) +
-                                     " misses Dicapsule custom data. It seems it hasn't been created by Dicapsule.");
-        case PayloadReadResult::bad_reference_text:
-            throw std::runtime_error("Could not parse one of the reference strings of the input file " +
-                                     QuotedPath(input) + ".");
-        case PayloadReadResult::name_too_long:
-        case PayloadReadResult::command_line_too_long:
-        case PayloadReadResult::references_too_long:
-            throw std::runtime_error(StoredTextTooLongMessage(result, input));
-        default:
-            throw std::runtime_error("Could not get the info of the input file " + QuotedPath(input) + ".");
-    }
+    if (result != PayloadReadResult::success) throw std::runtime_error(PayloadReadFailure(result, input, PayloadReader::info));
     if (record.format == InfoFormat::json) {
         WriteInfoJson(std::cout, facts);
     } else {

@@ -1,5 +1,6 @@
 #include "app/ConversionEngine.h"
 #include "app/DocumentType.h"
+#include "app/OperationMessages.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
 #include "app/ProgressLine.h"
@@ -39,14 +40,6 @@ bool Exists(const fs::path& path, bool follow = true) {
     boost::system::error_code error;
     const fs::file_type type = (follow ? fs::status(path, error) : fs::symlink_status(path, error)).type();
     return type != fs::status_unknown && type != fs::file_not_found;
-}
-
-// What a pack failure adds when the output's directory is missing.
-std::string MissingDirectoryNote(const fs::path& output) {
-    const fs::path directory = output.parent_path();
-    boost::system::error_code error;
-    if (directory.empty() || fs::exists(directory, error)) return "";
-    return " The directory " + QuotedPath(directory.string()) + " does not exist.";
 }
 
 // The input opened for the whole run, so that a missing or unreadable input fails here, before
@@ -92,28 +85,6 @@ void RequireValidUids(const IdentifierFields& identifier, const std::vector<Refe
                                        &reference.sop_instance_uid, &reference.sop_class_uid}) {
             if (!uid->empty()) RequireValidUid(*uid);
         }
-    }
-}
-
-std::string ResultMessage(ConversionResult result, const ConversionRequest& request) {
-    const std::string thumbnail = request.thumbnail ? QuotedPath(*request.thumbnail) + " " : "";
-    switch (result) {
-        case ConversionResult::written:
-            return "";
-        case ConversionResult::metadata_unusable:
-            return "The metadata file " + QuotedPath(request.metadata) + " either doesn't exist or is ill-formed.";
-        case ConversionResult::thumbnail_not_loaded:
-            return request.thumbnail ? "Could not load the thumbnail file " + QuotedPath(*request.thumbnail) + "."
-                                     : "Could not load the thumbnail file.";
-        case ConversionResult::thumbnail_not_inserted:
-            return "Could not insert the thumbnail file " + thumbnail + "into the output Dicom file.";
-        case ConversionResult::imaging_module_unavailable:
-            return "Could not load the imaging module " + QuotedPath(Lumivale::Imaging::ImagingModuleName()) + ".";
-        case ConversionResult::output_not_written:
-            return "Could not write the output Dicom file " + QuotedPath(request.output) + "." +
-                   MissingDirectoryNote(request.output);
-        default:
-            return "Could not create the output Dicom file";
     }
 }
 
@@ -197,7 +168,7 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     if (result == ConversionResult::output_not_written && fs::file_size(record.input, error) < input.Size() && !error) {
         throw std::runtime_error("Could not read " + QuotedPath(record.input.string()) + ".");
     }
-    if (result != ConversionResult::written) throw std::runtime_error(ResultMessage(result, request));
+    if (result != ConversionResult::written) throw std::runtime_error(ConversionFailure(result, request));
 }
 
 }  // namespace Dicapsule

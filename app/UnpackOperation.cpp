@@ -1,3 +1,4 @@
+#include "app/OperationMessages.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
 #include "app/ProgressLine.h"
@@ -22,24 +23,6 @@ namespace {
 
 namespace fs = boost::filesystem;
 namespace dcm = Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
-
-std::string ReadFailure(PayloadReadResult result, const std::string& input) {
-    switch (result) {
-        case PayloadReadResult::load_failed:
-            return "Could not load the input file " + QuotedPath(input) + ".";
-        case PayloadReadResult::not_packed:
-            return "The input file " + QuotedPath(input) +
-                   " misses Dicapsule custom data. It seems it hasn't been created by Dicapsule.";
-        case PayloadReadResult::bad_reference_text:
-            return "Could not parse one of the reference strings of the input file " + QuotedPath(input) + ".";
-        case PayloadReadResult::name_too_long:
-        case PayloadReadResult::command_line_too_long:
-        case PayloadReadResult::references_too_long:
-            return StoredTextTooLongMessage(result, input);
-        default:
-            return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
-    }
-}
 
 // Copy the content into the writer: straight from the packed file when it stayed there. With a
 // digest, the bytes as written are fed to it.
@@ -106,7 +89,7 @@ void unpack(const UnpackRecord& record) {
     const PayloadReadResult result = OpenInput(record.input, file, UINT64_MAX) == Portability::InputFile::Status::opened
                                          ? read_payload(file.File(), true, facts)
                                          : PayloadReadResult::load_failed;
-    if (result != PayloadReadResult::success) throw std::runtime_error(ReadFailure(result, input));
+    if (result != PayloadReadResult::success) throw std::runtime_error(PayloadReadFailure(result, input, PayloadReader::unpack));
     progress.Restart(facts.content.Length());
     // Files packed without a digest (by earlier versions, or other writers) have nothing to check.
     const bool verify = record.verify && !facts.sha256.empty();

@@ -1,10 +1,13 @@
 #pragma once
 // Fuzz inputs for readers that take a path: the bytes are written to a file of this process in
 // /dev/shm (memory-backed, so a run does not wear the disk) and the file is removed afterwards.
+// An input that cannot be written stops the run: a replay that skipped its inputs would pass
+// having checked nothing.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include <unistd.h>
@@ -17,9 +20,15 @@ public:
     // Write bytes to a per-process file named after the target; extension chooses the file's suffix.
     FuzzInputFile(const std::uint8_t* data, std::size_t size, const std::string& target, const std::string& extension)
         : path_("/dev/shm/dicapsule-fuzz-" + target + "-" + std::to_string(::getpid()) + extension) {
+        bool written = false;
         if (std::FILE* file = std::fopen(path_.c_str(), "wb")) {
-            written_ = size == 0 || std::fwrite(data, 1, size, file) == size;
-            written_ = std::fclose(file) == 0 && written_;
+            written = size == 0 || std::fwrite(data, 1, size, file) == size;
+            written = std::fclose(file) == 0 && written;
+        }
+        if (!written) {
+            std::fprintf(stderr, "cannot write the fuzz input to %s\n", path_.c_str());
+            std::remove(path_.c_str());
+            std::abort();
         }
     }
     ~FuzzInputFile() { std::remove(path_.c_str()); }
@@ -28,12 +37,9 @@ public:
 
     // The file's path.
     const std::string& Path() const noexcept { return path_; }
-    // False when the file could not be written (the input is then skipped).
-    bool Written() const noexcept { return written_; }
 
 private:
     std::string path_;
-    bool written_ = false;
 };
 
 }  // namespace DicapsuleFuzz

@@ -11,7 +11,6 @@ namespace dm = Lumivale::DataModule;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const DicapsuleFuzz::FuzzInputFile input(data, size, "metadata", ".src");
-    if (!input.Written()) return 0;
     dm::PatientDataSet set;
     dm::MetadataRows rows;
     dm::LoadMetadata(set, input.Path(), dm::date_time{2024, 2, 29, 12, 30, 45, 0}, dm::SOPClass::RawData, rows);

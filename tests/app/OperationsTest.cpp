@@ -2,7 +2,9 @@
 // the reference texts of --reference; and the texts the operations build: quoted paths, unpack
 // output names, the info document.
 
+#include "app/CommandLine.h"
 #include "app/InfoDocument.h"
+#include "app/OperationMessages.h"
 #include "app/OperationPolicies.h"
 #include "app/QuotedPath.h"
 #include "app/ReferenceRecord.h"
@@ -185,6 +187,75 @@ TEST(UnpackOutputName, StoredNamesThatWouldLeaveTheDirectoryAreRefused) {
     EXPECT_TRUE(IsPlainFileName("..report.pdf"));
     // A name derived from the input's own name must be plain too: "..." gives "..".
     EXPECT_THROW(ResolveUnpackOutput(OutputDirectory{"out", false}, "in/...", "README"), std::runtime_error);
+}
+
+// The three reports of a failure; the CLI suite sees the first two, nothing the tool throws is the third.
+TEST(ReportFailure, EachKindOfFailureIsWrittenWithItsPrefix) {
+    const struct { const char* id; std::exception_ptr failure; std::string expected; } cases[] = {
+        {"usage error", std::make_exception_ptr(LibCommandLineOperation::Detail::OperationUsageError<InfoOperation>("Bad.")),
+         "Usage error: Bad.\n\nUsage:\n  prog info -i INPUT_FILE [OPTION]...\n\n"},
+        {"operational error", std::make_exception_ptr(std::runtime_error("Could not read \"a\".")),
+         "Error: Could not read \"a\".\n"},
+        {"anything else", std::make_exception_ptr(42), "Unknown error.\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        std::ostringstream err;
+        EXPECT_EQ(ReportFailure(c.failure, "prog", err), 1);
+        EXPECT_EQ(err.str().substr(0, c.expected.size()), c.expected);
+    }
+}
+
+// The engine's results that the CLI suite cannot provoke (a thumbnail that loads but cannot be
+// inserted, an unexpected failure), and the variants without a thumbnail path, word for word.
+TEST(ConversionFailure, MessagePerResult) {
+    ConversionRequest with;
+    with.metadata = "m&.xml";
+    with.thumbnail = "t \"1\".png";
+    with.output = "no-such-dir/x.dcm";
+    ConversionRequest without;
+    without.output = "x.dcm";
+    const struct { ConversionResult result; const ConversionRequest& request; const char* expected; } cases[] = {
+        {ConversionResult::written, with, ""},
+        {ConversionResult::metadata_unusable, with, "The metadata file \"m&&.xml\" either doesn't exist or is ill-formed."},
+        {ConversionResult::thumbnail_not_loaded, with, "Could not load the thumbnail file \"t &\"1&\".png\"."},
+        {ConversionResult::thumbnail_not_loaded, without, "Could not load the thumbnail file."},
+        {ConversionResult::thumbnail_not_inserted, with,
+         "Could not insert the thumbnail file \"t &\"1&\".png\" into the output Dicom file."},
+        {ConversionResult::thumbnail_not_inserted, without, "Could not insert the thumbnail file into the output Dicom file."},
+        {ConversionResult::output_not_written, with,
+         "Could not write the output Dicom file \"no-such-dir/x.dcm\". The directory \"no-such-dir\" does not exist."},
+        {ConversionResult::output_not_written, without, "Could not write the output Dicom file \"x.dcm\"."},
+        {ConversionResult::unexpected, with, "Could not create the output Dicom file"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(ConversionFailure(c.result, c.request), c.expected);
+    }
+}
+
+// Every reader outcome of unpack and info, word for word; the CLI suite reaches all but the text
+// that cannot be read back from its file, which takes a failing disk.
+TEST(PayloadReadFailure, MessagePerOutcomeAndOperation) {
+    using enum PayloadReadResult;
+    const struct { PayloadReadResult result; PayloadReader reader; const char* expected; } cases[] = {
+        {load_failed, PayloadReader::unpack, "Could not load the input file \"R&&D &\"1&\".dcm\"."},
+        {load_failed, PayloadReader::info, "Could not load the input file \"R&&D &\"1&\".dcm\"."},
+        {not_packed, PayloadReader::unpack, "The input file \"R&&D &\"1&\".dcm\" misses Dicapsule custom data. "
+                                            "It seems it hasn't been created by Dicapsule."},
+        {not_packed, PayloadReader::info, "The input file \"R&&D &\"1&\".dcm\" misses Dicapsule custom data. "
+                                          "It seems it hasn't been created by Dicapsule."},
+        {bad_reference_text, PayloadReader::unpack,
+         "Could not parse one of the reference strings of the input file \"R&&D &\"1&\".dcm\"."},
+        {bad_reference_text, PayloadReader::info,
+         "Could not parse one of the reference strings of the input file \"R&&D &\"1&\".dcm\"."},
+        {text_unreadable, PayloadReader::unpack, "Could not extract the packed file from the input file \"R&&D &\"1&\".dcm\"."},
+        {text_unreadable, PayloadReader::info, "Could not get the info of the input file \"R&&D &\"1&\".dcm\"."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(PayloadReadFailure(c.result, "R&D \"1\".dcm", c.reader), c.expected);
+    }
 }
 
 // The CLI suite checks the document with references; here one without, and the escaping of "<".

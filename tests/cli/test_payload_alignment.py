@@ -75,8 +75,8 @@ def test_file_rewritten_without_padding_still_unpacks(run, tmp_path):
 
 @pytest.fixture
 def xfs_mount(tmp_path):
-    if os.geteuid() != 0 or shutil.which("mkfs.xfs") is None:
-        pytest.skip("needs root and mkfs.xfs for an XFS loop image")
+    if shutil.which("mkfs.xfs") is None:
+        pytest.skip("needs mkfs.xfs for an XFS loop image")
     image, mount = tmp_path / "xfs.img", tmp_path / "mnt"
     image.touch()
     os.truncate(image, 512 << 20)
@@ -108,7 +108,8 @@ def free_bytes(directory):
 
 
 @pytest.mark.skipif(WINDOWS, reason="cloning is copy_file_range on a Linux file system")
-def test_pack_and_unpack_clone_on_xfs(run, xfs_mount):
+@pytest.mark.skipif(os.geteuid() != 0, reason="an XFS loop image is mounted by root")
+def test_pack_and_unpack_clone_on_xfs_as_root(run, xfs_mount):
     size = 64 * 1024 * 1024 + 123
     data = random.Random(3).randbytes(size)
     (xfs_mount / "payload.bin").write_bytes(data)

@@ -132,8 +132,17 @@ def test_truncated_and_corrupted_files_fail_cleanly(run, tmp_path):
             assert not (tmp_path / "out.bin").exists(), label
 
 
-@pytest.mark.parametrize("identifier", [[], ["-I", "1.2.3::"]])
-def test_test_mode_is_reproducible(run, tmp_path, identifier):
+# The identifiers and stamps of test mode: the configured root, then the fixed machine number,
+# time and process id of the test identity, and the kind and counter of each identifier.
+FIXED = "845147831.20150521162055.6676"
+
+
+@pytest.mark.parametrize("identifier,study,series", [
+    ([], f"10.{FIXED}.1", f"20.{FIXED}.2"),
+    (["-I", "1.2.3::"], None, f"20.{FIXED}.1"),
+], ids=["generated", "study-given"])
+def test_test_mode_is_reproducible_with_fixed_identifiers(run, tmp_path, identifier, study, series):
+    root = os.environ.get("DICAPSULE_ORG_UID_ROOT") or pytest.fail("ctest passes the configured UID root")
     env = dict(os.environ, CONVERTIX_TESTMODE="")
     outputs = []
     for index in range(2):
@@ -143,6 +152,12 @@ def test_test_mode_is_reproducible(run, tmp_path, identifier):
         assert run("pack", "-i", "a.pdf", "-m", METADATA, *identifier, env=env, cwd=directory).status == 0
         outputs.append((directory / "a.dcm").read_bytes())
     assert outputs[0] == outputs[1]
+    packed = pydicom.dcmread(tmp_path / "run0" / "a.dcm")
+    assert packed.SOPInstanceUID == packed.file_meta.MediaStorageSOPInstanceUID == f"{root}.50.{FIXED}.32"
+    assert packed.StudyInstanceUID == (f"{root}.{study}" if study else "1.2.3")
+    assert packed.SeriesInstanceUID == f"{root}.{series}"
+    assert packed.file_meta.ImplementationClassUID == f"{root}.50.7.0.0.0"
+    assert (packed.ContentDate, packed.ContentTime) == ("20150521", "162055")
 
 
 @pytest.mark.skipif(not WINDOWS, reason="drive letters and backslashes are Windows paths")

@@ -57,8 +57,12 @@ TEST(AtomicFileWriterTargets, EveryFormOfTargetNameIsReplacedInPlace) {
     const TestFiles::ScratchDirectory scratch("atomic-writer-targets");
     const fs::path& directory = scratch.path;
     fs::create_directories(directory / "sub");
-    const fs::path before = fs::current_path();
-    fs::current_path(directory);
+    // Back to the first working directory however the test ends (an ASSERT returns early).
+    struct WorkingDirectory {
+        const fs::path before = fs::current_path();
+        explicit WorkingDirectory(const fs::path& path) { fs::current_path(path); }
+        ~WorkingDirectory() { fs::current_path(before); }
+    } const inside(directory);
     const struct {
         std::string target;  // UTF-8, as the operations hand it over
         fs::path file;       // where it lands, relative to the directory
@@ -81,7 +85,6 @@ TEST(AtomicFileWriterTargets, EveryFormOfTargetNameIsReplacedInPlace) {
     std::size_t files = 0;
     for (const auto& entry : fs::recursive_directory_iterator(directory)) files += entry.is_regular_file();
     EXPECT_EQ(files, std::size(cases));  // no temporary file left anywhere
-    fs::current_path(before);
 }
 
 #ifdef _WIN32

@@ -6,9 +6,12 @@
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
 
+#include "Portability/Misc/DebugTrace.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -16,6 +19,21 @@ using namespace Lumivale::DataModule;
 using DataConverterModule::LVDataEditor;
 
 const date_time kStamp{2024, 3, 5, 10, 15, 0, 0};
+
+// The debug trace lines written while it is alive: where the reader says why it refused.
+class TraceLines {
+public:
+    TraceLines() : previous_(Portability::SetTraceSink([this](const Portability::TraceLine& l) { all_.append(l.text).append("\n"); })) {}
+    ~TraceLines() { Portability::SetTraceSink(previous_); }
+    TraceLines(const TraceLines&) = delete;
+    TraceLines& operator=(const TraceLines&) = delete;
+    bool Contains(std::string_view text) const { return all_.find(text) != std::string::npos; }
+    const std::string& All() const { return all_; }
+
+private:
+    std::string all_;
+    Portability::TraceSink previous_;
+};
 
 std::string Document(const std::string& operations) {
     return "<orchid type=\"ConvertixToFp\"><operations>" + operations + "</operations></orchid>";
@@ -86,41 +104,44 @@ TEST(EditionDocument, EveryElementKindReachesItsRow) {
     }
 }
 
-TEST(EditionDocument, WhatCannotBeAppliedFailsTheLoad) {
-    const struct Case { const char* id; std::string document; } cases[] = {
-        {"unknown-keyword", Document(Edition("Patient", R"x(<String Name="PatientNickname" Value="x"/>)x"))},
-        {"keyword-of-other-row", Document(Edition("Series", R"x(<String Name="PatientID" Value="x"/>)x"))},
-        {"malformed-date", Document(Edition("Study", R"x(<Date Name="StudyDate" Value="2024-03-05"/>)x"))},
-        {"date-parts-missing-day", Document(Edition("Study", R"x(<Date Name="StudyDate" Year="2024" Month="3"/>)x"))},
-        {"too-long-sh", Document(Edition("Study", R"x(<String Name="StudyID" Value="12345678901234567"/>)x"))},
-        {"too-long-extra", Document(Edition("Series", R"x(<String Name="PerformedStationAETitle" Value="ABCDEFGHIJKLMNOPQ"/>)x"))},
-        {"bad-tag", Document(Edition("Series", R"x(<Element Tag="(0018,60)" VR="DS" Value="1"/>)x"))},
-        {"vr-against-dictionary", Document(Edition("Series", R"x(<Element Tag="(0018,0060)" VR="LO" Value="1"/>)x"))},
-        {"binary-vr", Document(Edition("Series", R"x(<Element Tag="(0011,0010)" VR="OB" Value="1"/>)x"))},
-        {"uv-negative", Document(Edition("Series", R"x(<Element Tag="(0011,1010)" VR="UV" Value="-1"/>)x"))},
-        {"sv-past-64-bits", Document(Edition("Series", R"x(<Element Tag="(0011,1010)" VR="SV" Value="9223372036854775808"/>)x"))},
-        {"uv-fraction", Document(Edition("Series", R"x(<Element Tag="(0011,1010)" VR="UV" Value="1.5"/>)x"))},
-        {"kind-against-vr", Document(Edition("Patient", R"x(<Date Name="PatientID" Value="20240101"/>)x"))},
-        {"unknown-attribute", Document(Edition("Patient", R"x(<String Name="PatientID" value="x"/>)x"))},
-        {"unknown-element", Document(Edition("Patient", R"x(<Text Name="PatientID" Value="x"/>)x"))},
-        {"unknown-scope", Document(Edition("Visit", R"x(<String Name="PatientID" Value="x"/>)x"))},
-        {"charset-outside-instance", Document(Edition("Patient", R"x(<Code Name="SpecificCharacterSet" Value="ISO_IR 192"/>)x"))},
-        {"charset-unknown", Document(Edition("Instance", R"x(<Code Name="SpecificCharacterSet" Value="ISO_IR 999"/>)x"))},
-        {"reserved-file-meta", Document(Edition("Instance", R"x(<Element Tag="(0002,0010)" VR="UI" Value="1.2"/>)x"))},
-        {"reserved-sop-class", Document(Edition("Instance", R"x(<String Name="SOPClassUID" Value="1.2"/>)x"))},
-        {"reserved-private-group", Document(Edition("Instance", R"x(<Element Tag="(0009,1001)" VR="LO" Value="x"/>)x"))},
-        {"name-component-delimiter", Document(Edition("Patient", R"x(<Name Name="PatientName" Family="A^B"/>)x"))},
-        {"boolean-word", Document(Edition("Instance", R"x(<Boolean Name="BurnedInAnnotation" Value="maybe"/>)x"))},
-        {"code-missing-meaning", Document(Edition("Study", R"x(<Code Name="ProcedureCodeSequence" Code="1" Scheme="99X"/>)x"))},
-        {"second-edition-fails", Document(Edition("Patient", "") + Edition("Study", R"x(<Number Name="StudyID" Value="1"/>)x"))},
-        {"not-orchid", "<metadata/>"},
-        {"not-xml", "<orchid type=\"x\"><operations>"},
+// Each refusal says why in the debug trace: the reason, and where it was found.
+TEST(EditionDocument, WhatCannotBeAppliedFailsTheLoadForItsReason) {
+    const struct Case { const char* id; std::string document; const char* reason; } cases[] = {
+        {"unknown-keyword", Document(Edition("Patient", R"x(<String Name="PatientNickname" Value="x"/>)x")), "Edition operation 0 refused: <String> at offset 77: unknown attribute name \"PatientNickname\""},
+        {"keyword-of-other-row", Document(Edition("Series", R"x(<String Name="PatientID" Value="x"/>)x")), "Edition operation 0 refused: PatientID (0010,0020) in Series: the attribute belongs to the Patient scope"},
+        {"malformed-date", Document(Edition("Study", R"x(<Date Name="StudyDate" Value="2024-03-05"/>)x")), "Edition operation 0 refused: StudyDate (0008,0020) in Study: \"2024-03-05\" is not a valid value"},
+        {"date-parts-missing-day", Document(Edition("Study", R"x(<Date Name="StudyDate" Year="2024" Month="3"/>)x")), "Edition operation 0 refused: <Date> at offset 75: Day is missing or out of range"},
+        {"too-long-sh", Document(Edition("Study", R"x(<String Name="StudyID" Value="12345678901234567"/>)x")), "Edition operation 0 refused: StudyID (0020,0010) in Study: \"12345678901234567\" is not a valid value"},
+        {"too-long-extra", Document(Edition("Series", R"x(<String Name="PerformedStationAETitle" Value="ABCDEFGHIJKLMNOPQ"/>)x")), "Edition operation 0 refused: PerformedStationAETitle (0040,0241) in Series: \"ABCDEFGHIJKLMNOPQ\" is not a valid AE value"},
+        {"bad-tag", Document(Edition("Series", R"x(<Element Tag="(0018,60)" VR="DS" Value="1"/>)x")), "Edition operation 0 refused: <Element> at offset 76: Tag \"(0018,60)\" is not (gggg,eeee)"},
+        {"vr-against-dictionary", Document(Edition("Series", R"x(<Element Tag="(0018,0060)" VR="LO" Value="1"/>)x")), "Edition operation 0 refused: <Element> at offset 76: (0018,0060) has VR DS, not LO"},
+        {"binary-vr", Document(Edition("Series", R"x(<Element Tag="(0011,0010)" VR="OB" Value="1"/>)x")), "Edition operation 0 refused: <Element> at offset 76: VR \"OB\" cannot be given as text"},
+        {"uv-negative", Document(Edition("Series", R"x(<Element Tag="(0011,1010)" VR="UV" Value="-1"/>)x")), "Edition operation 0 refused: (0011,1010) (0011,1010) in Series: \"-1\" is not a valid UV value"},
+        {"sv-past-64-bits", Document(Edition("Series", R"x(<Element Tag="(0011,1010)" VR="SV" Value="9223372036854775808"/>)x")), "Edition operation 0 refused: (0011,1010) (0011,1010) in Series: \"9223372036854775808\" is not a valid SV value"},
+        {"uv-fraction", Document(Edition("Series", R"x(<Element Tag="(0011,1010)" VR="UV" Value="1.5"/>)x")), "Edition operation 0 refused: (0011,1010) (0011,1010) in Series: \"1.5\" is not a valid UV value"},
+        {"kind-against-vr", Document(Edition("Patient", R"x(<Date Name="PatientID" Value="20240101"/>)x")), "Edition operation 0 refused: <Date> at offset 77: PatientID has VR LO, which this element kind cannot set"},
+        {"unknown-attribute", Document(Edition("Patient", R"x(<String Name="PatientID" value="x"/>)x")), "Edition operation 0 refused: <String> at offset 77: unexpected attribute \"value\""},
+        {"unknown-element", Document(Edition("Patient", R"x(<Text Name="PatientID" Value="x"/>)x")), "Edition operation 0 refused: <Text> at offset 77: is not a value element"},
+        {"unknown-scope", Document(Edition("Visit", R"x(<String Name="PatientID" Value="x"/>)x")), "Edition operation 0 refused: <Visit> at offset 68: is not a row scope"},
+        {"charset-outside-instance", Document(Edition("Patient", R"x(<Code Name="SpecificCharacterSet" Value="ISO_IR 192"/>)x")), "Edition operation 0 refused: SpecificCharacterSet (0008,0005) in Patient: the character set belongs to the Instance scope"},
+        {"charset-unknown", Document(Edition("Instance", R"x(<Code Name="SpecificCharacterSet" Value="ISO_IR 999"/>)x")), "Edition operation 0 refused: SpecificCharacterSet (0008,0005) in Instance: unknown character set \"ISO_IR 999\""},
+        {"reserved-file-meta", Document(Edition("Instance", R"x(<Element Tag="(0002,0010)" VR="UI" Value="1.2"/>)x")), "Edition operation 0 refused: (0002,0010) (0002,0010) in Instance: the file meta group is written by the tool"},
+        {"reserved-sop-class", Document(Edition("Instance", R"x(<String Name="SOPClassUID" Value="1.2"/>)x")), "Edition operation 0 refused: SOPClassUID (0008,0016) in Instance: the SOP class is the instance's own"},
+        {"reserved-private-group", Document(Edition("Instance", R"x(<Element Tag="(0009,1001)" VR="LO" Value="x"/>)x")), "Edition operation 0 refused: (0009,1001) (0009,1001) in Instance: group 0009 holds the tool's own private attributes"},
+        {"name-component-delimiter", Document(Edition("Patient", R"x(<Name Name="PatientName" Family="A^B"/>)x")), "Edition operation 0 refused: <Name> at offset 77: Family holds a ^, = or \\"},
+        {"boolean-word", Document(Edition("Instance", R"x(<Boolean Name="BurnedInAnnotation" Value="maybe"/>)x")), "Edition operation 0 refused: <Boolean> at offset 78: Value is not a boolean"},
+        {"code-missing-meaning", Document(Edition("Study", R"x(<Code Name="ProcedureCodeSequence" Code="1" Scheme="99X"/>)x")), "Edition operation 0 refused: <Code> at offset 75: a code needs Code, Scheme and Meaning"},
+        {"second-edition-fails", Document(Edition("Patient", "") + Edition("Study", R"x(<Number Name="StudyID" Value="1"/>)x")), "Edition operation 1 refused: <Number> at offset 132: StudyID has VR SH, which this element kind cannot set"},
+        {"not-orchid", "<metadata/>", "Metadata not loaded (the document element is not \"orchid\")"},
+        {"not-xml", "<orchid type=\"x\"><operations>", "Metadata document does not parse: Start-end tags mismatch at offset 28"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);
         PatientDataSet set;
         MetadataRows rows;
+        const TraceLines trace;
         EXPECT_FALSE(BuildRowsFromEditionDocument(set, c.document, kStamp, SOPClass::RawData, rows));
+        EXPECT_TRUE(trace.Contains(c.reason)) << trace.All();
     }
 }
 

@@ -53,13 +53,13 @@ TEST(SourceSignature, FirstMatchingRowGivesTheKind) {
 }
 
 TEST(SourceSignature, ReadsAtMostTheSignatureLength) {
-    const std::string path = testing::TempDir() + "signature_head.bin";
+    const TestFiles::ScratchDirectory scratch("signature-head");
+    const std::string path = (scratch.path / "head.bin").string();
     TestFiles::WriteBytes(path, std::vector<std::uint8_t>(1000, 0x41));
     std::vector<std::uint8_t> head;
     const auto file = Portability::OpenFile::Open(path);
     ASSERT_TRUE(file && ReadSourceHead(*file, head));
     EXPECT_EQ(head.size(), 256u);
-    std::remove(path.c_str());
 }
 
 const date_time kStamp{2024, 3, 5, 10, 15, 0, 0};
@@ -70,9 +70,11 @@ TEST(DicomMetadataSource, FailuresAndTheEquipmentCopy) {
     // A media directory goes down the XML path and does not parse; a truncated file is not readable.
     for (const char* file : {"test_files/dicomdirtests/DICOMDIR", "test_files/MR_truncated.dcm"}) {
         SCOPED_TRACE(file);
+        const std::string path = std::string(PYDICOM_DATA_DIR "/") + file;
+        ASSERT_FALSE(TestFiles::ReadBytes(path).empty()) << "pydicom's sample is missing";
         PatientDataSet set;
         MetadataRows rows;
-        EXPECT_FALSE(LoadMetadata(set, std::string(PYDICOM_DATA_DIR "/") + file, kStamp, SOPClass::RawData, rows));
+        EXPECT_FALSE(LoadMetadata(set, path, kStamp, SOPClass::RawData, rows));
     }
     PatientDataSet source;
     InstanceDataRow& old_instance = source.AddInstanceChain(SOPClass::CTImage);

@@ -31,7 +31,7 @@ ACCEPTED_WITH_ICON = (
 
 def write(tmp_path, *options):
     if not TOOL:
-        pytest.skip("WRITE_SAMPLE_INSTANCE not set")
+        pytest.fail("WRITE_SAMPLE_INSTANCE must name the built writer (ctest sets it)")
     out = tmp_path / "packed.dcm"
     subprocess.run([*RUNNER, TOOL, str(out), *options], check=True)
     return out

@@ -28,7 +28,7 @@ def run(*args):
 
 
 def tool(*args):
-    return run(*RUNNER, TOOL or pytest.skip("DICOM_TREE_TOOL is not set"), *args)
+    return run(*RUNNER, TOOL or pytest.fail("DICOM_TREE_TOOL must name the built tool (ctest sets it)"), *args)
 
 
 def canonical(path, with_vr=True):

@@ -1,0 +1,64 @@
+#include "app/OperationMessages.h"
+
+#include "app/QuotedPath.h"
+#include "Foundations/LVCodec/module/ThumbnailIcon.h"
+
+#include <boost/filesystem/operations.hpp>
+
+namespace Dicapsule {
+
+namespace {
+
+// What a pack failure adds when the output's directory is missing.
+std::string MissingDirectoryNote(const boost::filesystem::path& output) {
+    const boost::filesystem::path directory = output.parent_path();
+    boost::system::error_code error;
+    if (directory.empty() || boost::filesystem::exists(directory, error)) return "";
+    return " The directory " + QuotedPath(directory.string()) + " does not exist.";
+}
+
+}  // namespace
+
+std::string ConversionFailure(ConversionResult result, const ConversionRequest& request) {
+    const std::string thumbnail = request.thumbnail ? QuotedPath(*request.thumbnail) + " " : "";
+    switch (result) {
+        case ConversionResult::written:
+            return "";
+        case ConversionResult::metadata_unusable:
+            return "The metadata file " + QuotedPath(request.metadata) + " either doesn't exist or is ill-formed.";
+        case ConversionResult::thumbnail_not_loaded:
+            return request.thumbnail ? "Could not load the thumbnail file " + QuotedPath(*request.thumbnail) + "."
+                                     : "Could not load the thumbnail file.";
+        case ConversionResult::thumbnail_not_inserted:
+            return "Could not insert the thumbnail file " + thumbnail + "into the output Dicom file.";
+        case ConversionResult::imaging_module_unavailable:
+            return "Could not load the imaging module " + QuotedPath(Lumivale::Imaging::ImagingModuleName()) + ".";
+        case ConversionResult::output_not_written:
+            return "Could not write the output Dicom file " + QuotedPath(request.output) + "." +
+                   MissingDirectoryNote(request.output);
+        default:
+            return "Could not create the output Dicom file";
+    }
+}
+
+std::string PayloadReadFailure(PayloadReadResult result, const std::string& input, PayloadReader reader) {
+    switch (result) {
+        case PayloadReadResult::load_failed:
+            return "Could not load the input file " + QuotedPath(input) + ".";
+        case PayloadReadResult::not_packed:
+            return "The input file " + QuotedPath(input) +
+                   " misses Dicapsule custom data. It seems it hasn't been created by Dicapsule.";
+        case PayloadReadResult::bad_reference_text:
+            return "Could not parse one of the reference strings of the input file " + QuotedPath(input) + ".";
+        case PayloadReadResult::name_too_long:
+        case PayloadReadResult::command_line_too_long:
+        case PayloadReadResult::references_too_long:
+            return StoredTextTooLongMessage(result, input);
+        default:
+            return reader == PayloadReader::unpack
+                       ? "Could not extract the packed file from the input file " + QuotedPath(input) + "."
+                       : "Could not get the info of the input file " + QuotedPath(input) + ".";
+    }
+}
+
+}  // namespace Dicapsule
