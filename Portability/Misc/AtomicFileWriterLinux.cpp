@@ -402,6 +402,9 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
     for (std::uint64_t done = 0; done < length && copied && hashed;) {
         const std::uint64_t stage = std::min(kStage, length - done);
         copied = CopyRange(source_fd, offset + done, stage);
+        // A cloned stage shares blocks that are not in the page cache yet: the kernel starts
+        // reading them while the previous stage is being hashed.
+        if (copied) ::posix_fadvise(fd, static_cast<off_t>(size_ + done), static_cast<off_t>(stage), POSIX_FADV_WILLNEED);
         if (hasher.joinable()) hasher.join();
         if (!copied || !hashed) break;
         ReportProgress(stage);
