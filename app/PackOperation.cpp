@@ -163,11 +163,6 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
         Exists(record.output, false)) {
         throw std::runtime_error(AlreadyExists(record.output));
     }
-    // A copy that failed because the input shrank meanwhile blames the input, not the output.
-    boost::system::error_code error;
-    if (result == ConversionResult::output_not_written && fs::file_size(record.input, error) < input.Size() && !error) {
-        throw std::runtime_error("Could not read " + QuotedPath(record.input.string()) + ".");
-    }
     if (result != ConversionResult::written) throw std::runtime_error(ConversionFailure(result, request));
 }
 
