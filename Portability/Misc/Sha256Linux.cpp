@@ -1,11 +1,21 @@
 #include "Portability/Misc/Sha256.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 namespace Portability {
 
+namespace {
+// The library without the system's openssl.cnf: nothing there concerns a digest, and reading it
+// (and what it includes) was most of the cost of a small pack.
+EVP_MD_CTX* NewContext() {
+    static const bool initialised = OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr) == 1;
+    return initialised ? EVP_MD_CTX_new() : nullptr;
+}
+}  // namespace
+
 struct Sha256::State {
-    EVP_MD_CTX* context = EVP_MD_CTX_new();
+    EVP_MD_CTX* context = NewContext();
     bool good = context != nullptr && EVP_DigestInit_ex(context, EVP_sha256(), nullptr) == 1;
 
     ~State() { EVP_MD_CTX_free(context); }
