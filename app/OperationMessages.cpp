@@ -61,4 +61,25 @@ std::string PayloadReadFailure(PayloadReadResult result, const std::string& inpu
     }
 }
 
+std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::string& input,
+                               const boost::filesystem::path& output) {
+    const std::string quoted = QuotedPath(output.string());
+    switch (failure) {
+        case Portability::WriteFailure::target_exists:
+            return AlreadyExists(output);
+        case Portability::WriteFailure::source:
+            return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
+        case Portability::WriteFailure::no_space:
+            return "Could not write " + quoted + ". Its file system is full.";
+        case Portability::WriteFailure::read_only:
+            return "Could not open " + quoted + ". Its file system is read-only.";
+        default:
+            return "Could not open " + quoted + "." + MissingDirectoryNote(output);
+    }
+}
+
+std::string AlreadyExists(const boost::filesystem::path& output) {
+    return QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
+}
+
 }  // namespace Dicapsule

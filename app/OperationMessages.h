@@ -4,6 +4,9 @@
 
 #include "app/ConversionEngine.h"
 #include "app/Payload.h"
+#include "Portability/Misc/AtomicFileWriter.h"
+
+#include <boost/filesystem/path.hpp>
 
 #include <string>
 
@@ -17,5 +20,13 @@ enum class PayloadReader { unpack, info };
 
 // The message for a reader outcome other than success; input is the path as the user gave it (UTF-8).
 std::string PayloadReadFailure(PayloadReadResult result, const std::string& input, PayloadReader reader);
+
+// The message of an unpack whose output could not be written, by the writer's failure; the trace
+// has the system's reason and the path.
+std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::string& input,
+                               const boost::filesystem::path& output);
+
+// "\"OUTPUT\" already exists. Use the --force option to overwrite it."
+std::string AlreadyExists(const boost::filesystem::path& output);
 
 }  // namespace Dicapsule

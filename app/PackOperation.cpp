@@ -100,10 +100,6 @@ std::optional<DetectedDocument> ChooseDocumentClass(PackClass packClass, const f
     return document;
 }
 
-std::string AlreadyExists(const fs::path& output) {
-    return QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
-}
-
 // A site's own UID root, taken before anything is read or written.
 void TakeUidRoot() {
     std::string refused;

@@ -54,31 +54,6 @@ std::string MismatchMessage(const std::string& input) {
     return "The packed file of the input file " + QuotedPath(input) + " does not match its SHA-256 digest.";
 }
 
-// The message for a failed write of the output; the trace has the system's reason and the path.
-std::string WriteFailureMessage(Portability::WriteFailure failure, const std::string& input, const fs::path& output,
-                                const std::string& exists) {
-    const std::string quoted = QuotedPath(output.string());
-    switch (failure) {
-        case Portability::WriteFailure::target_exists:
-            return exists;
-        case Portability::WriteFailure::source:
-            return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
-        case Portability::WriteFailure::no_space:
-            return "Could not write " + quoted + ". Its file system is full.";
-        case Portability::WriteFailure::read_only:
-            return "Could not open " + quoted + ". Its file system is read-only.";
-        default:
-            break;
-    }
-    std::string message = "Could not open " + quoted + ".";
-    const fs::path directory = output.parent_path();
-    boost::system::error_code error;
-    if (!directory.empty() && !fs::exists(directory, error)) {
-        message += " The directory " + QuotedPath(directory.string()) + " does not exist.";
-    }
-    return message;
-}
-
 }  // namespace
 
 void unpack(const UnpackRecord& record) {
@@ -108,13 +83,12 @@ void unpack(const UnpackRecord& record) {
     // the extension of its MIME type.
     const std::string name = facts.name.empty() ? naming.stem().string() + facts.document_extension : facts.name;
     const fs::path output = ResolveUnpackOutput(record.target, naming, name);
-    const std::string exists = QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
     boost::system::error_code error;
     const fs::file_type type = fs::status(output, error).type();
     // A device, FIFO or descriptor (/dev/null, /dev/stdout) is written through, never replaced.
     if (!record.force && type != fs::status_unknown && type != fs::file_not_found &&
         !Portability::IsWrittenThrough(output.string())) {
-        throw std::runtime_error(exists);
+        throw std::runtime_error(AlreadyExists(output));
     }
 
     // Without --force the last step refuses an output that appeared since the check above.
@@ -130,7 +104,7 @@ void unpack(const UnpackRecord& record) {
                          writer.size() == facts.content.Length();
     if (written && checkWhileWriting && !Matches(digest, facts.sha256)) throw std::runtime_error(MismatchMessage(input));
     if (!written || !writer.Commit()) {
-        throw std::runtime_error(WriteFailureMessage(writer.failure(), input, output, exists));
+        throw std::runtime_error(UnpackWriteFailure(writer.failure(), input, output));
     }
 }
 

@@ -2,11 +2,13 @@
 
 #include "Foundations/DataModule/Common/StringConversionUtils.h"
 #include "Foundations/DataModule/Common/TextUtils.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/OrchidDataElementCodec.h"
 
 #include <charconv>
 #include <cstring>
 #include <exception>
+#include <tuple>
 #include <vector>
 
 namespace Lumivale::DataModule::DataAdapterModule {
@@ -164,6 +166,22 @@ bool FetchUnsignedLong(const dcm::DicomDataSetElement& element, std::uint32_t& v
     value = std::uint32_t{bytes[0]} | (std::uint32_t{bytes[1]} << 8) | (std::uint32_t{bytes[2]} << 16) |
             (std::uint32_t{bytes[3]} << 24);
     return true;
+}
+
+bool InsertCodeSequence(dcm::DicomDataSet& target, std::uint32_t sequenceTag, std::string_view value,
+                        std::string_view scheme, std::string_view meaning) {
+    using VR = dcm::ValueRepresentation;
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(sequenceTag),
+                                                                       dcm::TagElement(sequenceTag));
+    dcm::DicomDataSet& code = sequence->AppendItem();
+    const MultiCharSetDataType ascii;
+    for (const auto& [codeTag, vr, text] : {std::tuple{dcm::Tag::CodeValue, VR::SH, value},
+                                            std::tuple{dcm::Tag::CodingSchemeDesignator, VR::SH, scheme},
+                                            std::tuple{dcm::Tag::CodeMeaning, VR::LO, meaning}}) {
+        auto element = MakeTextElement(dcm::TagNumber(codeTag), vr, text, ascii);
+        if (!element || !code.Insert(std::move(element))) return false;
+    }
+    return target.Insert(std::move(sequence));
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

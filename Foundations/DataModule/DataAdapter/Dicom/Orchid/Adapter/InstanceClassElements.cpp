@@ -8,7 +8,6 @@
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 
 #include <exception>
-#include <tuple>
 
 namespace Lumivale::DataModule::DataAdapterModule {
 namespace {
@@ -87,17 +86,7 @@ bool InsertEmptySequence(dcm::DicomDataSet& dataSet, Tag tag) {
 
 // The units of a 3D model's coordinates: millimetres, as the STL, OBJ and MTL classes assume.
 bool InsertMillimetreUnits(dcm::DicomDataSet& dataSet) {
-    const std::uint32_t tag = TagNumber(Tag::MeasurementUnitsCodeSequence);
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
-    dcm::DicomDataSet& code = sequence->AppendItem();
-    const MultiCharSetDataType ascii;
-    for (const auto& [codeTag, vr, text] : {std::tuple{Tag::CodeValue, VR::SH, "mm"},
-                                            std::tuple{Tag::CodingSchemeDesignator, VR::SH, "UCUM"},
-                                            std::tuple{Tag::CodeMeaning, VR::LO, "mm"}}) {
-        auto element = MakeTextElement(TagNumber(codeTag), vr, text, ascii);
-        if (!element || !code.Insert(std::move(element))) return false;
-    }
-    return dataSet.Insert(std::move(sequence));
+    return InsertCodeSequence(dataSet, TagNumber(Tag::MeasurementUnitsCodeSequence), "mm", "UCUM", "mm");
 }
 
 // The document element: its bytes, or the region of the file that holds them (never loaded, so

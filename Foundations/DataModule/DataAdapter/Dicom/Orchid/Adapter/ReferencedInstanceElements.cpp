@@ -2,7 +2,6 @@
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/Adapter/ElementText.h"
 
-#include <tuple>
 
 namespace Lumivale::DataModule::DataAdapterModule {
 namespace {
@@ -19,17 +18,8 @@ bool InsertUid(dcm::DicomDataSet& item, Tag tag, const std::string& uid) {
 // Every item says why it is referenced: the packed file refers to it. The code is local to this
 // product (a "99" coding scheme), since the standard's purposes of reference describe images.
 bool InsertPurposeOfReference(dcm::DicomDataSet& item) {
-    const std::uint32_t tag = TagNumber(Tag::PurposeOfReferenceCodeSequence);
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
-    dcm::DicomDataSet& code = sequence->AppendItem();
-    const MultiCharSetDataType ascii;
-    for (const auto& [codeTag, vr, text] : {std::tuple{Tag::CodeValue, VR::SH, "PACKEDREF"},
-                                            std::tuple{Tag::CodingSchemeDesignator, VR::SH, "99DCAPS"},
-                                            std::tuple{Tag::CodeMeaning, VR::LO, "Referenced by the packed file"}}) {
-        auto element = MakeTextElement(TagNumber(codeTag), vr, text, ascii);
-        if (!element || !code.Insert(std::move(element))) return false;
-    }
-    return item.Insert(std::move(sequence));
+    return InsertCodeSequence(item, TagNumber(Tag::PurposeOfReferenceCodeSequence), "PACKEDREF", "99DCAPS",
+                              "Referenced by the packed file");
 }
 
 }  // namespace
