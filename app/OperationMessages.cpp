@@ -17,6 +17,11 @@ std::string MissingDirectoryNote(const boost::filesystem::path& output) {
     return " The directory " + QuotedPath(directory.string()) + " does not exist.";
 }
 
+// Unpack's message when the payload cannot be taken out of its file.
+std::string ExtractFailure(const std::string& input) {
+    return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
+}
+
 }  // namespace
 
 std::string ConversionFailure(ConversionResult result, const ConversionRequest& request) {
@@ -56,7 +61,7 @@ std::string PayloadReadFailure(PayloadReadResult result, const std::string& inpu
             return StoredTextTooLongMessage(result, input);
         default:
             return reader == PayloadReader::unpack
-                       ? "Could not extract the packed file from the input file " + QuotedPath(input) + "."
+                       ? ExtractFailure(input)
                        : "Could not get the info of the input file " + QuotedPath(input) + ".";
     }
 }
@@ -68,7 +73,7 @@ std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::str
         case Portability::WriteFailure::target_exists:
             return AlreadyExists(output);
         case Portability::WriteFailure::source:
-            return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
+            return ExtractFailure(input);
         case Portability::WriteFailure::no_space:
             return "Could not write " + quoted + ". Its file system is full.";
         case Portability::WriteFailure::read_only:
