@@ -85,7 +85,7 @@ private:
     }
     void Discard() noexcept;
     bool CopyRange(int source_fd, std::uint64_t offset, std::uint64_t length);
-    bool CopyThroughHashing(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256& digest);
+    bool CopyHashing(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256& digest);
 
     std::string target_;
     ExistingTarget existing_;

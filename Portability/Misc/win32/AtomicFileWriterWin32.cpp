@@ -8,6 +8,7 @@
 #include "Portability/Misc/AtomicFileWriter.h"
 
 #include "Portability/Misc/DebugTrace.h"
+#include "Portability/Misc/HashingPipeline.h"
 #include "Portability/Misc/InterruptCleanup.h"
 #include "Portability/Misc/Progress.h"
 #include "Portability/Misc/Sha256.h"
@@ -19,6 +20,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -189,29 +191,38 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
     if (!temporary_) return Fail(WriteFailure::io);
     const HANDLE source = HandleOf(source_fd);
     if (source == INVALID_HANDLE_VALUE) return Fail(WriteFailure::io);
-    std::vector<char> buffer(static_cast<std::size_t>(std::min(kCopyChunk, length)));
+    // With a digest, each piece is hashed on a second thread while it is written and the next read.
+    const std::size_t piece = static_cast<std::size_t>(std::min(kCopyChunk, length));
+    std::optional<HashingPipeline> pipeline;
+    std::vector<char> plain;
+    if (digest != nullptr) {
+        pipeline.emplace(*digest, piece);
+    } else {
+        plain.resize(piece);
+    }
     for (std::uint64_t done = 0; done < length;) {
+        char* buffer = pipeline ? pipeline->Buffer() : plain.data();
         OVERLAPPED at{};
         const std::uint64_t position = offset + done;
         at.Offset = static_cast<DWORD>(position & 0xFFFFFFFFu);
         at.OffsetHigh = static_cast<DWORD>(position >> 32);
-        const DWORD want = static_cast<DWORD>(std::min<std::uint64_t>(buffer.size(), length - done));
+        const DWORD want = static_cast<DWORD>(std::min<std::uint64_t>(piece, length - done));
         DWORD got = 0;
-        if (!::ReadFile(source, buffer.data(), want, &got, &at) || got == 0) {
+        if (!::ReadFile(source, buffer, want, &got, &at) || got == 0) {
             LV_TRACE(kModule, "The source ends or cannot be read at offset %llu (error %lu)",
                      static_cast<unsigned long long>(position), static_cast<unsigned long>(::GetLastError()));
             return Fail(WriteFailure::source);
         }
-        if (!WriteAll(HandleOf(temporary_->fd), buffer.data(), got)) {
+        if (pipeline) pipeline->Submit(got);  // the bytes about to be written, as they go to the file
+        if (!WriteAll(HandleOf(temporary_->fd), buffer, got)) {
             LV_TRACE(kModule, "Cannot write the output for %s (error %lu)", target_.c_str(),
                      static_cast<unsigned long>(::GetLastError()));
             return Fail(FailureOfLastError());
         }
-        // The bytes just written, as they went to the file.
-        if (digest != nullptr) digest->Update(buffer.data(), got);
         done += got;
         ReportProgress(got);
     }
+    if (pipeline) pipeline->Finish();
     size_ += length;
     return true;
 }

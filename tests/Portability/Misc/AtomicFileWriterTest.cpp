@@ -1,5 +1,6 @@
 #include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/InterruptCleanup.h"
+#include "Portability/Misc/Sha256.h"
 #include "TestFiles.h"
 
 #include <gtest/gtest.h>
@@ -56,6 +57,49 @@ TEST_F(AtomicFileWriterTest, OnlyACommitReplacesTheTargetAndNoTemporaryFileIsLef
     EXPECT_FALSE(nowhere.Open());
     EXPECT_FALSE(nowhere.Commit());
     EXPECT_EQ(nowhere.failure(), WriteFailure::io);
+}
+
+struct DigestCopyCase {
+    const char* id;
+    std::uint64_t offset;
+    std::uint64_t length;
+};
+
+// The digest of a copy is that of the bytes appended, in order, whatever the range: pieces of the
+// hashing pipeline, a partial last piece, a range ending inside or at the end of the source.
+TEST_F(AtomicFileWriterTest, DigestOfACopyIsThatOfTheBytesAppended) {
+    constexpr std::uint64_t kMiB = 1 << 20;
+    const fs::path target = directory_ / "out.bin", source = directory_ / "source.bin";
+    std::string bytes(3 * kMiB + 5000, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>((i * 2654435761u) >> 13);
+    std::ofstream(source, std::ios::binary) << bytes;
+    const int fd = ::open(source.c_str(), O_RDONLY);
+    const DigestCopyCase cases[] = {
+        {"empty", 0, 0},
+        {"one-byte", 7, 1},
+        {"one-block", 4096, 4096},
+        {"one-piece", 0, kMiB},
+        {"piece-and-a-byte", 3, kMiB + 1},
+        {"more-pieces-than-slots", 0, 2 * kMiB + 4999},
+        {"to-the-end", 8192, bytes.size() - 8192},
+    };
+    for (const DigestCopyCase& c : cases) {
+        SCOPED_TRACE(c.id);
+        Portability::Sha256 digest, expected;
+        AtomicFileWriter writer(target.string());
+        ASSERT_TRUE(writer.Open());
+        ASSERT_TRUE(writer.Write("head", 4));
+        ASSERT_TRUE(writer.CopyFrom(fd, c.offset, c.length, &digest));
+        ASSERT_TRUE(writer.Commit());
+        const std::string slice = bytes.substr(c.offset, c.length);
+        EXPECT_EQ(ReadText(target), "head" + slice);
+        expected.Update(slice.data(), slice.size());
+        Portability::Sha256::Digest got{}, want{};
+        ASSERT_TRUE(digest.Finish(got));
+        ASSERT_TRUE(expected.Finish(want));
+        EXPECT_EQ(got, want);
+    }
+    ::close(fd);
 }
 
 // What is at the target when the commit comes, and what each policy makes of it.
