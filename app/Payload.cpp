@@ -7,6 +7,7 @@
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
+#include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Sha256.h"
 
 #include <cstdint>
@@ -216,7 +217,14 @@ PayloadReadResult read_payload(const std::shared_ptr<const Portability::OpenFile
 
     dm::PatientDataSet set;
     dm::InstanceDataRow* instance = nullptr;
-    if (!adapter::ReadDicomFileIntoRows(file, set, options, instance)) return PayloadReadResult::load_failed;
+    dcm::DicomReadResult read;
+    if (!adapter::ReadDicomFileIntoRows(file, set, options, instance, read)) {
+        // The adapter traced where the file failed; what matters here is which kind of input it was.
+        LV_TRACE("Module Payload", "Not loaded: %s", read ? "a DICOM file without a readable instance"
+                                                     : read.NotDicom() ? "not a DICOM file"
+                                                                       : "a damaged DICOM file");
+        return PayloadReadResult::load_failed;
+    }
     PayloadReadResult result = PayloadReadResult::not_packed;
     if (const auto* document = dynamic_cast<const dm::EncapsulatedDocumentDataRow*>(instance)) {
         result = ExtractDocumentPayload(*document, want_content, facts);
