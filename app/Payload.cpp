@@ -90,19 +90,6 @@ bool ContentSha256(const ByteBuffer& content, std::string& hex) {
     return true;
 }
 
-std::string StoredTextTooLongMessage(PayloadReadResult result, const std::string& input) {
-    const auto message = [&](const char* what, std::uint64_t limit) {
-        return "The input file " + QuotedPath(input) + " stores " + what + " longer than " + std::to_string(limit) +
-               " bytes.";
-    };
-    switch (result) {
-        case PayloadReadResult::name_too_long: return message("a name", kMaxStoredNameBytes);
-        case PayloadReadResult::command_line_too_long: return message("a command line", kMaxCommandLineBytes);
-        case PayloadReadResult::references_too_long: return message("a references text", kMaxReferencesBytes);
-        default: return {};
-    }
-}
-
 namespace {
 
 // The facts of a store; a document's store may lack the name.

@@ -258,6 +258,20 @@ TEST(PayloadReadFailure, MessagePerOutcomeAndOperation) {
     }
 }
 
+// An input too large to pack takes a file of 4 GiB, which the CLI suite does not make.
+TEST(PackInputFailure, MessagePerStatus) {
+    using enum Portability::InputFile::Status;
+    const struct { Portability::InputFile::Status status; std::string expected; } cases[] = {
+        {too_large, "The input file \"big.bin\" is too large to be packed (5000000000 bytes): a DICOM value holds "
+                    "at most 4278190078 bytes."},
+        {unreadable, "Could not read \"big.bin\"."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(PackInputFailure(c.status, "big.bin", 5000000000u, kMaxPayloadBytes), c.expected);
+    }
+}
+
 // The CLI suite checks the document with references; here one without, and the escaping of "<".
 TEST(InfoDocument, LayoutAndEscaping) {
     PayloadFacts facts;
