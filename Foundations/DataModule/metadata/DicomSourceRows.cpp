@@ -12,7 +12,9 @@ bool ReadDicomSourceRows(const std::shared_ptr<const Portability::OpenFile>& fil
     InstanceDataRow* instance = nullptr;
     DataAdapterModule::DicomCodecModule::DicomReadResult read;
     const bool rows = DataAdapterModule::ReadDicomFileIntoRows(file, set, options, instance, read);
-    if (!rows && read) LV_TRACE("Module MetadataReader", "%s", "The DICOM source holds no instance whose rows can be read");
+    if (!rows && read) {
+        LV_TRACE("Module MetadataReader", "%s", "The DICOM source holds no instance whose rows can be read");
+    }
     return rows;
 }
 

@@ -74,7 +74,8 @@ std::string_view DicomReadStatusDescription(DicomReadStatus status) noexcept {
     switch (status) {
         case DicomReadStatus::Success: return "No error";
         case DicomReadStatus::FileNotOpened: return "The file cannot be opened";
-        case DicomReadStatus::NotDicom: return "Not a DICOM file: no \"DICM\" prefix, and the first group is neither 0002 nor 0008";
+        case DicomReadStatus::NotDicom:
+            return "Not a DICOM file: no \"DICM\" prefix, and the first group is neither 0002 nor 0008";
         case DicomReadStatus::NotInflated: return "The deflated data set does not inflate";
         case DicomReadStatus::TruncatedHeader: return "Truncated element header";
         case DicomReadStatus::ValuePastEnd: return "Value runs past the end of the data";
@@ -326,7 +327,9 @@ bool DicomDataStream::EmitPendingEnds(CallbackHandler& handler, DicomDataSetElem
         pendingEnds_.pop_back();
         const bool skipped = skipping_;
         TrackDelimitation(record);
-        if (!skipped && !handler.ElementRead(record)) return Fail(DicomReadStatus::DelimitationRejected, record.headerPosition);
+        if (!skipped && !handler.ElementRead(record)) {
+            return Fail(DicomReadStatus::DelimitationRejected, record.headerPosition);
+        }
     }
     return true;
 }

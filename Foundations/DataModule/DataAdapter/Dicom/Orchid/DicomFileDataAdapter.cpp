@@ -225,7 +225,8 @@ bool ReadInstanceDataSet(const dcm::DicomDataSet& dataSet, PatientDataSet& set, 
 }
 
 bool ReadDicomFileIntoRows(const std::shared_ptr<const Portability::OpenFile>& file, PatientDataSet& set,
-                           const DicomFileReadOptions& options, InstanceDataRow*& instance, dcm::DicomReadResult& read) {
+                           const DicomFileReadOptions& options, InstanceDataRow*& instance,
+                           dcm::DicomReadResult& read) {
     instance = nullptr;
     dcm::DicomDataSet dataSet;
     dcm::DicomReadOptions readOptions;

@@ -203,7 +203,8 @@ DicomReadResult ReadDicomFile(std::shared_ptr<const Portability::OpenFile> file,
     stream.OpenForReading(std::move(file));
     if (ReadFileContent(stream, fill)) return {};
     DicomReadResult result = stream.ReadResult();
-    if (result) result = {DicomReadStatus::SourceFailed, stream.Position()};  // a source failure with no reason of its own
+    // A source that failed gave no reason of its own.
+    if (result) result = {DicomReadStatus::SourceFailed, stream.Position()};
     return result;
 }
 

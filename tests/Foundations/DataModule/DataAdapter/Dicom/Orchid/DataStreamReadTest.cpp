@@ -115,7 +115,8 @@ TEST(DataStreamRead, HostileInputFailsCleanly) {
         std::uint16_t group, element;
     } cases[] = {
         {"truncated header", Bytes{0x10, 0x00, 0x10}, TruncatedHeader, 0, 0, 0},
-        {"truncated length", Cat({TagBytes(kExplicit, 0x0010, 0x0010), Text("PN"), Bytes{4}}), TruncatedHeader, 0, 0, 0},
+        {"truncated length", Cat({TagBytes(kExplicit, 0x0010, 0x0010), Text("PN"), Bytes{4}}), TruncatedHeader, 0, 0,
+         0},
         {"value longer than the file", Cat({Header(kExplicit, 0x0010, 0x0010, "LO", 0xFFF0), Text("AB")}), ValuePastEnd,
          0, 0x0010, 0x0010},
         {"huge OB length", Cat({Header(kExplicit, 0x0009, 0x1107, "OB", 0xFFFFFFF0), Text("AB")}), ValuePastEnd, 0,
