@@ -24,6 +24,13 @@ std::string ExtractFailure(const std::string& input) {
     return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
 }
 
+// Unpack's message when a directory target would take a name that could lead out of it.
+std::string NotPlainName(const std::string& which, const std::string& name, const std::string& how,
+                         const std::string& input) {
+    return "The " + which + " " + QuotedPath(name) + " " + how + " the input file " + QuotedPath(input) +
+           " is not a plain file name; use the --output option.";
+}
+
 }  // namespace
 
 std::string ConversionFailure(ConversionResult result, const ConversionRequest& request) {
@@ -99,7 +106,9 @@ std::string OperationMissing() { return "The operation is missing."; }
 
 std::string OriginalNameWithOutput() { return "The --use-original-name and --output options are incompatible."; }
 
-std::string HackWithoutThumbnail() { return "The --thumbnail option must be used when using the --hackforbmpacs option."; }
+std::string HackWithoutThumbnail() {
+    return "The --thumbnail option must be used when using the --hackforbmpacs option.";
+}
 
 std::string PackInputFailure(Portability::InputFile::Status status, const std::string& input, std::uint64_t size,
                              std::uint64_t limit) {
@@ -145,5 +154,13 @@ std::string DigestMismatch(const std::string& input) {
 }
 
 std::string StandardOutputFailure() { return "Could not write to the standard output."; }
+
+std::string StoredNameNotPlain(const std::string& name, const std::string& input) {
+    return NotPlainName("original file name", name, "stored in", input);
+}
+
+std::string DerivedNameNotPlain(const std::string& name, const std::string& input) {
+    return NotPlainName("output file name", name, "derived from", input);
+}
 
 }  // namespace Dicapsule

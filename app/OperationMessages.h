@@ -78,4 +78,11 @@ std::string DigestMismatch(const std::string& input);
 // "Could not write to the standard output."
 std::string StandardOutputFailure();
 
+// "The original file name "NAME" stored in the input file "INPUT" is not a plain file name; use the
+// --output option."
+std::string StoredNameNotPlain(const std::string& name, const std::string& input);
+
+// The same for "The output file name "NAME" derived from the input file "INPUT" ...".
+std::string DerivedNameNotPlain(const std::string& name, const std::string& input);
+
 }  // namespace Dicapsule

@@ -66,7 +66,9 @@ void unpack(const UnpackRecord& record) {
 
     if (const auto* explicitFile = std::get_if<OutputFile>(&record.target);
         explicitFile && IsStandardStream(explicitFile->path)) {
-        if (verify && !StoredContentMatches(facts.content, facts.sha256)) throw std::runtime_error(DigestMismatch(input));
+        if (verify && !StoredContentMatches(facts.content, facts.sha256)) {
+            throw std::runtime_error(DigestMismatch(input));
+        }
         if (!WriteStandardOutput(facts.content)) {
             throw std::runtime_error(StandardOutputFailure());
         }
@@ -92,7 +94,9 @@ void unpack(const UnpackRecord& record) {
     // A file is checked as it is written, and a mismatch leaves nothing behind: the writer is
     // dropped without taking the output's name. What is written through is checked first.
     const bool checkFirst = verify && Portability::IsWrittenThrough(output.string());
-    if (checkFirst && !StoredContentMatches(facts.content, facts.sha256)) throw std::runtime_error(DigestMismatch(input));
+    if (checkFirst && !StoredContentMatches(facts.content, facts.sha256)) {
+        throw std::runtime_error(DigestMismatch(input));
+    }
     const bool checkWhileWriting = verify && !checkFirst;
     Portability::Sha256 digest;
     const bool written = writer.Open() && WriteContent(facts.content, writer, checkWhileWriting ? &digest : nullptr) &&
