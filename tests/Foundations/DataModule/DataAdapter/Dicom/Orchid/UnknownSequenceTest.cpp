@@ -81,7 +81,7 @@ TEST(UnknownSequence, ItemsOfEitherLengthFormFromMemoryOrFile) {
 }
 
 TEST(UnknownSequence, BytesThatAreNotItemsAreRefused) {
-    const Bytes item = ItemContent("Key", 4);
+    const Bytes item = ItemContent("Keys", 4);  // even lengths throughout: no pad byte to step over
     using enum DicomReadStatus;
     const struct {
         const char* id;
@@ -92,7 +92,7 @@ TEST(UnknownSequence, BytesThatAreNotItemsAreRefused) {
         {"item longer than the value", Cat({Item(kImplicit, Len(item) + 8), item}), LengthPastContainer},
         {"undefined item never closed", Cat({Item(kImplicit, kUndefined), item}), EndsInsideSequence},
         {"cut header", Bytes{0xFE, 0xFF, 0x00}, TruncatedHeader},
-        {"stray sequence delimitation", Cat({DefinedItem(item), SequenceEnd(kImplicit)}), TruncatedHeader},
+        {"stray sequence delimitation", Cat({DefinedItem(item), SequenceEnd(kImplicit)}), UnknownNotItems},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.id);
