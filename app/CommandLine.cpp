@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 
+#include "app/OperationMessages.h"
 #include "app/OperationPolicies.h"
 #include "app/Version.h"
 #include "cmdline/HelpWords.h"
@@ -20,7 +21,7 @@ using GeneralUsageError =
 }  // namespace
 
 void RunCommandLine(int argc, const char* const argv[]) {
-    if (argc < 2) throw GeneralUsageError("The operation is missing.");
+    if (argc < 2) throw GeneralUsageError(OperationMissing());
     if (std::string_view(argv[1]) == "--version") {
         std::cout << "dicapsule " << kProductVersion << "\n";
         return;
@@ -34,7 +35,7 @@ void RunCommandLine(int argc, const char* const argv[]) {
     PackOperation::run(argc, argv, found);
     InfoOperation::run(argc, argv, found);
     UnpackOperation::run(argc, argv, found);
-    if (!found) throw GeneralUsageError("\"" + std::string(argv[1]) + "\" is not a valid operation.");
+    if (!found) throw GeneralUsageError(NotValid(argv[1], "operation"));
 }
 
 int ReportFailure(std::exception_ptr failure, const std::string& prog, std::ostream& err) {
@@ -57,7 +58,7 @@ int Main(int argc, const char* const argv[]) {
     try {
         RunCommandLine(argc, argv);
         std::cout.flush();
-        if (!std::cout) throw std::runtime_error("Could not write to the standard output.");
+        if (!std::cout) throw std::runtime_error(StandardOutputFailure());
         return 0;
     } catch (...) {
         return ReportFailure(std::current_exception(), prog, std::cerr);

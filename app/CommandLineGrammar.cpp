@@ -1,5 +1,6 @@
 #include "app/CommandLineGrammar.h"
 
+#include "app/OperationMessages.h"
 #include "cmdline/UsageError.h"
 #include "Foundations/DataModule/Common/StringConversionUtils.h"
 #include "Foundations/DataModule/Common/TextUtils.h"
@@ -30,7 +31,7 @@ std::int32_t LeadingInteger(const std::string& text) {
 
 IdentifierFields ParseIdentifier(const std::string& value) {
     const std::vector<std::string> fields = Lumivale::DataModule::SplitKeepingEmpty(value, ':');
-    if (fields.size() > 4) throw UsageError("\"" + value + "\" is not a valid identifier string.");
+    if (fields.size() > 4) throw UsageError(NotValid(value, "identifier string"));
     IdentifierFields identifier;
     identifier.study_instance_uid = UnlessEmpty(fields[0]);
     if (fields.size() > 1) identifier.series_instance_uid = UnlessEmpty(fields[1]);
@@ -43,7 +44,7 @@ std::vector<ReferenceRecord> ParseReferenceOptions(const std::vector<std::string
     std::vector<ReferenceRecord> references;
     for (const std::string& value : values) {
         ReferenceRecord record;
-        if (!parse_reference(value, record)) throw UsageError("\"" + value + "\" is not a valid reference string.");
+        if (!parse_reference(value, record)) throw UsageError(NotValid(value, "reference string"));
         references.push_back(std::move(record));
     }
     return references;
@@ -52,21 +53,21 @@ std::vector<ReferenceRecord> ParseReferenceOptions(const std::vector<std::string
 OutputEncoding::Enum ParseEncodingOption(const std::string& value) {
     OutputEncoding::Enum encoding = Lumivale::DataModule::OutputEncodingFromWord(value);
     if (encoding == OutputEncoding::unknown) encoding = Lumivale::DataModule::OutputEncodingFromTerm(value);
-    if (encoding == OutputEncoding::unknown) throw UsageError("\"" + value + "\" is not a valid encoding.");
+    if (encoding == OutputEncoding::unknown) throw UsageError(NotValid(value, "encoding"));
     return encoding;
 }
 
 InfoFormat ParseFormatOption(const std::string& value) {
     if (value == "xml") return InfoFormat::xml;
     if (value == "json") return InfoFormat::json;
-    throw UsageError("\"" + value + "\" is not a valid format.");
+    throw UsageError(NotValid(value, "format"));
 }
 
 PackClass ParsePackClassOption(const std::string& value) {
     if (value == "raw") return PackClass::raw;
     if (value == "document") return PackClass::document;
     if (value == "auto") return PackClass::automatic;
-    throw UsageError("\"" + value + "\" is not a valid class.");
+    throw UsageError(NotValid(value, "class"));
 }
 
 std::string TextFromUtf8(const std::string& utf8) {

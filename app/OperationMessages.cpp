@@ -5,6 +5,8 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#include "Portability/Misc/TemporaryFile.h"
+
 namespace Dicapsule {
 
 namespace {
@@ -20,6 +22,13 @@ std::string MissingDirectoryNote(const boost::filesystem::path& output) {
 // Unpack's message when the payload cannot be taken out of its file.
 std::string ExtractFailure(const std::string& input) {
     return "Could not extract the packed file from the input file " + QuotedPath(input) + ".";
+}
+
+// Unpack's message when a directory target would take a name that could lead out of it.
+std::string NotPlainName(const std::string& which, const std::string& name, const std::string& how,
+                         const std::string& input) {
+    return "The " + which + " " + QuotedPath(name) + " " + how + " the input file " + QuotedPath(input) +
+           " is not a plain file name; use the --output option.";
 }
 
 }  // namespace
@@ -58,7 +67,7 @@ std::string PayloadReadFailure(PayloadReadResult result, const std::string& inpu
         case PayloadReadResult::name_too_long:
         case PayloadReadResult::command_line_too_long:
         case PayloadReadResult::references_too_long:
-            return StoredTextTooLongMessage(result, input);
+            return StoredTextTooLong(result, input);
         default:
             return reader == PayloadReader::unpack
                        ? ExtractFailure(input)
@@ -85,6 +94,73 @@ std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::str
 
 std::string AlreadyExists(const boost::filesystem::path& output) {
     return QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
+}
+
+std::string NotValid(std::string_view value, std::string_view what) {
+    return "\"" + std::string(value) + "\" is not a valid " + std::string(what) + ".";
+}
+
+std::string OptionRequired(std::string_view option) { return "The --" + std::string(option) + " option is required."; }
+
+std::string OperationMissing() { return "The operation is missing."; }
+
+std::string OriginalNameWithOutput() { return "The --use-original-name and --output options are incompatible."; }
+
+std::string HackWithoutThumbnail() {
+    return "The --thumbnail option must be used when using the --hackforbmpacs option.";
+}
+
+std::string PackInputFailure(Portability::InputFile::Status status, const std::string& input, std::uint64_t size,
+                             std::uint64_t limit) {
+    switch (status) {
+        case Portability::InputFile::Status::too_large:
+            return "The input file " + QuotedPath(input) + " is too large to be packed (" + std::to_string(size) +
+                   " bytes): a DICOM value holds at most " + std::to_string(limit) + " bytes.";
+        case Portability::InputFile::Status::no_temporary_space:
+            return "Could not read " + QuotedPath(input) + ". The temporary directory " +
+                   QuotedPath(Portability::TemporaryDirectory()) + " is full.";
+        default:
+            return "Could not read " + QuotedPath(input) + ".";
+    }
+}
+
+std::string NotADocument(const std::string& input) {
+    return "The input file " + QuotedPath(input) + " is not a PDF, CDA, STL, OBJ or MTL document.";
+}
+
+std::string InvalidUidRoot(const std::string& root, std::string_view variable) {
+    return "The UID root " + QuotedPath(root) + " in " + std::string(variable) + " is not valid.";
+}
+
+std::string InputChanged(const std::string& input) {
+    return "The input file " + QuotedPath(input) + " changed while it was being packed.";
+}
+
+std::string StoredTextTooLong(PayloadReadResult result, const std::string& input) {
+    const auto message = [&](const char* what, std::uint64_t limit) {
+        return "The input file " + QuotedPath(input) + " stores " + what + " longer than " + std::to_string(limit) +
+               " bytes.";
+    };
+    switch (result) {
+        case PayloadReadResult::name_too_long: return message("a name", kMaxStoredNameBytes);
+        case PayloadReadResult::command_line_too_long: return message("a command line", kMaxCommandLineBytes);
+        case PayloadReadResult::references_too_long: return message("a references text", kMaxReferencesBytes);
+        default: return {};
+    }
+}
+
+std::string DigestMismatch(const std::string& input) {
+    return "The packed file of the input file " + QuotedPath(input) + " does not match its SHA-256 digest.";
+}
+
+std::string StandardOutputFailure() { return "Could not write to the standard output."; }
+
+std::string StoredNameNotPlain(const std::string& name, const std::string& input) {
+    return NotPlainName("original file name", name, "stored in", input);
+}
+
+std::string DerivedNameNotPlain(const std::string& name, const std::string& input) {
+    return NotPlainName("output file name", name, "derived from", input);
 }
 
 }  // namespace Dicapsule

@@ -1,14 +1,18 @@
 #pragma once
-// The user's messages for the outcomes of the library calls of the operations: the conversion
-// engine's result (pack) and the payload reader's (unpack, info).
+// Every message the operations give the user, each written once: the command line's usage errors,
+// the outcomes of the library calls (the conversion engine's for pack, the payload reader's for
+// unpack and info) and the operations' own checks.
 
 #include "app/ConversionEngine.h"
 #include "app/Payload.h"
 #include "Portability/Misc/AtomicFileWriter.h"
+#include "Portability/Misc/InputFile.h"
 
 #include <boost/filesystem/path.hpp>
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Dicapsule {
 
@@ -28,5 +32,57 @@ std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::str
 
 // "\"OUTPUT\" already exists. Use the --force option to overwrite it."
 std::string AlreadyExists(const boost::filesystem::path& output);
+
+// ---- the command line
+
+// "\"VALUE\" is not a valid WHAT." (an operation, a modality, a UID, an encoding, ...).
+std::string NotValid(std::string_view value, std::string_view what);
+
+// "The --OPTION option is required."
+std::string OptionRequired(std::string_view option);
+
+// "The operation is missing."
+std::string OperationMissing();
+
+// "The --use-original-name and --output options are incompatible."
+std::string OriginalNameWithOutput();
+
+// "The --thumbnail option must be used when using the --hackforbmpacs option."
+std::string HackWithoutThumbnail();
+
+// ---- pack
+
+// The message for an input that could not be opened for packing (status other than opened):
+// size is the input's size and limit the largest payload, for an input too large.
+std::string PackInputFailure(Portability::InputFile::Status status, const std::string& input, std::uint64_t size,
+                             std::uint64_t limit);
+
+// "The input file "INPUT" is not a PDF, CDA, STL, OBJ or MTL document."
+std::string NotADocument(const std::string& input);
+
+// "The UID root "ROOT" in VARIABLE is not valid."
+std::string InvalidUidRoot(const std::string& root, std::string_view variable);
+
+// "The input file "INPUT" changed while it was being packed."
+std::string InputChanged(const std::string& input);
+
+// ---- unpack and info
+
+// "The input file "INPUT" stores a name longer than 65536 bytes." and the other stored texts
+// beyond their limits; empty for the other results.
+std::string StoredTextTooLong(PayloadReadResult result, const std::string& input);
+
+// "The packed file of the input file "INPUT" does not match its SHA-256 digest."
+std::string DigestMismatch(const std::string& input);
+
+// "Could not write to the standard output."
+std::string StandardOutputFailure();
+
+// "The original file name "NAME" stored in the input file "INPUT" is not a plain file name; use the
+// --output option."
+std::string StoredNameNotPlain(const std::string& name, const std::string& input);
+
+// The same for "The output file name "NAME" derived from the input file "INPUT" ...".
+std::string DerivedNameNotPlain(const std::string& name, const std::string& input);
 
 }  // namespace Dicapsule

@@ -1,6 +1,7 @@
 #include "app/OperationPolicies.h"
 
 #include "app/CommandLineGrammar.h"
+#include "app/OperationMessages.h"
 #include "app/Operations.h"
 #include "app/SharedOptions.h"
 #include "app/StreamArguments.h"
@@ -28,7 +29,7 @@ bool SwitchSet(const po::variables_map& values, const char* name) {
 
 boost::filesystem::path RequiredInput(const po::variables_map& values) {
     const std::optional<std::string> input = OptionalText(values, "input");
-    if (!input) throw UsageError("The --input option is required.");
+    if (!input) throw UsageError(OptionRequired("input"));
     return PathFromUtf8(*input);
 }
 
@@ -47,7 +48,7 @@ PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
     record.modality = OptionalText(values, "Modality");
 
     const std::optional<std::string> metadata = OptionalText(values, "metadata");
-    if (!metadata) throw UsageError("The --metadata option is required.");
+    if (!metadata) throw UsageError(OptionRequired("metadata"));
     record.metadata = TextFromUtf8(*metadata);  // a path or the document itself
 
     if (values.count("reference")) {
@@ -64,7 +65,7 @@ PackRecord PackOperationPolicy::make_record(const po::variables_map& values) {
     record.hackforbmpacs = SwitchSet(values, "hackforbmpacs");
     if (record.hackforbmpacs && !record.thumbnail) {
         // An ordinary error on purpose: reported without the usage text.
-        throw std::runtime_error("The --thumbnail option must be used when using the --hackforbmpacs option.");
+        throw std::runtime_error(HackWithoutThumbnail());
     }
     record.force = SwitchSet(values, "force");
     record.digest = !SwitchSet(values, "no-digest");
@@ -95,7 +96,7 @@ UnpackRecord UnpackOperationPolicy::make_record(const po::variables_map& values)
     UnpackRecord record;
     const std::optional<std::string> output = OptionalText(values, "output");
     const bool use_original_name = SwitchSet(values, "use-original-name");
-    if (use_original_name && output) throw UsageError("The --use-original-name and --output options are incompatible.");
+    if (use_original_name && output) throw UsageError(OriginalNameWithOutput());
     if (output) {
         record.target = OutputFile{PathFromUtf8(*output)};
     } else {

@@ -4,7 +4,6 @@
 #include "app/Operations.h"
 #include "app/Payload.h"
 #include "app/ProgressLine.h"
-#include "app/QuotedPath.h"
 #include "app/StreamArguments.h"
 #include "app/Version.h"
 #include "Foundations/DataModule/Common/TextUtils.h"
@@ -14,7 +13,6 @@
 #include "Foundations/LVCodec/module/ThumbnailIcon.h"
 #include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/InputFile.h"
-#include "Portability/Misc/TemporaryFile.h"
 #include "Portability/Misc/Utf8Path.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -45,18 +43,9 @@ bool Exists(const fs::path& path, bool follow = true) {
 // The input opened for the whole run, so that a missing or unreadable input fails here, before
 // the metadata and thumbnail are loaded; the payload then travels as a region of it.
 Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input, Portability::InputFile& file) {
-    switch (OpenInput(input, file, kMaxPayloadBytes)) {
-        case Portability::InputFile::Status::opened:
-            break;
-        case Portability::InputFile::Status::too_large:
-            throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is too large to be packed (" +
-                                     std::to_string(file.Size()) + " bytes): a DICOM value holds at most " +
-                                     std::to_string(kMaxPayloadBytes) + " bytes.");
-        case Portability::InputFile::Status::no_temporary_space:
-            throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ". The temporary directory " +
-                                     QuotedPath(Portability::TemporaryDirectory()) + " is full.");
-        default:
-            throw std::runtime_error("Could not read " + QuotedPath(input.string()) + ".");
+    const Portability::InputFile::Status status = OpenInput(input, file, kMaxPayloadBytes);
+    if (status != Portability::InputFile::Status::opened) {
+        throw std::runtime_error(PackInputFailure(status, input.string(), file.Size(), kMaxPayloadBytes));
     }
     return Lumivale::DataModule::ByteBuffer::OfFileRegion({file.File(), 0, file.Size()});
 }
@@ -66,12 +55,12 @@ void RequireKnownModality(const std::optional<std::string>& modality) {
     namespace dm = Lumivale::DataModule;
     if (modality && dm::CodedStringTraits<dm::Modality::Enum>::FromTerm(dm::ToUpperAscii(dm::TrimBlanks(*modality))) ==
                         dm::Modality::unknown) {
-        throw std::runtime_error("\"" + *modality + "\" is not a valid modality.");
+        throw std::runtime_error(NotValid(*modality, "modality"));
     }
 }
 
 void RequireValidUid(const std::string& uid) {
-    if (!Lumivale::DataModule::IsValidUid(uid)) throw std::runtime_error("\"" + uid + "\" is not a valid UID.");
+    if (!Lumivale::DataModule::IsValidUid(uid)) throw std::runtime_error(NotValid(uid, "UID"));
 }
 
 // The UIDs of --Identifier and --reference land in the instance as they are: both are checked alike.
@@ -95,7 +84,7 @@ std::optional<DetectedDocument> ChooseDocumentClass(PackClass packClass, const f
     if (packClass == PackClass::raw) return std::nullopt;
     std::optional<DetectedDocument> document = DetectDocument(content, name);
     if (!document && packClass == PackClass::document) {
-        throw std::runtime_error("The input file " + QuotedPath(input.string()) + " is not a PDF, CDA, STL, OBJ or MTL document.");
+        throw std::runtime_error(NotADocument(input.string()));
     }
     return document;
 }
@@ -104,8 +93,7 @@ std::optional<DetectedDocument> ChooseDocumentClass(PackClass packClass, const f
 void TakeUidRoot() {
     std::string refused;
     if (!Lumivale::DataModule::TakeUidRootFromEnvironment(refused)) {
-        throw std::runtime_error("The UID root " + QuotedPath(refused) + " in " +
-                                 Lumivale::DataModule::kUidRootVariable + " is not valid.");
+        throw std::runtime_error(InvalidUidRoot(refused, Lumivale::DataModule::kUidRootVariable));
     }
 }
 
@@ -150,8 +138,7 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     const ConversionResult result = convert(request);
     // The write refuses a payload whose file changed while it was copied; say so rather than blame the output.
     if (result == ConversionResult::output_not_written && !input.File()->Unchanged()) {
-        throw std::runtime_error("The input file " + QuotedPath(record.input.string()) +
-                                 " changed while it was being packed.");
+        throw std::runtime_error(InputChanged(record.input.string()));
     }
     // Without --force the write refuses whatever took the name since the check above (a dangling
     // symbolic link included, which that check follows and cannot see).

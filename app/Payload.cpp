@@ -7,6 +7,7 @@
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
 #include "Foundations/DataModule/Rows/RowAttributes.h"
+#include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Sha256.h"
 
 #include <cstdint>
@@ -87,19 +88,6 @@ bool ContentSha256(const ByteBuffer& content, std::string& hex) {
     if (!digest.Finish(result)) return false;
     hex = Portability::ToHex(result);
     return true;
-}
-
-std::string StoredTextTooLongMessage(PayloadReadResult result, const std::string& input) {
-    const auto message = [&](const char* what, std::uint64_t limit) {
-        return "The input file " + QuotedPath(input) + " stores " + what + " longer than " + std::to_string(limit) +
-               " bytes.";
-    };
-    switch (result) {
-        case PayloadReadResult::name_too_long: return message("a name", kMaxStoredNameBytes);
-        case PayloadReadResult::command_line_too_long: return message("a command line", kMaxCommandLineBytes);
-        case PayloadReadResult::references_too_long: return message("a references text", kMaxReferencesBytes);
-        default: return {};
-    }
 }
 
 namespace {
@@ -216,7 +204,14 @@ PayloadReadResult read_payload(const std::shared_ptr<const Portability::OpenFile
 
     dm::PatientDataSet set;
     dm::InstanceDataRow* instance = nullptr;
-    if (!adapter::ReadDicomFileIntoRows(file, set, options, instance)) return PayloadReadResult::load_failed;
+    dcm::DicomReadResult read;
+    if (!adapter::ReadDicomFileIntoRows(file, set, options, instance, read)) {
+        // The adapter traced where the file failed; what matters here is which kind of input it was.
+        LV_TRACE("Module Payload", "Not loaded: %s", read ? "a DICOM file without a readable instance"
+                                                     : read.NotDicom() ? "not a DICOM file"
+                                                                       : "a damaged DICOM file");
+        return PayloadReadResult::load_failed;
+    }
     PayloadReadResult result = PayloadReadResult::not_packed;
     if (const auto* document = dynamic_cast<const dm::EncapsulatedDocumentDataRow*>(instance)) {
         result = ExtractDocumentPayload(*document, want_content, facts);

@@ -74,10 +74,6 @@ enum class PayloadReadResult {
 // is read in chunks. False when its bytes cannot be read.
 bool ContentSha256(const Lumivale::DataModule::ByteBuffer& content, std::string& hex);
 
-// The user's message for a stored text beyond its limit ("The input file "x" stores a name longer
-// than 65536 bytes."); empty for the other results.
-std::string StoredTextTooLongMessage(PayloadReadResult result, const std::string& input);
-
 // The arguments from argv[1] on, joined by one space; an argument holding a space is put between
 // double quotes, nothing else is escaped.
 std::string RecordCommandLine(int argc, const char* const argv[]);

@@ -1,7 +1,11 @@
 #include "app/SharedOptions.h"
 
+#include "Foundations/DataModule/CharSet/OutputEncoding.h"
+#include "Foundations/DataModule/Common/TextUtils.h"
+
 #include <boost/program_options/value_semantic.hpp>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -26,6 +30,18 @@ LibCommon::OptionDescription OutputDirectory(const char* help) {
 const LibCommon::OptionDescription& OutputFile() {
     static const auto option = Text("output,o", "Path to the output file.");
     return option;
+}
+
+// "- WORD     (term)" for each encoding, the words upper-case and padded to one column.
+std::string EncodingValueLines() {
+    constexpr std::size_t kWordColumn = 8;
+    std::string lines;
+    for (const Lumivale::DataModule::OutputEncodingRow& row : Lumivale::DataModule::OutputEncodingRows()) {
+        std::string word = Lumivale::DataModule::ToUpperAscii(row.word);
+        word.resize(std::max(word.size(), kWordColumn), ' ');
+        lines += "- " + word + " (" + std::string(row.helpTerm) + ")\n";
+    }
+    return lines;
 }
 
 }  // namespace
@@ -72,19 +88,13 @@ const LibCommon::OptionGroup& UnpackOutput() {
 }
 
 const LibCommon::OptionGroup& Encoding() {
-    static const LibCommon::OptionGroup group{Text(
-        "encoding,e",
+    static const std::string help =
         "Specifies the output file character set according to the given encoding value.\n"
-        "Enumerated values:\n"
-        "- ASCII    (ISO_IR 6)\n"
-        "- CHINESE  (GB18030)\n"
-        "- HEBREW   (ISO_IR 138)\n"
-        "- JAPANESE (ISO_IR 87)\n"
-        "- KOREAN   (ISO 2022 IR 149)\n"
-        "- UNICODE  (ISO_IR 192)\n"
-        "- WESTERN  (ISO_IR 100)\n"
+        "Enumerated values:\n" +
+        EncodingValueLines() +
         "Note: by default the output file is encoded in the same character set than the metadata file one's, if "
-        "it is DICOM Part 10 compliant, or as clearly specified in the given XML file or stream, if any.")};
+        "it is DICOM Part 10 compliant, or as clearly specified in the given XML file or stream, if any.";
+    static const LibCommon::OptionGroup group{Text("encoding,e", help.c_str())};
     return group;
 }
 

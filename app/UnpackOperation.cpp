@@ -2,7 +2,6 @@
 #include "app/Operations.h"
 #include "app/Payload.h"
 #include "app/ProgressLine.h"
-#include "app/QuotedPath.h"
 #include "app/StreamArguments.h"
 #include "app/UnpackOutputName.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/FileRegion.h"
@@ -50,10 +49,6 @@ bool StoredContentMatches(const Lumivale::DataModule::ByteBuffer& content, const
     return ContentSha256(content, digest) && digest == recorded;
 }
 
-std::string MismatchMessage(const std::string& input) {
-    return "The packed file of the input file " + QuotedPath(input) + " does not match its SHA-256 digest.";
-}
-
 }  // namespace
 
 void unpack(const UnpackRecord& record) {
@@ -71,9 +66,11 @@ void unpack(const UnpackRecord& record) {
 
     if (const auto* explicitFile = std::get_if<OutputFile>(&record.target);
         explicitFile && IsStandardStream(explicitFile->path)) {
-        if (verify && !StoredContentMatches(facts.content, facts.sha256)) throw std::runtime_error(MismatchMessage(input));
+        if (verify && !StoredContentMatches(facts.content, facts.sha256)) {
+            throw std::runtime_error(DigestMismatch(input));
+        }
         if (!WriteStandardOutput(facts.content)) {
-            throw std::runtime_error("Could not write to the standard output.");
+            throw std::runtime_error(StandardOutputFailure());
         }
         return;
     }
@@ -97,12 +94,14 @@ void unpack(const UnpackRecord& record) {
     // A file is checked as it is written, and a mismatch leaves nothing behind: the writer is
     // dropped without taking the output's name. What is written through is checked first.
     const bool checkFirst = verify && Portability::IsWrittenThrough(output.string());
-    if (checkFirst && !StoredContentMatches(facts.content, facts.sha256)) throw std::runtime_error(MismatchMessage(input));
+    if (checkFirst && !StoredContentMatches(facts.content, facts.sha256)) {
+        throw std::runtime_error(DigestMismatch(input));
+    }
     const bool checkWhileWriting = verify && !checkFirst;
     Portability::Sha256 digest;
     const bool written = writer.Open() && WriteContent(facts.content, writer, checkWhileWriting ? &digest : nullptr) &&
                          writer.size() == facts.content.Length();
-    if (written && checkWhileWriting && !Matches(digest, facts.sha256)) throw std::runtime_error(MismatchMessage(input));
+    if (written && checkWhileWriting && !Matches(digest, facts.sha256)) throw std::runtime_error(DigestMismatch(input));
     if (!written || !writer.Commit()) {
         throw std::runtime_error(UnpackWriteFailure(writer.failure(), input, output));
     }

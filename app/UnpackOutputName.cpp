@@ -1,6 +1,6 @@
 #include "app/UnpackOutputName.h"
 
-#include "app/QuotedPath.h"
+#include "app/OperationMessages.h"
 
 #include <stdexcept>
 
@@ -36,8 +36,7 @@ boost::filesystem::path ResolveUnpackOutput(const std::variant<OutputFile, Outpu
     const auto& directory = std::get<OutputDirectory>(target);
     if (directory.use_original_name) {
         if (!IsPlainFileName(original_name)) {
-            throw std::runtime_error("The original file name " + QuotedPath(original_name) + " stored in the input file " +
-                                     QuotedPath(input.string()) + " is not a plain file name; use the --output option.");
+            throw std::runtime_error(StoredNameNotPlain(original_name, input.string()));
         }
         return directory.path / original_name;
     }
@@ -45,8 +44,7 @@ boost::filesystem::path ResolveUnpackOutput(const std::variant<OutputFile, Outpu
     // input's own name can make one that leaves the directory too ("..." gives "..").
     const std::string derived = Stem(input.filename().string()) + LastExtension(original_name);
     if (!IsPlainFileName(derived)) {
-        throw std::runtime_error("The output file name " + QuotedPath(derived) + " derived from the input file " +
-                                 QuotedPath(input.string()) + " is not a plain file name; use the --output option.");
+        throw std::runtime_error(DerivedNameNotPlain(derived, input.string()));
     }
     return directory.path / derived;
 }

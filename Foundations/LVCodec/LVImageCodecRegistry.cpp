@@ -10,6 +10,7 @@
 #include "Foundations/LVCodec/tiff/LVImageCodec_LibTiff.h"
 #include "Portability/Misc/Utf8Path.h"
 
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -31,8 +32,9 @@ const LVImageCodec_JPEGLS kJpegLs;
 const LVImageCodec_Default kDefault;
 
 // Order matters only for signatures: JPEG (FF D8) precedes JPEG-LS (FF D8 FF F7) and claims its files.
-const LVImageCodec* const kRegistry[] = {&kTiff, &kJpeg,  &kJpeg2000, &kPng,   &kBmp,
-                                         &kDicom, &kPnm, &kJpegLs,   nullptr, &kDefault};
+// The default codec is no member: it is what an unknown format identifier finds.
+constexpr std::array<const LVImageCodec*, 8> kRegistry = {&kTiff, &kJpeg,  &kJpeg2000, &kPng,
+                                                          &kBmp,  &kDicom, &kPnm,      &kJpegLs};
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -47,30 +49,30 @@ bool MatchesSignature(std::FILE* file, const LVImageSignature& signature) {
 
 }  // namespace
 
-const LVImageCodec* const* ImageCodecRegistry() { return kRegistry; }
+std::span<const LVImageCodec* const> ImageCodecRegistry() { return kRegistry; }
 
 const LVImageCodec* FindCodecByExtension(std::string_view path) {
     const std::size_t dot = path.rfind('.');
     if (dot == std::string_view::npos) return nullptr;
     const std::string extension(path.substr(dot + 1));
-    for (const LVImageCodec* const* codec = kRegistry; *codec; ++codec)
-        for (const char* const* known = (*codec)->Extensions(); known && *known; ++known)
-            if (strcasecmp(extension.c_str(), *known) == 0) return *codec;
+    for (const LVImageCodec* codec : kRegistry)
+        for (const char* const* known = codec->Extensions(); known && *known; ++known)
+            if (strcasecmp(extension.c_str(), *known) == 0) return codec;
     return nullptr;
 }
 
 const LVImageCodec* FindCodecBySignature(const std::string& path) {
     const std::unique_ptr<std::FILE, FileCloser> file(Portability::OpenUtf8File(path, "rb"));
     if (!file) return nullptr;
-    for (const LVImageCodec* const* codec = kRegistry; *codec; ++codec)
-        for (const LVImageSignature* s = (*codec)->Signatures(); s && s->length != 0; ++s)
-            if (MatchesSignature(file.get(), *s)) return *codec;
+    for (const LVImageCodec* codec : kRegistry)
+        for (const LVImageSignature* s = codec->Signatures(); s && s->length != 0; ++s)
+            if (MatchesSignature(file.get(), *s)) return codec;
     return nullptr;
 }
 
 const LVImageCodec& FindCodecById(unsigned id) {
-    for (const LVImageCodec* const* codec = kRegistry; *codec; ++codec)
-        if ((*codec)->FormatId() == id) return **codec;
+    for (const LVImageCodec* codec : kRegistry)
+        if (codec->FormatId() == id) return *codec;
     return kDefault;
 }
 

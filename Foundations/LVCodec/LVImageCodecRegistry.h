@@ -3,13 +3,14 @@
 
 #include "Foundations/LVCodec/LVImageCodec.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace Lumivale::Imaging {
 
-// Null-terminated array of the registered codecs; the slot after the terminator holds the default codec.
-const LVImageCodec* const* ImageCodecRegistry();
+// The registered codecs, in lookup order (the default codec is not among them).
+std::span<const LVImageCodec* const> ImageCodecRegistry();
 // Codec whose extension matches the text after the path's last '.', case-insensitively; null when none.
 const LVImageCodec* FindCodecByExtension(std::string_view path);
 // First codec (registry order, then signature order) whose signature the file's bytes match; null when none.

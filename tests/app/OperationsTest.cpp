@@ -187,6 +187,21 @@ TEST(UnpackOutputName, StoredNamesThatWouldLeaveTheDirectoryAreRefused) {
     EXPECT_TRUE(IsPlainFileName("..report.pdf"));
     // A name derived from the input's own name must be plain too: "..." gives "..".
     EXPECT_THROW(ResolveUnpackOutput(OutputDirectory{"out", false}, "in/...", "README"), std::runtime_error);
+    // The two refusals word for word (the CLI suite checks only their common end).
+    const auto refusal = [](const OutputDirectory& target, const char* input, const std::string& name) {
+        try {
+            ResolveUnpackOutput(target, input, name);
+        } catch (const std::runtime_error& error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    EXPECT_EQ(refusal({"out", true}, "x.dcm", "../evil.sh"),
+              "The original file name \"../evil.sh\" stored in the input file \"x.dcm\" is not a plain file name; use "
+              "the --output option.");
+    EXPECT_EQ(refusal({"out", false}, "in/...", "README"),
+              "The output file name \"..\" derived from the input file \"in/...\" is not a plain file name; use the "
+              "--output option.");
 }
 
 // The three reports of a failure; the CLI suite sees the first two, nothing the tool throws is the third.
@@ -255,6 +270,20 @@ TEST(PayloadReadFailure, MessagePerOutcomeAndOperation) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.expected);
         EXPECT_EQ(PayloadReadFailure(c.result, "R&D \"1\".dcm", c.reader), c.expected);
+    }
+}
+
+// An input too large to pack takes a file of 4 GiB, which the CLI suite does not make.
+TEST(PackInputFailure, MessagePerStatus) {
+    using enum Portability::InputFile::Status;
+    const struct { Portability::InputFile::Status status; std::string expected; } cases[] = {
+        {too_large, "The input file \"big.bin\" is too large to be packed (5000000000 bytes): a DICOM value holds "
+                    "at most 4278190078 bytes."},
+        {unreadable, "Could not read \"big.bin\"."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(PackInputFailure(c.status, "big.bin", 5000000000u, kMaxPayloadBytes), c.expected);
     }
 }
 

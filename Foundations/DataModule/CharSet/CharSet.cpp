@@ -12,6 +12,7 @@ struct CharSetRow {
     std::string_view term;
     std::string_view name;
     std::string_view elements;
+    CharSet::Enum iso2022;  // the "ISO 2022 ..." term of the same repertoire; the value itself when none
 };
 
 constexpr std::string_view kSingleByteElements = "ISO 646 (G0), ISO 8859 Supplementary Set (G1)";
@@ -20,36 +21,36 @@ constexpr std::string_view kThaiElements = "ISO 646 (G0), TIS 620-2533 (1990) (G
 
 // Indexed by CharSet::Enum. Row 0's term is never shown: the caller's fallback replaces it.
 constexpr std::array<CharSetRow, CharSet::Count> kCharSets = {{
-    {"", "Unknown Character Set", "N/a"},
-    {"", "Default Repertoire", "ISO 646 (G0)"},
-    {"ISO_IR 13", "Japanese", kJisX0201Elements},
-    {"ISO_IR 100", "Latin alphabet No. 1", kSingleByteElements},
-    {"ISO_IR 101", "Latin alphabet No. 2", kSingleByteElements},
-    {"ISO_IR 109", "Latin alphabet No. 3", kSingleByteElements},
-    {"ISO_IR 110", "Latin alphabet No. 4", kSingleByteElements},
-    {"ISO_IR 126", "Greek", kSingleByteElements},
-    {"ISO_IR 127", "Arabic", kSingleByteElements},
-    {"ISO_IR 138", "Hebrew", kSingleByteElements},
-    {"ISO_IR 144", "Cyrillic", kSingleByteElements},
-    {"ISO_IR 148", "Latin alphabet No. 5", kSingleByteElements},
-    {"ISO_IR 166", "Thai", kThaiElements},
-    {"ISO 2022 IR 6", "Default Repertoire", "ISO 646 (G0)"},
-    {"ISO 2022 IR 13", "Japanese", kJisX0201Elements},
-    {"ISO 2022 IR 100", "Latin alphabet No. 1", kSingleByteElements},
-    {"ISO 2022 IR 101", "Latin alphabet No. 2", kSingleByteElements},
-    {"ISO 2022 IR 109", "Latin alphabet No. 3", kSingleByteElements},
-    {"ISO 2022 IR 110", "Latin alphabet No. 4", kSingleByteElements},
-    {"ISO 2022 IR 126", "Greek", kSingleByteElements},
-    {"ISO 2022 IR 127", "Arabic", kSingleByteElements},
-    {"ISO 2022 IR 138", "Hebrew", kSingleByteElements},
-    {"ISO 2022 IR 144", "Cyrillic", kSingleByteElements},
-    {"ISO 2022 IR 148", "Latin alphabet No. 5", kSingleByteElements},
-    {"ISO 2022 IR 166", "Thai", kThaiElements},
-    {"ISO 2022 IR 87", "Japanese", "JIS X 0208: Kanji (G0)"},
-    {"ISO 2022 IR 149", "Korean", "KS X 1001: Hangul and Hanja (G1)"},
-    {"ISO 2022 IR 159", "Japanese", "JIS X 0212: Kanji Supplementary Set (G0)"},
-    {"ISO_IR 192", "Unicode in UTF-8", "ISO 10646 (UTF-8)"},
-    {"GB18030", "GB18030", "GB18030"},
+    {"", "Unknown Character Set", "N/a", CharSet::Unknown},
+    {"", "Default Repertoire", "ISO 646 (G0)", CharSet::ISO_2022_IR_6},
+    {"ISO_IR 13", "Japanese", kJisX0201Elements, CharSet::ISO_2022_IR_13},
+    {"ISO_IR 100", "Latin alphabet No. 1", kSingleByteElements, CharSet::ISO_2022_IR_100},
+    {"ISO_IR 101", "Latin alphabet No. 2", kSingleByteElements, CharSet::ISO_2022_IR_101},
+    {"ISO_IR 109", "Latin alphabet No. 3", kSingleByteElements, CharSet::ISO_2022_IR_109},
+    {"ISO_IR 110", "Latin alphabet No. 4", kSingleByteElements, CharSet::ISO_2022_IR_110},
+    {"ISO_IR 126", "Greek", kSingleByteElements, CharSet::ISO_2022_IR_126},
+    {"ISO_IR 127", "Arabic", kSingleByteElements, CharSet::ISO_2022_IR_127},
+    {"ISO_IR 138", "Hebrew", kSingleByteElements, CharSet::ISO_2022_IR_138},
+    {"ISO_IR 144", "Cyrillic", kSingleByteElements, CharSet::ISO_2022_IR_144},
+    {"ISO_IR 148", "Latin alphabet No. 5", kSingleByteElements, CharSet::ISO_2022_IR_148},
+    {"ISO_IR 166", "Thai", kThaiElements, CharSet::ISO_2022_IR_166},
+    {"ISO 2022 IR 6", "Default Repertoire", "ISO 646 (G0)", CharSet::ISO_2022_IR_6},
+    {"ISO 2022 IR 13", "Japanese", kJisX0201Elements, CharSet::ISO_2022_IR_13},
+    {"ISO 2022 IR 100", "Latin alphabet No. 1", kSingleByteElements, CharSet::ISO_2022_IR_100},
+    {"ISO 2022 IR 101", "Latin alphabet No. 2", kSingleByteElements, CharSet::ISO_2022_IR_101},
+    {"ISO 2022 IR 109", "Latin alphabet No. 3", kSingleByteElements, CharSet::ISO_2022_IR_109},
+    {"ISO 2022 IR 110", "Latin alphabet No. 4", kSingleByteElements, CharSet::ISO_2022_IR_110},
+    {"ISO 2022 IR 126", "Greek", kSingleByteElements, CharSet::ISO_2022_IR_126},
+    {"ISO 2022 IR 127", "Arabic", kSingleByteElements, CharSet::ISO_2022_IR_127},
+    {"ISO 2022 IR 138", "Hebrew", kSingleByteElements, CharSet::ISO_2022_IR_138},
+    {"ISO 2022 IR 144", "Cyrillic", kSingleByteElements, CharSet::ISO_2022_IR_144},
+    {"ISO 2022 IR 148", "Latin alphabet No. 5", kSingleByteElements, CharSet::ISO_2022_IR_148},
+    {"ISO 2022 IR 166", "Thai", kThaiElements, CharSet::ISO_2022_IR_166},
+    {"ISO 2022 IR 87", "Japanese", "JIS X 0208: Kanji (G0)", CharSet::ISO_2022_IR_87},
+    {"ISO 2022 IR 149", "Korean", "KS X 1001: Hangul and Hanja (G1)", CharSet::ISO_2022_IR_149},
+    {"ISO 2022 IR 159", "Japanese", "JIS X 0212: Kanji Supplementary Set (G0)", CharSet::ISO_2022_IR_159},
+    {"ISO_IR 192", "Unicode in UTF-8", "ISO 10646 (UTF-8)", CharSet::ISO_IR_192},
+    {"GB18030", "GB18030", "GB18030", CharSet::GB18030},
 }};
 
 // Terms outside the standard's table that common writers use, read as the set that holds their
@@ -88,7 +89,11 @@ std::string CharSetDescription(CharSet::Enum value) {
 }
 
 bool IsIso2022CharSet(CharSet::Enum value) {
-    return value >= CharSet::ISO_2022_IR_6 && value <= CharSet::ISO_2022_IR_159;
+    return value < CharSet::Count && kCharSets[value].term.starts_with("ISO 2022 ");
+}
+
+CharSet::Enum Iso2022Counterpart(CharSet::Enum value) {
+    return value < CharSet::Count ? kCharSets[value].iso2022 : value;
 }
 
 }  // namespace Lumivale::DataModule

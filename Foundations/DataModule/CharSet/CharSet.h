@@ -58,4 +58,8 @@ std::string CharSetDescription(CharSet::Enum value);
 // True for the "ISO 2022 ..." terms, the ones that allow escape sequences inside a value.
 bool IsIso2022CharSet(CharSet::Enum value);
 
+// The ISO 2022 form of a single-valued term: "ISO_IR 100" behaves as "ISO 2022 IR 100" without
+// escape sequences, and the default repertoire as "ISO 2022 IR 6". Other values are their own.
+CharSet::Enum Iso2022Counterpart(CharSet::Enum value);
+
 }  // namespace Lumivale::DataModule

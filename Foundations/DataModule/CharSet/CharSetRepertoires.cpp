@@ -32,15 +32,6 @@ constexpr std::array<CodeElement, 16> kCodeElements = {{
     {CharSet::ISO_2022_IR_159, GraphicSet::G0, "EUC-JP", "\x8F", 2, 0xA1, 0xFE},
 }};
 
-// The ISO 2022 form of a single-valued term: "ISO_IR 100" behaves as "ISO 2022 IR 100" without
-// escape sequences, and the default repertoire as "ISO 2022 IR 6".
-CharSet::Enum Iso2022Counterpart(CharSet::Enum term) {
-    if (term >= CharSet::DefaultRepertoire && term <= CharSet::ISO_IR_166) {
-        return static_cast<CharSet::Enum>(term + (CharSet::ISO_2022_IR_6 - CharSet::DefaultRepertoire));
-    }
-    return term;
-}
-
 Repertoire RepertoireOf(CharSet::Enum term) {
     const CharSet::Enum iso2022 = Iso2022Counterpart(term);
     Repertoire repertoire{term};

@@ -3,38 +3,14 @@
 #include "Foundations/DataModule/Common/TextUtils.h"
 
 #include <algorithm>
-#include <array>
 
 namespace Lumivale::DataModule {
 
-namespace {
-
-// Positions 0 and 1 written for each --encoding choice, indexed by OutputEncoding::Enum.
-// Unknown in the first slot means "no value"; in the second, "no second position".
-struct EncodingCharSets {
-    CharSet::Enum first;
-    CharSet::Enum second;
-};
-
-constexpr std::array<EncodingCharSets, 8> kEncodingCharSets = {{
-    {CharSet::Unknown, CharSet::Unknown},                  // unknown
-    {CharSet::DefaultRepertoire, CharSet::Unknown},        // ascii
-    {CharSet::GB18030, CharSet::Unknown},                  // chinese
-    {CharSet::ISO_IR_138, CharSet::Unknown},               // hebrew
-    {CharSet::ISO_2022_IR_13, CharSet::ISO_2022_IR_87},    // japanese
-    {CharSet::DefaultRepertoire, CharSet::ISO_2022_IR_149},  // korean
-    {CharSet::ISO_IR_192, CharSet::Unknown},               // unicode
-    {CharSet::ISO_IR_100, CharSet::Unknown},               // western
-}};
-
-}  // namespace
-
 MultiCharSetDataType::MultiCharSetDataType(OutputEncoding::Enum encoding) {
-    if (encoding >= kEncodingCharSets.size()) return;
-    const EncodingCharSets& sets = kEncodingCharSets[encoding];
-    if (sets.first == CharSet::Unknown) return;
-    Set(0, sets.first);
-    if (sets.second != CharSet::Unknown) Set(1, sets.second);
+    const OutputEncodingRow* row = FindOutputEncodingRow(encoding);
+    if (row == nullptr) return;
+    Set(0, row->first);
+    if (row->second != CharSet::Unknown) Set(1, row->second);
 }
 
 MultiCharSetDataType MultiCharSetDataType::FromText(std::string_view text) {

@@ -1,7 +1,10 @@
 #pragma once
 // The tool's choice of output character set, named by the --encoding word.
 
+#include "Foundations/DataModule/CharSet/CharSet.h"
+
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace Lumivale::DataModule {
@@ -18,6 +21,24 @@ struct OutputEncoding {
         western = 7,
     };
 };
+
+// Everything the tool knows of one encoding; adding an encoding adds its enumeration value and its row.
+struct OutputEncodingRow {
+    OutputEncoding::Enum encoding;
+    std::string_view word;         // the --encoding word
+    std::string_view term;         // the Specific Character Set the tool writes, as a file holds it
+    std::string_view otherTerm;    // another spelling of it read as this encoding (the ISO 2022 form of a
+                                   // single-byte term, the single-valued Korean term); "" when none
+    std::string_view helpTerm;     // the term the option's help shows beside the word
+    CharSet::Enum first;           // the character set written at position 0
+    CharSet::Enum second;          // at position 1; Unknown when there is none
+};
+
+// The rows of the encodings, unknown excepted.
+std::span<const OutputEncodingRow> OutputEncodingRows();
+
+// The row of an encoding; null for unknown and values outside the enumeration.
+const OutputEncodingRow* FindOutputEncodingRow(OutputEncoding::Enum encoding);
 
 // Trim " \t\r\n", lower-case, and compare with the encoding words; any other word gives unknown.
 OutputEncoding::Enum OutputEncodingFromWord(std::string_view word);

@@ -1,6 +1,7 @@
 #include "Foundations/DataModule/metadata/DicomSourceRows.h"
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataAdapter.h"
+#include "Portability/Misc/DebugTrace.h"
 
 namespace Lumivale::DataModule {
 
@@ -9,7 +10,12 @@ bool ReadDicomSourceRows(const std::shared_ptr<const Portability::OpenFile>& fil
     // source's Specific Character Set, unreadable values left out with a trace line.
     DataAdapterModule::DicomFileReadOptions options;
     InstanceDataRow* instance = nullptr;
-    return DataAdapterModule::ReadDicomFileIntoRows(file, set, options, instance);
+    DataAdapterModule::DicomCodecModule::DicomReadResult read;
+    const bool rows = DataAdapterModule::ReadDicomFileIntoRows(file, set, options, instance, read);
+    if (!rows && read) {
+        LV_TRACE("Module MetadataReader", "%s", "The DICOM source holds no instance whose rows can be read");
+    }
+    return rows;
 }
 
 }  // namespace Lumivale::DataModule

@@ -124,6 +124,39 @@ TEST(OutputEncodingWords, TrimmedCaseInsensitiveWordsOnly) {
     for (const auto& [word, expected] : cases) EXPECT_EQ(OutputEncodingFromWord(word), expected) << word;
 }
 
+// Each row is self-consistent: its word and both spellings of its term find it, and the term the
+// tool writes reads back as the row's character sets.
+TEST(OutputEncodingRows, WordsTermsAndCharacterSetsAgree) {
+    for (const OutputEncodingRow& row : OutputEncodingRows()) {
+        SCOPED_TRACE(std::string(row.word));
+        EXPECT_EQ(FindOutputEncodingRow(row.encoding), &row);
+        EXPECT_EQ(OutputEncodingFromWord(row.word), row.encoding);
+        EXPECT_EQ(OutputEncodingFromTerm(row.term), row.encoding);
+        if (!row.otherTerm.empty()) {
+            EXPECT_EQ(OutputEncodingFromTerm(row.otherTerm), row.encoding);
+        }
+        const MultiCharSetDataType written(row.encoding);
+        EXPECT_EQ(MultiCharSetDataType::FromText(row.term), written);
+        EXPECT_EQ(written.Get(0), row.first);
+        EXPECT_EQ(written.Get(1), row.second);
+    }
+    EXPECT_EQ(FindOutputEncodingRow(OutputEncoding::unknown), nullptr);
+    EXPECT_EQ(MultiCharSetDataType(OutputEncoding::unknown).Count(), 0u);
+}
+
+TEST(CharSetTable, Iso2022Counterparts) {
+    const std::pair<CharSet::Enum, CharSet::Enum> cases[] = {
+        {CharSet::DefaultRepertoire, CharSet::ISO_2022_IR_6}, {CharSet::ISO_IR_13, CharSet::ISO_2022_IR_13},
+        {CharSet::ISO_IR_166, CharSet::ISO_2022_IR_166},      {CharSet::ISO_2022_IR_87, CharSet::ISO_2022_IR_87},
+        {CharSet::ISO_IR_192, CharSet::ISO_IR_192},           {CharSet::Unknown, CharSet::Unknown},
+    };
+    for (const auto& [term, counterpart] : cases) {
+        SCOPED_TRACE(CharSetDescription(term));
+        EXPECT_EQ(Iso2022Counterpart(term), counterpart);
+        EXPECT_EQ(IsIso2022CharSet(counterpart), counterpart != term || term == CharSet::ISO_2022_IR_87);
+    }
+}
+
 // JIS X 0212 is read and written through the Windows EUC-JP code page (20932), whose table under
 // wine lacks those rows; everywhere else the supplementary kanji must convert.
 bool LacksJisX0212() {

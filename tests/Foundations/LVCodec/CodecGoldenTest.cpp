@@ -70,8 +70,9 @@ TEST(CrashOnlyCodecGoldenTest, TruncatedFilesAreRefusedCleanly) {
 }
 
 TEST(CodecRegistryTest, EveryCodecIsFoundByItsIdAndOtherIdsGetTheDefault) {
-    for (const LVImageCodec* const* codec = ImageCodecRegistry(); *codec; ++codec)
-        EXPECT_EQ(&FindCodecById((*codec)->FormatId()), *codec) << (*codec)->Name();
+    for (const LVImageCodec* codec : ImageCodecRegistry()) {
+        EXPECT_EQ(&FindCodecById(codec->FormatId()), codec) << codec->Name();
+    }
     EXPECT_STREQ(FindCodecById(42).Name(), "Unknown");
     EXPECT_EQ(FindCodecById(42).Capabilities(), 0u);
 }

@@ -65,13 +65,43 @@ void DicomDataStream::ResetReadState() noexcept {
     result_ = {};
 }
 
-bool DicomDataStream::Fail(std::string description, std::uint64_t offset, std::uint16_t group, std::uint16_t element) {
-    if (result_) result_ = {std::move(description), offset, group, element};
+bool DicomDataStream::Fail(DicomReadStatus status, std::uint64_t offset, std::uint16_t group, std::uint16_t element) {
+    if (result_) result_ = {status, offset, group, element};
     return false;
 }
 
+std::string_view DicomReadStatusDescription(DicomReadStatus status) noexcept {
+    switch (status) {
+        case DicomReadStatus::Success: return "No error";
+        case DicomReadStatus::FileNotOpened: return "The file cannot be opened";
+        case DicomReadStatus::NotDicom:
+            return "Not a DICOM file: no \"DICM\" prefix, and the first group is neither 0002 nor 0008";
+        case DicomReadStatus::NotInflated: return "The deflated data set does not inflate";
+        case DicomReadStatus::TruncatedHeader: return "Truncated element header";
+        case DicomReadStatus::ValuePastEnd: return "Value runs past the end of the data";
+        case DicomReadStatus::LengthPastContainer: return "Length runs past its container";
+        case DicomReadStatus::CrossesContainerEnd: return "Element crosses the end of its item or sequence";
+        case DicomReadStatus::EndsInsideSequence: return "Data ends inside open sequences or items";
+        case DicomReadStatus::NestingTooDeep: return "Sequences nest deeper than the read allows";
+        case DicomReadStatus::TooMuchHeld: return "Values beyond what the read may hold in memory";
+        case DicomReadStatus::ValueUnreadable: return "Value cannot be read";
+        case DicomReadStatus::ElementRejected: return "Element not accepted by the data set";
+        case DicomReadStatus::DelimitationRejected: return "Delimitation not accepted";
+        case DicomReadStatus::SourceFailed: return "Reading stopped";
+        case DicomReadStatus::UnknownNotItems: return "UN value is not a run of items";
+        case DicomReadStatus::UnknownOutsideFile: return "UN value lies outside its file";
+        case DicomReadStatus::UnknownNotHeld: return "UN value of a deflated data set cannot be held";
+        case DicomReadStatus::UnknownUnreachable: return "UN value cannot be reached";
+    }
+    return "Unknown read status";
+}
+
+bool DicomReadResult::NotDicom() const noexcept {
+    return status == DicomReadStatus::FileNotOpened || status == DicomReadStatus::NotDicom;
+}
+
 std::string DicomReadResult::Text() const {
-    std::string text = description + " at offset " + std::to_string(offset);
+    std::string text = std::string(DicomReadStatusDescription(status)) + " at offset " + std::to_string(offset);
     if (group != 0 || element != 0) text += " in TAG(" + Hex4(group) + "," + Hex4(element) + ")";
     return text;
 }
@@ -136,16 +166,14 @@ bool DicomDataStream::ReadLength(DicomDataSetElement& record) {
 
 bool DicomDataStream::OpenNested(DicomDataSetElement& record) {
     if (++openNesting_ > 2 * options_.maxSequenceDepth) {
-        return Fail("Nesting deeper than " + std::to_string(options_.maxSequenceDepth) + " sequences",
-                    record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::NestingTooDeep, record.headerPosition, record.group, record.element);
     }
     if (record.valueLength == kUndefinedLength || !IsNesting(record.kind)) return true;
     const std::uint64_t rawEnd = Position() + record.valueLength;
     const std::uint64_t end = EvenLength(rawEnd);
     const std::uint64_t limit = pendingEnds_.empty() ? EvenLength(Size()) : pendingEnds_.back().offset;
     if (end > limit) {
-        return Fail("Length " + std::to_string(record.valueLength) + " runs past its container", record.headerPosition,
-                    record.group, record.element);
+        return Fail(DicomReadStatus::LengthPastContainer, record.headerPosition, record.group, record.element);
     }
     const std::size_t depth = pendingEnds_.size();
     pendingEnds_.push_back({end, rawEnd, record.kind == DicomElementKind::Sequence ? DicomElementKind::SequenceDelimitation
@@ -156,7 +184,7 @@ bool DicomDataStream::OpenNested(DicomDataSetElement& record) {
 bool DicomDataStream::KeepInFile(DicomDataSetElement& record) {
     const std::uint64_t length = record.valueLength;
     if (length > Size() - Position()) {
-        return Fail("Value runs past the end of the data", record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.group, record.element);
     }
     if (auto source = ValueSource()) {
         record.value.SetRegion(FileRegion{{std::move(source), Position(), length, ValueDeflatedFrom()},
@@ -171,7 +199,7 @@ bool DicomDataStream::SkipsGroup(std::uint16_t group) const noexcept {
 
 bool DicomDataStream::SkipValue(const DicomDataSetElement& record) {
     if (record.valueLength > Size() - Position() || !Skip(record.valueLength)) {
-        return Fail("Value runs past the end of the data", record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.group, record.element);
     }
     return true;
 }
@@ -179,8 +207,7 @@ bool DicomDataStream::SkipValue(const DicomDataSetElement& record) {
 bool DicomDataStream::Hold(std::uint64_t bytes, const DicomDataSetElement& record) {
     heldBytes_ += bytes;
     if (heldBytes_ <= options_.maxHeldBytes) return true;
-    return Fail("Values beyond " + std::to_string(options_.maxHeldBytes) + " bytes in memory", record.headerPosition,
-                record.group, record.element);
+    return Fail(DicomReadStatus::TooMuchHeld, record.headerPosition, record.group, record.element);
 }
 
 bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
@@ -199,9 +226,7 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
         return KeepInFile(record);
     }
     if (record.valueLength > Size() - Position()) {
-        return Fail("Value length " + std::to_string(record.valueLength) + " exceeds the " +
-                        std::to_string(Size() - Position()) + " bytes left",
-                    record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.group, record.element);
     }
     // An inflated data set is read once, forward: its short values are loaded now rather than
     // inflated again, however little keepInFileAbove asks to load.
@@ -216,7 +241,7 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
     // Whole units are put in host order; a trailing partial unit of a malformed value stays as read.
     const std::uint64_t whole = bytes.size() - bytes.size() % unit;
     if (!ReadUnits(bytes.data(), whole, unit) || !ReadRaw(bytes.data() + whole, bytes.size() - whole)) {
-        return Fail("Value cannot be read", record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::ValueUnreadable, record.headerPosition, record.group, record.element);
     }
     if (record.vr == ValueRepresentation::UI && bytes.back() == ' ') bytes.back() = 0;
     record.value.SetBytes(std::move(bytes));
@@ -227,7 +252,7 @@ bool DicomDataStream::ReadElement(DicomDataSetElement& record, bool& skipped) {
     record.Clear();
     skipped = skipping_;
     if (!ReadHeader(record) || !ReadLength(record)) {
-        Fail("Truncated element header", record.headerPosition);
+        Fail(DicomReadStatus::TruncatedHeader, record.headerPosition);
         record.Clear();
         return false;
     }
@@ -291,7 +316,7 @@ bool DicomDataStream::EmitPendingEnds(CallbackHandler& handler, DicomDataSetElem
         // An odd length closes at the next even offset: step over the pad byte when it is there.
         if (Position() < pendingEnds_.back().offset && !AtEnd() && !Skip(1)) return false;
         if (Position() > pendingEnds_.back().offset) {
-            return Fail("Element crosses the end of its item or sequence", Position());
+            return Fail(DicomReadStatus::CrossesContainerEnd, Position());
         }
         record.Clear();
         record.kind = pendingEnds_.back().kind;
@@ -302,7 +327,9 @@ bool DicomDataStream::EmitPendingEnds(CallbackHandler& handler, DicomDataSetElem
         pendingEnds_.pop_back();
         const bool skipped = skipping_;
         TrackDelimitation(record);
-        if (!skipped && !handler.ElementRead(record)) return Fail("Delimitation not accepted", record.headerPosition);
+        if (!skipped && !handler.ElementRead(record)) {
+            return Fail(DicomReadStatus::DelimitationRejected, record.headerPosition);
+        }
     }
     return true;
 }
@@ -314,7 +341,7 @@ bool DicomDataStream::ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std
         if (AtEnd()) {
             // A sequence or item still open means the file was cut short, not a complete data set.
             if (openNesting_ == 0) return true;
-            return Fail("Data ends inside " + std::to_string(openNesting_) + " open sequences or items", Position());
+            return Fail(DicomReadStatus::EndsInsideSequence, Position());
         }
         if (metaGroupOnly && pendingEnds_.empty()) {
             std::uint16_t group = 0;
@@ -325,7 +352,7 @@ bool DicomDataStream::ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std
         if (skipped) continue;
         if (transferSyntax && record.TagNumber() == kTransferSyntaxTag) record.value.Load(*transferSyntax);
         if (!handler.ElementRead(record)) {
-            return Fail("Element not accepted by the data set", record.headerPosition, record.group, record.element);
+            return Fail(DicomReadStatus::ElementRejected, record.headerPosition, record.group, record.element);
         }
     }
 }

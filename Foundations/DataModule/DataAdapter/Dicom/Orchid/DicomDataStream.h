@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"
@@ -37,15 +38,44 @@ struct DicomReadOptions {
 // regions of the deflated file, inflated again when wanted.
 inline constexpr std::uint64_t kInflatedLoadAtMost = 64 * 1024;
 
+// Why a read failed, or that it did not.
+enum class DicomReadStatus : std::uint8_t {
+    Success,
+    FileNotOpened,         // the file could not be opened
+    NotDicom,              // no "DICM" prefix, and the first group is neither the meta group nor 0008
+    NotInflated,           // the deflated data set does not inflate
+    TruncatedHeader,       // the data end inside an element header
+    ValuePastEnd,          // a value runs past the end of the data
+    LengthPastContainer,   // a sequence or item is longer than what holds it
+    CrossesContainerEnd,   // an element runs across the end of its item or sequence
+    EndsInsideSequence,    // the data end while sequences or items are open
+    NestingTooDeep,        // sequences nest deeper than the read allows
+    TooMuchHeld,           // the values read would hold more memory than the read allows
+    ValueUnreadable,       // the source failed while a value was read
+    ElementRejected,       // the data set refused an element (an item outside a sequence, for one)
+    DelimitationRejected,  // the data set refused the end of a sequence or item of defined length
+    SourceFailed,          // the source stopped without a reason of its own
+    UnknownNotItems,       // a UN value does not hold a run of items
+    UnknownOutsideFile,    // a UN value kept in its file lies beyond the file's end
+    UnknownNotHeld,        // a UN value of a deflated data set is too long to be loaded
+    UnknownUnreachable,    // the file of a UN value cannot be read
+};
+
+// The status's description, one sentence without a final period ("Value runs past the end of the data").
+std::string_view DicomReadStatusDescription(DicomReadStatus status) noexcept;
+
 // How a read ended: on failure, why and where, for the layer that reports it (as an XML parser's
 // result carries its status and offset). Only the first failure of a read is kept.
 struct DicomReadResult {
-    std::string description;               // empty when the read succeeded
+    DicomReadStatus status = DicomReadStatus::Success;
     std::uint64_t offset = 0;              // stream offset of the element (or position) concerned
     std::uint16_t group = 0, element = 0;  // the element's tag; both 0 when none was concerned
 
-    explicit operator bool() const noexcept { return description.empty(); }
-    // "description at offset N" and, when a tag is known, " in TAG(gggg,eeee)".
+    explicit operator bool() const noexcept { return status == DicomReadStatus::Success; }
+    // True when the source is no DICOM data at all (or could not be opened), rather than DICOM
+    // data damaged at offset.
+    bool NotDicom() const noexcept;
+    // The status's description, " at offset N" and, when a tag is known, " in TAG(gggg,eeee)".
     std::string Text() const;
 };
 
@@ -116,7 +146,7 @@ public:
     // How the reads so far went: the first failure, or success.
     const DicomReadResult& ReadResult() const noexcept { return result_; }
     // Record a failure of reading (the first one wins) and return false.
-    bool Fail(std::string description, std::uint64_t offset, std::uint16_t group = 0, std::uint16_t element = 0);
+    bool Fail(DicomReadStatus status, std::uint64_t offset, std::uint16_t group = 0, std::uint16_t element = 0);
 
 private:
     struct PendingEnd {

@@ -225,7 +225,8 @@ bool ReadInstanceDataSet(const dcm::DicomDataSet& dataSet, PatientDataSet& set, 
 }
 
 bool ReadDicomFileIntoRows(const std::shared_ptr<const Portability::OpenFile>& file, PatientDataSet& set,
-                           const DicomFileReadOptions& options, InstanceDataRow*& instance) {
+                           const DicomFileReadOptions& options, InstanceDataRow*& instance,
+                           dcm::DicomReadResult& read) {
     instance = nullptr;
     dcm::DicomDataSet dataSet;
     dcm::DicomReadOptions readOptions;
@@ -234,9 +235,10 @@ bool ReadDicomFileIntoRows(const std::shared_ptr<const Portability::OpenFile>& f
     readOptions.keepInFileAbove = options.unwantedCustomDataKeys.empty() ? options.keepInFileAbove : 0;
     // No row holds private data other than the custom data block: the rest is skipped unread.
     readOptions.onlyPrivateGroup = dcm::TagGroup(TagNumber(Tag::Orchid_PrivateCreatorID));
-    if (const dcm::DicomReadResult read = dcm::ReadDicomFile(file, dataSet, readOptions); !read) {
-        LV_TRACE(kModule, "%s cannot be read as a DICOM file: %s", file ? file->Path().c_str() : "(no file)",
-                 read.Text().c_str());
+    read = dcm::ReadDicomFile(file, dataSet, readOptions);
+    if (!read) {
+        LV_TRACE(kModule, "%s %s: %s", file ? file->Path().c_str() : "(no file)",
+                 read.NotDicom() ? "is not a DICOM file" : "is a damaged DICOM file", read.Text().c_str());
         return false;
     }
     return ReadInstanceDataSet(dataSet, set, options, instance);
@@ -277,7 +279,8 @@ bool DicomFileDataAdapter::Read(const std::filesystem::path& path, PatientDataSe
         LV_TRACE(kModule, "%s cannot be opened", name.c_str());
         return false;
     }
-    return ReadDicomFileIntoRows(file, set, options, instance);
+    dcm::DicomReadResult read;
+    return ReadDicomFileIntoRows(file, set, options, instance, read);
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

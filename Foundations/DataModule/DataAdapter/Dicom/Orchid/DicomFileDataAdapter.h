@@ -51,8 +51,11 @@ bool BuildInstanceDataSet(const PatientDataSet& set, InstanceDataRow& instance, 
 bool ReadInstanceDataSet(const DicomCodecModule::DicomDataSet& dataSet, PatientDataSet& set,
                          const DicomFileReadOptions& options, InstanceDataRow*& instance);
 
-// Read a DICOM file into a new chain of rows (the metadata reader's entry): as Read.
+// Read a DICOM file into a new chain of rows (the metadata reader's entry): as Read. read says how
+// the file's read ended: a failure of it tells a file that is no DICOM data from one damaged at an
+// offset; it is a success when the file was read but its rows were not.
 bool ReadDicomFileIntoRows(const std::shared_ptr<const Portability::OpenFile>& file, PatientDataSet& set,
-                           const DicomFileReadOptions& options, InstanceDataRow*& instance);
+                           const DicomFileReadOptions& options, InstanceDataRow*& instance,
+                           DicomCodecModule::DicomReadResult& read);
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

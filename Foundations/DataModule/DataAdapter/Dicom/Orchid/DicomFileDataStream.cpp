@@ -188,7 +188,7 @@ DicomReadResult ReadDicomFile(const std::filesystem::path& path, DicomDataSet& d
     std::shared_ptr<const Portability::OpenFile> file = Portability::OpenFile::Open(Portability::Utf8FromPath(path));
     if (!file) {
         dataSet = DicomDataSet();
-        return {"The file cannot be opened"};
+        return {DicomReadStatus::FileNotOpened};
     }
     return ReadDicomFile(std::move(file), dataSet, options);
 }
@@ -196,14 +196,15 @@ DicomReadResult ReadDicomFile(const std::filesystem::path& path, DicomDataSet& d
 DicomReadResult ReadDicomFile(std::shared_ptr<const Portability::OpenFile> file, DicomDataSet& dataSet,
                               const DicomReadOptions& options) {
     dataSet = DicomDataSet();
-    if (!file) return {"The file cannot be opened"};
+    if (!file) return {DicomReadStatus::FileNotOpened};
     DicomFileDataStream stream;
     stream.SetReadOptions(options);
     DicomDataSetFillCallback fill(dataSet);
     stream.OpenForReading(std::move(file));
     if (ReadFileContent(stream, fill)) return {};
     DicomReadResult result = stream.ReadResult();
-    if (result) result = {"Reading stopped", stream.Position()};  // a source failure with no reason of its own
+    // A source that failed gave no reason of its own.
+    if (result) result = {DicomReadStatus::SourceFailed, stream.Position()};
     return result;
 }
 

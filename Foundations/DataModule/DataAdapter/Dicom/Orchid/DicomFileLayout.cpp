@@ -84,7 +84,8 @@ bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& h
     stream.ResetReadState();
     stream.SetEncoding(StreamEncoding::ImplicitLittleEndian);
     std::uint16_t firstGroup = 0;
-    if (!stream.SetPosition(0) || !stream.PeekGroup(firstGroup)) return false;
+    // Data too short to hold a group number are no DICOM data.
+    if (!stream.SetPosition(0) || !stream.PeekGroup(firstGroup)) return stream.Fail(DicomReadStatus::NotDicom, 0);
     if (HasPrefix(stream)) {
         stream.SetEncoding(StreamEncoding::ExplicitLittleEndian);
         std::vector<std::uint8_t> transferSyntax;
@@ -93,10 +94,11 @@ bool ReadFileHeader(DicomDataStream& stream, DicomDataStream::CallbackHandler& h
         stream.SetEncoding(transferSyntax.empty() ? StreamEncoding::ExplicitLittleEndian : EncodingOfTransferSyntax(uid));
         if (!IsDeflatedTransferSyntax(uid)) return true;
         // The data set is deflated explicit VR little endian: read on from its inflation.
-        return stream.InflateRemainder();
+        return stream.InflateRemainder() || stream.Fail(DicomReadStatus::NotInflated, stream.Position());
     }
     if (firstGroup != kMetaGroup && firstGroup != kFirstDataSetGroup) {
-        return stream.Fail("Not a DICOM file: no \"DICM\" prefix and first group " + Portability::TraceFormat("%04X", firstGroup), 0);
+        LV_TRACE(kModule, "No \"DICM\" prefix and first group %04X", firstGroup);
+        return stream.Fail(DicomReadStatus::NotDicom, 0);
     }
     const bool isExplicit = firstGroup == kMetaGroup || StartsWithExplicitVR(stream);
     stream.SetEncoding(isExplicit ? StreamEncoding::ExplicitLittleEndian : StreamEncoding::ImplicitLittleEndian);

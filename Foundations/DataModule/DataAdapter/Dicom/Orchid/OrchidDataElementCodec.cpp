@@ -60,8 +60,8 @@ std::string JoinDecimal(std::span<const double> values) {
 }  // namespace
 
 void OrchidDataElementCodec::Replace(std::vector<std::uint8_t> bytes) {
-    if (bytes.size() % 2 != 0 && VRPadsToEven(element_->vr)) bytes.push_back(VRPadByte(element_->vr));
-    element_->SetValue(std::move(bytes));
+    if (bytes.size() % 2 != 0 && VRPadsToEven(target_->vr)) bytes.push_back(VRPadByte(target_->vr));
+    target_->SetValue(std::move(bytes));
 }
 
 bool OrchidDataElementCodec::AcceptsMultiValuedNumbers() const noexcept {
@@ -69,7 +69,7 @@ bool OrchidDataElementCodec::AcceptsMultiValuedNumbers() const noexcept {
 }
 
 bool OrchidDataElementCodec::StoreCharacters(std::string_view bytes) {
-    if (!element_) return false;
+    if (!target_) return false;
     Replace(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
     return true;
 }
@@ -83,7 +83,7 @@ bool OrchidDataElementCodec::FetchCharacters(std::string& bytes) const {
 }
 
 bool OrchidDataElementCodec::StoreText(std::u16string_view text, const MultiCharSetDataType& charset) {
-    if (!element_) return false;
+    if (!target_) return false;
     if (!VRCharacterSetApplies(element_->vr)) {
         std::string ascii(text.begin(), text.end());
         return StoreCharacters(ascii);
@@ -137,7 +137,7 @@ bool OrchidDataElementCodec::FetchTexts(std::vector<std::string>& values) const 
 }
 
 bool OrchidDataElementCodec::StoreIntegers(std::span<const std::int64_t> values) {
-    if (!element_ || !AcceptsMultiValuedNumbers()) return false;
+    if (!target_ || !AcceptsMultiValuedNumbers()) return false;
     std::vector<std::uint8_t> bytes;
     switch (element_->vr) {
         case VR::IS: {
@@ -181,7 +181,7 @@ bool OrchidDataElementCodec::FetchIntegers(std::vector<std::int64_t>& values) co
 }
 
 bool OrchidDataElementCodec::StoreDoubles(std::span<const double> values) {
-    if (!element_ || !AcceptsMultiValuedNumbers()) return false;
+    if (!target_ || !AcceptsMultiValuedNumbers()) return false;
     std::vector<std::uint8_t> bytes;
     switch (element_->vr) {
         case VR::DS: return StoreCharacters(JoinDecimal(values));
@@ -218,7 +218,7 @@ bool OrchidDataElementCodec::StoreUID(std::string_view uid) { return StoreCharac
 bool OrchidDataElementCodec::FetchUID(std::string& uid) const { return FetchCharacters(uid); }
 
 bool OrchidDataElementCodec::StoreBinary(std::span<const std::uint8_t> bytes) {
-    if (!element_) return false;
+    if (!target_) return false;
     Replace(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
     return true;
 }

@@ -10,7 +10,9 @@ namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 class OrchidDataElementCodec : public DicomDataElementCodec {
 public:
     // Work on element, which must outlive the codec.
-    explicit OrchidDataElementCodec(DicomDataSetElement* element) noexcept : element_(element) {}
+    explicit OrchidDataElementCodec(DicomDataSetElement* element) noexcept : element_(element), target_(element) {}
+    // Fetch from element, which must outlive the codec; every store does nothing and returns false.
+    explicit OrchidDataElementCodec(const DicomDataSetElement* element) noexcept : element_(element) {}
 
     bool StoreCharacters(std::string_view bytes) override;
     bool FetchCharacters(std::string& bytes) const override;
@@ -31,7 +33,8 @@ private:
     bool AcceptsMultiValuedNumbers() const noexcept;
     void Replace(std::vector<std::uint8_t> bytes);
 
-    DicomDataSetElement* element_;
+    const DicomDataSetElement* element_;  // fetched from
+    DicomDataSetElement* target_ = nullptr;  // stored into: the same element, or null when read-only
 };
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

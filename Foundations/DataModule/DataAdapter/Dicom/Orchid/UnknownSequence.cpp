@@ -64,7 +64,7 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadItems(DicomDataStream& stream, 
     edge.group = kItemGroup;
     edge.element = kSequenceDelimitationElement;
     if (!read || !fill.ElementRead(edge)) {
-        result = stream.ReadResult() ? DicomReadResult{"UN value is not a run of items", element.valuePosition,
+        result = stream.ReadResult() ? DicomReadResult{DicomReadStatus::UnknownNotItems, element.valuePosition,
                                                        element.group, element.element}
                                      : stream.ReadResult();
         LV_TRACE("Module DicomDataStream", "%s", result.Text().c_str());
@@ -85,14 +85,14 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadValueAsSequence(const DicomData
     result = {};
     if (const FileRegion* region = element.value.Region()) {
         if (!region->IsInsideFile()) {
-            result = {"UN value lies outside its file", element.valuePosition, element.group, element.element};
+            result = {DicomReadStatus::UnknownOutsideFile, element.valuePosition, element.group, element.element};
             return nullptr;
         }
         if (region->deflatedFrom) {
             // Its bytes exist only inflated: loaded whole, within what a read may hold.
             std::vector<std::uint8_t> bytes;
             if (region->length > options.maxHeldBytes || !LoadRegion(*region, bytes)) {
-                result = {"UN value of a deflated data set cannot be held", element.valuePosition, element.group,
+                result = {DicomReadStatus::UnknownNotHeld, element.valuePosition, element.group,
                           element.element};
                 LV_TRACE("Module DicomDataStream", "%s", result.Text().c_str());
                 return nullptr;
@@ -102,7 +102,7 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadValueAsSequence(const DicomData
         }
         WindowDataStream stream(region->file, region->offset, region->offset + region->length);
         if (!stream.Opened()) {
-            result = {"UN value cannot be reached", region->offset, element.group, element.element};
+            result = {DicomReadStatus::UnknownUnreachable, region->offset, element.group, element.element};
             return nullptr;
         }
         return ReadItems(stream, element, options, result);

@@ -90,7 +90,7 @@ bool FindOurBlock(const dcm::DicomDataSet& dataSet, std::uint16_t& block) {
     for (std::uint16_t candidate = 0x10; candidate <= 0xFF; ++candidate) {
         const auto* creator = dataSet.Find(dcm::MakeTagNumber(kPrivateGroup, candidate));
         std::string name;
-        if (creator && dcm::OrchidDataElementCodec(const_cast<dcm::DicomDataSetElement*>(creator)).FetchCharacters(name) &&
+        if (creator && dcm::OrchidDataElementCodec(creator).FetchCharacters(name) &&
             (name == dcm::kPrivateCreator || name == kLegacyCreator)) {
             block = candidate;
             return true;
@@ -119,7 +119,7 @@ bool ReadItem(const dcm::DicomDataSet& item, std::uint16_t block, const CustomDa
               CustomDataStore& store, bool& ended) {
     const auto* keyElement = item.Find(PrivateTag(block, kKeyOffset));
     std::string key;
-    if (!keyElement || !dcm::OrchidDataElementCodec(const_cast<dcm::DicomDataSetElement*>(keyElement)).FetchCharacters(key) ||
+    if (!keyElement || !dcm::OrchidDataElementCodec(keyElement).FetchCharacters(key) ||
         key.empty()) {
         ended = true;
         return true;

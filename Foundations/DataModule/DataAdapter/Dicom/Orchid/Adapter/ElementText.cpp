@@ -138,7 +138,7 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedLongElement(std::uint32_t 
 
 bool FetchElementText(const dcm::DicomDataSetElement& element, const MultiCharSetDataType& charset, std::string& utf8) {
     utf8.clear();
-    dcm::OrchidDataElementCodec codec(const_cast<dcm::DicomDataSetElement*>(&element));  // fetches do not modify
+    const dcm::OrchidDataElementCodec codec(&element);
     if (IsBinaryNumberVR(element.vr)) {
         std::vector<std::uint8_t> bytes;
         return element.value.Load(bytes) && DecodeNumbers(element.vr, bytes, utf8);

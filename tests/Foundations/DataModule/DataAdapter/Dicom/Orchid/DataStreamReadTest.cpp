@@ -80,58 +80,81 @@ TEST(DataStreamRead, EncapsulatedPixelDataIsPositionedNotLoaded) {
 
 // The toolkit suite reads real files of every layout; here what must be refused or read without a preamble.
 TEST(DataStreamRead, FileLayouts) {
+    using enum DicomReadStatus;
     const Bytes meta = Element(kExplicit, 0x0002, 0x0010, "UI", Text(std::string("1.2.840.10008.1.2.2\0", 20)));
-    const struct Case { const char* id; Bytes file; bool ok; std::size_t count; } cases[] = {
-        {"meta group first without preamble", Cat({meta}), true, 1},
-        {"other first group", Element(kImplicit, 0x0010, 0x0010, "PN", "DOE^"), false, 0},
-        {"empty", Bytes{}, false, 0},
+    const struct Case { const char* id; Bytes file; DicomReadStatus status; std::size_t count; } cases[] = {
+        {"meta group first without preamble", Cat({meta}), Success, 1},
+        {"other first group", Element(kImplicit, 0x0010, 0x0010, "PN", "DOE^"), NotDicom, 0},
+        {"empty", Bytes{}, NotDicom, 0},
+        {"one byte", Bytes{0x08}, NotDicom, 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);
         DicomMemoryDataStream stream(c.file);
         DicomDataSet dataSet;
         DicomDataSetFillCallback fill(dataSet);
-        EXPECT_EQ(ReadFileContent(stream, fill), c.ok);
+        EXPECT_EQ(ReadFileContent(stream, fill), c.status == Success);
+        EXPECT_EQ(stream.ReadResult().status, c.status);
+        EXPECT_EQ(stream.ReadResult().NotDicom(), c.status == NotDicom);
         EXPECT_EQ(dataSet.Count(), c.count);
     }
 }
 
 TEST(DataStreamRead, HostileInputFailsCleanly) {
+    using enum DicomReadStatus;
     Bytes deep;
     for (int i = 0; i < 200; ++i) {
         deep = Cat({deep, Header(kExplicit, 0x0008, 0x1032, "SQ", kUndefined), Item(kExplicit, kUndefined)});
     }
-    // Each failure says what went wrong, where, and in which element, for the layer that reports it.
-    const struct Case { const char* id; Bytes bytes; const char* failure; } cases[] = {
-        {"truncated header", Bytes{0x10, 0x00, 0x10}, "Truncated element header at offset 0"},
-        {"truncated length", Cat({TagBytes(kExplicit, 0x0010, 0x0010), Text("PN"), Bytes{4}}),
-         "Truncated element header at offset 0"},
-        {"value longer than the file", Cat({Header(kExplicit, 0x0010, 0x0010, "LO", 0xFFF0), Text("AB")}),
-         "Value length 65520 exceeds the 2 bytes left at offset 0 in TAG(0010,0010)"},
-        {"huge OB length", Cat({Header(kExplicit, 0x0009, 0x1107, "OB", 0xFFFFFFF0), Text("AB")}),
-         "Value length 4294967280 exceeds the 2 bytes left at offset 0 in TAG(0009,1107)"},
+    // Each failure says what went wrong, where, and in which element (0,0: none), for the layer that reports it.
+    const struct Case {
+        const char* id;
+        Bytes bytes;
+        DicomReadStatus status;
+        std::uint64_t offset;
+        std::uint16_t group, element;
+    } cases[] = {
+        {"truncated header", Bytes{0x10, 0x00, 0x10}, TruncatedHeader, 0, 0, 0},
+        {"truncated length", Cat({TagBytes(kExplicit, 0x0010, 0x0010), Text("PN"), Bytes{4}}), TruncatedHeader, 0, 0,
+         0},
+        {"value longer than the file", Cat({Header(kExplicit, 0x0010, 0x0010, "LO", 0xFFF0), Text("AB")}), ValuePastEnd,
+         0, 0x0010, 0x0010},
+        {"huge OB length", Cat({Header(kExplicit, 0x0009, 0x1107, "OB", 0xFFFFFFF0), Text("AB")}), ValuePastEnd, 0,
+         0x0009, 0x1107},
         {"sequence past the end", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", 64), Item(kExplicit, 0)}),
-         "Length 64 runs past its container at offset 0 in TAG(0008,1032)"},
+         LengthPastContainer, 0, 0x0008, 0x1032},
         {"item past its sequence", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", 8), Item(kExplicit, 10),
                                         Element(kExplicit, 0x0010, 0x0010, "PN", "AB")}),
-         "Length 10 runs past its container at offset 12 in TAG(FFFE,E000)"},
+         LengthPastContainer, 12, 0xFFFE, 0xE000},
         {"element crosses its item end", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", kUndefined), Item(kExplicit, 4),
                                               Element(kExplicit, 0x0010, 0x0010, "PN", "ABCD")}),
-         "Element crosses the end of its item or sequence at offset 32"},
-        {"too deep", deep, "Nesting deeper than 64 sequences at offset 1280 in TAG(0008,1032)"},
-        {"stray item delimitation", ItemEnd(kExplicit),
-         "Element not accepted by the data set at offset 0 in TAG(FFFE,E00D)"},
-        {"item outside a sequence", Cat({Item(kExplicit, kUndefined), ItemEnd(kExplicit)}),
-         "Element not accepted by the data set at offset 0 in TAG(FFFE,E000)"},
+         CrossesContainerEnd, 32, 0, 0},
+        {"open sequence at the end", Cat({Header(kExplicit, 0x0008, 0x1032, "SQ", kUndefined), Item(kExplicit, 0)}),
+         EndsInsideSequence, 20, 0, 0},
+        {"too deep", deep, NestingTooDeep, 1280, 0x0008, 0x1032},
+        {"stray item delimitation", ItemEnd(kExplicit), ElementRejected, 0, 0xFFFE, 0xE00D},
+        {"item outside a sequence", Cat({Item(kExplicit, kUndefined), ItemEnd(kExplicit)}), ElementRejected, 0, 0xFFFE,
+         0xE000},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.id);
         DicomMemoryDataStream stream(c.bytes);
         DicomDataSet dataSet;
         EXPECT_FALSE(ReadInto(stream, kExplicit, dataSet));
-        EXPECT_FALSE(stream.ReadResult());
-        EXPECT_EQ(stream.ReadResult().Text(), c.failure);
+        const DicomReadResult& result = stream.ReadResult();
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_FALSE(result.NotDicom());
+        EXPECT_EQ(result.offset, c.offset);
+        EXPECT_EQ(result.group, c.group);
+        EXPECT_EQ(result.element, c.element);
     }
+}
+
+// The text is derived from the status, with the offset and, when there is one, the tag.
+TEST(DataStreamRead, ResultTextNamesStatusOffsetAndTag) {
+    EXPECT_EQ((DicomReadResult{DicomReadStatus::ValuePastEnd, 118, 0x0010, 0x4000}).Text(),
+              "Value runs past the end of the data at offset 118 in TAG(0010,4000)");
+    EXPECT_EQ((DicomReadResult{DicomReadStatus::TruncatedHeader, 7}).Text(), "Truncated element header at offset 7");
 }
 
 TEST(DataStreamRead, OtherPrivateGroupsAreSkippedUnreported) {
@@ -169,7 +192,9 @@ TEST(DataStreamRead, HeldBytesAreBounded) {
     stream.SetReadOptions({.maxHeldBytes = 2 * 256 + 100 + 2});
     DicomDataSet dataSet;
     EXPECT_FALSE(ReadInto(stream, kExplicit, dataSet));
-    EXPECT_EQ(stream.ReadResult().Text(), "Values beyond 614 bytes in memory at offset 118 in TAG(0010,4000)");
+    EXPECT_EQ(stream.ReadResult().status, DicomReadStatus::TooMuchHeld);
+    EXPECT_EQ(stream.ReadResult().offset, 118u);
+    EXPECT_EQ(stream.ReadResult().element, 0x4000);
 }
 
 // Every VR the standard defines apart from SQ, whose items have their own tests.

@@ -112,10 +112,18 @@ TEST(ElementCodec, FetchReadsWhatWasStored) {
     ASSERT_TRUE(spacingCodec.FetchDoubles(doubles));
     EXPECT_EQ(doubles, (std::vector<double>{0.125, -4}));
 
-    OrchidDataElementCodec absent(nullptr);
+    OrchidDataElementCodec absent(static_cast<DicomDataSetElement*>(nullptr));
     std::string text;
     EXPECT_FALSE(absent.StoreCharacters("X"));
     EXPECT_FALSE(absent.FetchCharacters(text));
+
+    // Over a const element the codec fetches and never stores.
+    const DicomDataSetElement& readOnly = zones;
+    OrchidDataElementCodec reader(&readOnly);
+    EXPECT_FALSE(reader.StoreIntegers(values));
+    EXPECT_FALSE(reader.StoreCharacters("X"));
+    ASSERT_TRUE(reader.FetchIntegers(integers));
+    EXPECT_EQ(integers, (std::vector<std::int64_t>{-2, 300}));
 }
 
 }  // namespace
