@@ -68,6 +68,10 @@ public:
     // while the next piece is being copied; false, with the digest in no defined state, when the
     // source ends early or any step fails.
     bool CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256* digest = nullptr);
+    // Overwrite size bytes already appended, from offset on (a value reserved earlier and known only
+    // now); call it after the last append. False when the range goes beyond the bytes appended or
+    // the write fails.
+    bool WriteAt(std::uint64_t offset, const void* data, std::size_t size);
     // Flush, close and give the file the target's name; false when any step fails (see failure()).
     bool Commit();
 
