@@ -15,6 +15,7 @@ metadata=$here/examples/metadata.xml
 work=$(mktemp -d "$scratch/dicapsule-split-XXXXXX")
 mounted=()
 cleanup() {
+    cd /
     for m in "${mounted[@]}"; do umount "$m" 2>/dev/null || true; done
     rm -rf "$work"
 }
@@ -26,9 +27,10 @@ measure() {
     local report
     for _ in 1 2; do
         eval "$prepare"
-        report=$( { /usr/bin/time -f "%e %M" "$@" >/dev/null 2>/dev/null; } 2>&1 | tail -1)
+        /usr/bin/time -o "$work/time" -f "%e %M" "$@" >/dev/null 2>&1
     done
-    printf '| %s | %s | %s | %.1f |\n' "$fs" "$label" "${report% *}" "$(echo "${report#* } / 1024" | bc -l)"
+    read -r seconds kib < "$work/time"
+    printf '| %s | %s | %s | %s |\n' "$fs" "$label" "$seconds" "$((kib / 1024))"
 }
 
 echo "| file system | command | seconds | peak RSS MiB |"
@@ -53,7 +55,7 @@ for fs in xfs ext4; do
     measure "pack (two parts, digests)" "$tool" pack -i payload.bin -m "$metadata" -o out.dcm
     prepare="rm -f out.dcm out.2.dcm"
     measure "pack --no-digest" "$tool" pack -i payload.bin -m "$metadata" -o out.dcm --no-digest
-    "$tool" pack -i payload.bin -m "$metadata" -o out.dcm
+    "$tool" pack -i payload.bin -m "$metadata" -o out.dcm -f
     prepare="rm -f back.bin"
     measure "unpack (digests checked)" "$tool" unpack -i out.2.dcm -o back.bin
     prepare="rm -f back.bin"

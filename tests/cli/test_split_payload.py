@@ -46,6 +46,7 @@ def xfs(tmp_path_factory, tool):
         yield Tool(tool, mount)
     finally:
         subprocess.run(["umount", str(mount)], check=False)
+        image.unlink()
 
 
 @pytest.fixture(scope="module")
