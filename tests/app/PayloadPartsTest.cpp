@@ -97,4 +97,42 @@ TEST(CheckPartSet, WholeMissingDuplicatedOrInconsistent) {
     }
 }
 
+// The facts a part stores, read back; malformed ones are refused rather than trusted.
+TEST(ExtractPayload, PartFacts) {
+    const struct {
+        const char* id;
+        const char* index;
+        const char* count;
+        const char* offset;
+        PayloadReadResult result;
+    } cases[] = {
+        {"valid", "2", "3", "4278124544", PayloadReadResult::success},
+        {"index 0", "0", "3", "0", PayloadReadResult::bad_part},
+        {"index beyond the count", "4", "3", "0", PayloadReadResult::bad_part},
+        {"signed", "+2", "3", "0", PayloadReadResult::bad_part},
+        {"blank", "2 ", "3", "0", PayloadReadResult::bad_part},
+        {"beyond 32 bits", "2", "4294967296", "0", PayloadReadResult::bad_part},
+        {"beyond 64 bits", "2", "3", "18446744073709551616", PayloadReadResult::bad_part},
+        {"empty", "2", "", "0", PayloadReadResult::bad_part},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.id);
+        Lumivale::DataModule::CustomDataStore store;
+        store_payload(store, Lumivale::DataModule::ByteBuffer::CopyOf(std::vector<std::uint8_t>{1, 2}), "a.bin", "pack",
+                      {}, false, PartFacts{2, 3, 4278124544, 9000000000, "", "1.2.3"});
+        store.SetText(std::string(kPartIndexKey), c.index);
+        store.SetText(std::string(kPartCountKey), c.count);
+        store.SetText(std::string(kPartOffsetKey), c.offset);
+        store.SetText(std::string(kTotalSha256Key), std::string(64, 'a'));
+        PayloadFacts facts;
+        EXPECT_EQ(ExtractPayload(store, false, facts), c.result);
+        if (c.result != PayloadReadResult::success) continue;
+        ASSERT_TRUE(facts.part.has_value());
+        EXPECT_EQ((std::vector<std::uint64_t>{facts.part->index, facts.part->count, facts.part->offset, facts.part->total_size}),
+                  (std::vector<std::uint64_t>{2, 3, 4278124544, 9000000000}));
+        EXPECT_EQ(facts.part->total_sha256, std::string(64, 'a'));
+        EXPECT_EQ(facts.part->set_uid, "1.2.3");
+    }
+}
+
 }  // namespace
