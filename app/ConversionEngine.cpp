@@ -154,9 +154,10 @@ ConversionResult AttachThumbnail(const ConversionRequest& request, dm::InstanceD
 
 }  // namespace
 
-ConversionResult convert(const ConversionRequest& request) {
-    dm::PatientDataSet set;
-    dm::MetadataRows rows{};
+namespace {
+
+// The rows of the instance the request describes, complete and ready to be written.
+ConversionResult BuildRows(const ConversionRequest& request, dm::PatientDataSet& set, dm::MetadataRows& rows) {
     const dm::SOPClass::Enum instanceClass = request.document ? request.document->sop_class : dm::SOPClass::RawData;
     if (!dm::LoadMetadata(set, request.metadata, dm::RunTimeStamp(), instanceClass, rows)) {
         return ConversionResult::metadata_unusable;
@@ -188,7 +189,7 @@ ConversionResult convert(const ConversionRequest& request) {
         if (documentClass->is_model) CompleteModelEquipment(request, *rows.equipment);
     } else {
         store_payload(raw->custom_data, request.content, request.original_name, request.command_line, references,
-                      request.digest);
+                      request.digest, request.part);
     }
     for (const ReferenceRecord& reference : references) {
         instance->referenced_instances.push_back({reference.sop_class_uid, reference.sop_instance_uid});
@@ -199,6 +200,20 @@ ConversionResult convert(const ConversionRequest& request) {
     }
 
     CompleteIdentifiers(rows);
+    // The test mode's fixed instance UID is the first part's; the others add their index to it.
+    if (request.part && request.part->index > 1 && raw && raw->sop_instance_uid.ValueOr({}) == dm::TestModeInstanceUid()) {
+        raw->sop_instance_uid.Set(dm::TestModeInstanceUid() + "." + std::to_string(request.part->index));
+    }
+    return ConversionResult::written;
+}
+
+}  // namespace
+
+ConversionResult convert(const ConversionRequest& request) {
+    dm::PatientDataSet set;
+    dm::MetadataRows rows{};
+    if (const ConversionResult built = BuildRows(request, set, rows); built != ConversionResult::written) return built;
+    dm::InstanceDataRow* instance = rows.instance;
     dm::DataAdapterModule::DicomFileDataAdapter adapter;
     const auto existing = request.replace_existing ? Portability::ExistingTarget::replace : Portability::ExistingTarget::refuse;
     if (request.to_standard_output) {
@@ -206,6 +221,20 @@ ConversionResult convert(const ConversionRequest& request) {
         return adapter.Write(set, *instance, sink) ? ConversionResult::written : ConversionResult::output_not_written;
     }
     if (!adapter.Write(set, *instance, Portability::PathFromUtf8(request.output), existing)) return ConversionResult::output_not_written;
+    return ConversionResult::written;
+}
+
+ConversionResult convert(const ConversionRequest& request, PendingInstance& pending) {
+    dm::PatientDataSet set;
+    dm::MetadataRows rows{};
+    if (const ConversionResult built = BuildRows(request, set, rows); built != ConversionResult::written) return built;
+    dm::DataAdapterModule::DicomFileDataAdapter adapter;
+    const auto existing = request.replace_existing ? Portability::ExistingTarget::replace : Portability::ExistingTarget::refuse;
+    if (!adapter.WriteUncommitted(set, *rows.instance, Portability::PathFromUtf8(request.output), existing, pending.file)) {
+        return ConversionResult::output_not_written;
+    }
+    pending.study_instance_uid = rows.study->study_instance_uid.ValueOr({});
+    pending.series_instance_uid = rows.series->series_instance_uid.ValueOr({});
     return ConversionResult::written;
 }
 

@@ -4,9 +4,11 @@
 // DICOM file.
 
 #include "app/DocumentType.h"
+#include "app/PayloadParts.h"
 #include "app/OptionRecords.h"
 #include "app/ReferenceRecord.h"
 #include "Foundations/DataModule/CharSet/OutputEncoding.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/Values/ByteBuffer.h"
 
 #include <optional>
@@ -36,6 +38,16 @@ struct ConversionRequest {
     // Written as this Encapsulated Document class, the payload in its document element; Raw Data
     // Storage when absent.
     std::optional<DetectedDocument> document;
+    // One part of a payload split across the instances of a series: content is that part.
+    std::optional<PartFacts> part;
+};
+
+// An instance written to a temporary file beside its output, not yet named: the values left to be
+// filled in (the whole payload's digest) wait at file.FilledLaterOffsets(); Commit names it.
+struct PendingInstance {
+    Lumivale::DataModule::DataAdapterModule::DicomCodecModule::DicomFileDataStream file;
+    std::string study_instance_uid;  // as written, for the instances that follow in the series
+    std::string series_instance_uid;
 };
 
 // The engine's result codes; the pack body turns each into its message.
@@ -51,5 +63,8 @@ enum class ConversionResult : int {
 
 // Build and write the instance. Nothing is created at the output path unless the result is written.
 ConversionResult convert(const ConversionRequest& request);
+
+// Build and write the instance as convert does, into pending, left uncommitted.
+ConversionResult convert(const ConversionRequest& request, PendingInstance& pending);
 
 }  // namespace Dicapsule

@@ -4,6 +4,7 @@
 
 #include <pugixml.hpp>
 
+#include <cstdint>
 #include <string>
 
 namespace Dicapsule {
@@ -20,8 +21,15 @@ void WriteInfoDocument(std::ostream& out, const PayloadFacts& facts) {
     pugi::xml_node parameters = orchid.append_child("parameters");
     parameters.append_attribute("originalname") = XmlSafeText(facts.name).c_str();
     parameters.append_attribute("commandline") = XmlSafeText(facts.command_line).c_str();
-    parameters.append_attribute("size") = std::to_string(facts.size).c_str();
-    if (!facts.sha256.empty()) parameters.append_attribute("sha256") = XmlSafeText(facts.sha256).c_str();
+    // A part tells of the whole payload it belongs to.
+    const std::uint64_t size = facts.part ? facts.part->total_size : facts.size;
+    const std::string& sha256 = facts.part ? facts.part->total_sha256 : facts.sha256;
+    parameters.append_attribute("size") = std::to_string(size).c_str();
+    if (!sha256.empty()) parameters.append_attribute("sha256") = XmlSafeText(sha256).c_str();
+    if (facts.part) {
+        parameters.append_attribute("part") = std::to_string(facts.part->index).c_str();
+        parameters.append_attribute("parts") = std::to_string(facts.part->count).c_str();
+    }
 
     if (!facts.references.empty()) {
         pugi::xml_node list = orchid.append_child("references");

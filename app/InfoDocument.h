@@ -8,7 +8,7 @@
 namespace Dicapsule {
 
 // Write <orchid type="Dicapsule"> with its <parameters> (original name, command line, size and,
-// when recorded, SHA-256) and, when there are references, its <references>, indented by one tab
+// when recorded, SHA-256, of the whole payload; for a part of one, also its index and the count) and, when there are references, its <references>, indented by one tab
 // per level, UTF-8 without byte-order mark.
 void WriteInfoDocument(std::ostream& out, const PayloadFacts& facts);
 

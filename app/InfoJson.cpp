@@ -16,8 +16,16 @@ void WriteInfoJson(std::ostream& out, const PayloadFacts& facts) {
         references.push_back(std::move(entry));
     }
     const PackedInstance& instance = facts.instance;
-    Json object = {{"originalname", facts.name}, {"commandline", facts.command_line}, {"size", facts.size}};
-    if (!facts.sha256.empty()) object["sha256"] = facts.sha256;
+    // A part tells of the whole payload it belongs to.
+    Json object = {{"originalname", facts.name},
+                   {"commandline", facts.command_line},
+                   {"size", facts.part ? facts.part->total_size : facts.size}};
+    const std::string& sha256 = facts.part ? facts.part->total_sha256 : facts.sha256;
+    if (!sha256.empty()) object["sha256"] = sha256;
+    if (facts.part) {
+        object["part"] = facts.part->index;
+        object["parts"] = facts.part->count;
+    }
     object["references"] = std::move(references);
     object["instance"] = {{"SOPClassUID", instance.sop_class_uid},
                           {"SOPInstanceUID", instance.sop_instance_uid},

@@ -62,6 +62,8 @@ std::string PayloadReadFailure(PayloadReadResult result, const std::string& inpu
         case PayloadReadResult::not_packed:
             return "The input file " + QuotedPath(input) +
                    " misses Dicapsule custom data. It seems it hasn't been created by Dicapsule.";
+        case PayloadReadResult::bad_part:
+            return "The input file " + QuotedPath(input) + " holds malformed facts of a part of a packed file.";
         case PayloadReadResult::bad_reference_text:
             return "Could not parse one of the reference strings of the input file " + QuotedPath(input) + ".";
         case PayloadReadResult::name_too_long:
@@ -92,6 +94,41 @@ std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::str
     }
 }
 
+std::string InputUnreadable(const std::string& input) { return "Could not read " + QuotedPath(input) + "."; }
+
+std::string PartsToStandardOutput(const std::string& input, std::uint64_t size, std::size_t parts) {
+    return "The input file " + QuotedPath(input) + " (" + std::to_string(size) + " bytes) is packed into " +
+           std::to_string(parts) + " files: use the --output or --Output option rather than the standard output.";
+}
+
+std::string PartMismatch(const std::string& input, unsigned index, const std::string& path) {
+    return "Part " + std::to_string(index) + " of the packed file of the input file " + QuotedPath(input) + ", in " +
+           QuotedPath(path) + ", does not match its SHA-256 digest.";
+}
+
+std::string PartSetFailure(const PartSetCheck& check, const std::vector<FoundPart>& parts, unsigned count,
+                           const std::string& input) {
+    const std::string of = " of the packed file of the input file " + QuotedPath(input);
+    switch (check.problem) {
+        case PartSetProblem::missing:
+            return "Part " + std::to_string(check.index) + " of " + std::to_string(count) + of + " was not found.";
+        case PartSetProblem::duplicated:
+            return "Part " + std::to_string(check.index) + of + " is held twice, by " +
+                   QuotedPath(parts[check.first].path) + " and " + QuotedPath(parts[check.second].path) + ".";
+        default:
+            return "The parts" + of + " do not agree on its size or layout (part " + std::to_string(check.index) + ").";
+    }
+}
+
+std::string ForeignPart(const std::string& other, const std::string& input) {
+    return "The input file " + QuotedPath(other) + " is not a part of the packed file of the input file " +
+           QuotedPath(input) + ".";
+}
+
+std::string WholeWithOthers(const std::string& input) {
+    return "The input file " + QuotedPath(input) + " holds a whole packed file: give it alone.";
+}
+
 std::string AlreadyExists(const boost::filesystem::path& output) {
     return QuotedPath(output.string()) + " already exists. Use the --force option to overwrite it.";
 }
@@ -117,10 +154,10 @@ std::string PackInputFailure(Portability::InputFile::Status status, const std::s
             return "The input file " + QuotedPath(input) + " is too large to be packed (" + std::to_string(size) +
                    " bytes): a DICOM value holds at most " + std::to_string(limit) + " bytes.";
         case Portability::InputFile::Status::no_temporary_space:
-            return "Could not read " + QuotedPath(input) + ". The temporary directory " +
-                   QuotedPath(Portability::TemporaryDirectory()) + " is full.";
+            return InputUnreadable(input) + " The temporary directory " + QuotedPath(Portability::TemporaryDirectory()) +
+                   " is full.";
         default:
-            return "Could not read " + QuotedPath(input) + ".";
+            return InputUnreadable(input);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "app/ConversionEngine.h"
 #include "app/Payload.h"
+#include "app/PayloadParts.h"
 #include "Portability/Misc/AtomicFileWriter.h"
 #include "Portability/Misc/InputFile.h"
 
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Dicapsule {
 
@@ -29,6 +31,21 @@ std::string PayloadReadFailure(PayloadReadResult result, const std::string& inpu
 // has the system's reason and the path.
 std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::string& input,
                                const boost::filesystem::path& output);
+
+// Pack: "Could not read \"INPUT\"."
+std::string InputUnreadable(const std::string& input);
+// Pack of a payload of size bytes, split into parts files, to the standard output.
+std::string PartsToStandardOutput(const std::string& input, std::uint64_t size, std::size_t parts);
+
+// Unpack: the part of index held by path does not match its own digest.
+std::string PartMismatch(const std::string& input, unsigned index, const std::string& path);
+// Unpack: why the parts found for the input's set do not make the whole payload.
+std::string PartSetFailure(const PartSetCheck& check, const std::vector<FoundPart>& parts, unsigned count,
+                           const std::string& input);
+// Unpack: an input given beside the first that is no part of its set.
+std::string ForeignPart(const std::string& other, const std::string& input);
+// Unpack: several inputs of which the first holds a whole payload.
+std::string WholeWithOthers(const std::string& input);
 
 // "\"OUTPUT\" already exists. Use the --force option to overwrite it."
 std::string AlreadyExists(const boost::filesystem::path& output);

@@ -89,7 +89,7 @@ InfoRecord InfoOperationPolicy::make_record(const po::variables_map& values) {
 void InfoOperationPolicy::execute(int, const char* const[], const InfoRecord& record) { info(record); }
 
 std::vector<LibCommon::OptionGroup> UnpackOperationPolicy::describe() {
-    return {Options::Input(), Options::UnpackOutput(), Options::Force(), Options::NoVerify()};
+    return {Options::UnpackInput(), Options::UnpackOutput(), Options::Force(), Options::NoVerify()};
 }
 
 UnpackRecord UnpackOperationPolicy::make_record(const po::variables_map& values) {
@@ -102,7 +102,10 @@ UnpackRecord UnpackOperationPolicy::make_record(const po::variables_map& values)
     } else {
         record.target = OutputDirectory{PathFromUtf8(values["Output"].as<std::string>()), use_original_name};
     }
-    record.input = RequiredInput(values);
+    if (!values.count("input")) throw UsageError("The --input option is required.");
+    const auto inputs = values["input"].as<std::vector<std::string>>();
+    record.input = PathFromUtf8(inputs.front());
+    for (std::size_t i = 1; i < inputs.size(); ++i) record.other_inputs.push_back(PathFromUtf8(inputs[i]));
     record.force = SwitchSet(values, "force");
     record.verify = !SwitchSet(values, "no-verify");
     return record;

@@ -62,6 +62,7 @@ struct OutputDirectory {
 
 struct UnpackRecord {
     boost::filesystem::path input;
+    std::vector<boost::filesystem::path> other_inputs;  // the other parts of a split payload, as given
     std::variant<OutputFile, OutputDirectory> target;
     bool force = false;
     bool verify = true;  // check the payload against its recorded digest (off with --no-verify)

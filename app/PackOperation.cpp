@@ -2,6 +2,7 @@
 #include "app/DocumentType.h"
 #include "app/OperationMessages.h"
 #include "app/Operations.h"
+#include "app/PackParts.h"
 #include "app/Payload.h"
 #include "app/ProgressLine.h"
 #include "app/StreamArguments.h"
@@ -42,8 +43,10 @@ bool Exists(const fs::path& path, bool follow = true) {
 
 // The input opened for the whole run, so that a missing or unreadable input fails here, before
 // the metadata and thumbnail are loaded; the payload then travels as a region of it.
-Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input, Portability::InputFile& file) {
-    const Portability::InputFile::Status status = OpenInput(input, file, kMaxPayloadBytes);
+// A document is one value: its payload is refused beyond kMaxPayloadBytes; a raw payload beyond
+// it is split into parts.
+Lumivale::DataModule::ByteBuffer OpenPayload(const fs::path& input, Portability::InputFile& file, bool oneValue) {
+    const Portability::InputFile::Status status = OpenInput(input, file, oneValue ? kMaxPayloadBytes : UINT64_MAX);
     if (status != Portability::InputFile::Status::opened) {
         throw std::runtime_error(PackInputFailure(status, input.string(), file.Size(), kMaxPayloadBytes));
     }
@@ -116,11 +119,18 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     ProgressLine progress;  // a piped input first, of a size not known until its end
     Portability::InputFile input;
     ConversionRequest request;
-    request.content = OpenPayload(record.input, input);
+    request.content = OpenPayload(record.input, input, record.pack_class == PackClass::document);
     progress.Restart(input.Size());
+    const std::vector<PayloadPart> plan = PlanParts(input.Size(), kMaxPayloadBytes);
+    if (plan.size() > 1 && toStandardOutput) {
+        throw std::runtime_error(PartsToStandardOutput(record.input.string(), input.Size(), plan.size()));
+    }
     request.command_line = RecordCommandLine(argc, argv);
     request.original_name = OriginalName(record);
-    request.document = ChooseDocumentClass(record.pack_class, record.input, request.original_name, request.content);
+    // Parts are raw data instances, whatever the payload's class.
+    if (plan.size() == 1) {
+        request.document = ChooseDocumentClass(record.pack_class, record.input, request.original_name, request.content);
+    }
     request.references = record.references;
     request.metadata = record.metadata;
     request.identifier = record.identifier;
@@ -134,6 +144,10 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     request.to_standard_output = toStandardOutput;
     request.replace_existing = record.force;
     request.digest = record.digest;
+    if (plan.size() > 1) {
+        PackParts(record, std::move(request), plan, input);
+        return;
+    }
 
     const ConversionResult result = convert(request);
     // The write refuses a payload whose file changed while it was copied; say so rather than blame the output.

@@ -10,6 +10,7 @@
 #include "Portability/Misc/DebugTrace.h"
 #include "Portability/Misc/Sha256.h"
 
+#include <charconv>
 #include <cstdint>
 #include <variant>
 #include <vector>
@@ -37,12 +38,20 @@ std::string RecordCommandLine(int argc, const char* const argv[]) {
 }
 
 void store_payload(CustomDataStore& store, const ByteBuffer& content, const std::string& name,
-                   const std::string& command_line, const std::vector<ReferenceRecord>& references, bool digest) {
+                   const std::string& command_line, const std::vector<ReferenceRecord>& references, bool digest,
+                   const std::optional<PartFacts>& part) {
     store.SetText(std::string(kPackedFileNameKey), name);
     store.SetBytes(std::string(kPackedFileContentKey), content);
     store.SetText(std::string(kCommandLineKey), command_line);
     if (!references.empty()) store.SetText(std::string(kInstanceReferencesKey), FormatReferences(references));
     if (digest) store.SetDigestOf(std::string(kPackedFileSha256Key), std::string(kPackedFileContentKey));
+    if (!part) return;
+    store.SetText(std::string(kPartIndexKey), std::to_string(part->index));
+    store.SetText(std::string(kPartCountKey), std::to_string(part->count));
+    store.SetText(std::string(kPartOffsetKey), std::to_string(part->offset));
+    store.SetText(std::string(kTotalSizeKey), std::to_string(part->total_size));
+    store.SetText(std::string(kPartSetUidKey), part->set_uid);
+    if (digest) store.SetFilledLater(std::string(kTotalSha256Key), kSha256HexDigits);
 }
 
 namespace {
@@ -67,6 +76,44 @@ PayloadReadResult ReadStoredText(const CustomDataStore& store, std::string_view 
         return PayloadReadResult::text_unreadable;
     }
     out.assign(bytes.begin(), bytes.end());
+    return PayloadReadResult::success;
+}
+
+// The longest number or UID text of a part's facts.
+constexpr std::uint64_t kMaxPartTextBytes = 64;
+
+// A part's number: decimal digits only, within the type.
+template <typename Number>
+bool ParsePartNumber(const std::string& text, Number& out) {
+    if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) return false;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), out);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+// The facts of a part, when the store holds them (all but the whole digest, which --no-digest leaves out).
+PayloadReadResult ExtractPart(const CustomDataStore& store, std::optional<PartFacts>& part) {
+    if (!store.Contains(kPartIndexKey)) return PayloadReadResult::success;
+    std::string index, count, offset, total;
+    PartFacts facts;
+    for (const auto& [key, text] : {std::pair{kPartIndexKey, &index}, std::pair{kPartCountKey, &count},
+                                    std::pair{kPartOffsetKey, &offset}, std::pair{kTotalSizeKey, &total},
+                                    std::pair{kPartSetUidKey, &facts.set_uid}}) {
+        if (ReadStoredText(store, key, kMaxPartTextBytes, PayloadReadResult::bad_part, *text) !=
+            PayloadReadResult::success) {
+            return PayloadReadResult::bad_part;
+        }
+    }
+    if (store.Contains(kTotalSha256Key) &&
+        ReadStoredText(store, kTotalSha256Key, kMaxDigestTextBytes, PayloadReadResult::text_unreadable,
+                       facts.total_sha256) != PayloadReadResult::success) {
+        return PayloadReadResult::text_unreadable;
+    }
+    if (!ParsePartNumber(index, facts.index) || !ParsePartNumber(count, facts.count) ||
+        !ParsePartNumber(offset, facts.offset) || !ParsePartNumber(total, facts.total_size) || facts.index == 0 ||
+        facts.index > facts.count || facts.set_uid.empty()) {
+        return PayloadReadResult::bad_part;
+    }
+    part = std::move(facts);
     return PayloadReadResult::success;
 }
 
@@ -129,6 +176,8 @@ PayloadReadResult ExtractFacts(const CustomDataStore& store, bool want_content, 
         if (text != PayloadReadResult::success) return text;
         if (!ParseReferences(references, read.references)) return PayloadReadResult::bad_reference_text;
     }
+    text = ExtractPart(store, read.part);
+    if (text != PayloadReadResult::success) return text;
     facts = std::move(read);
     return PayloadReadResult::success;
 }

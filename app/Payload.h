@@ -2,6 +2,7 @@
 // The payload of a packed file: the wrapped file and the facts of its wrapping, kept in the raw
 // data instance's custom data under fixed keys.
 
+#include "app/PayloadParts.h"
 #include "app/ReferenceRecord.h"
 #include "Foundations/DataModule/Rows/CustomDataStore.h"
 #include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
@@ -10,6 +11,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,7 +22,18 @@ inline constexpr std::string_view kPackedFileNameKey = "Dicapsule.PackedFile.Nam
 inline constexpr std::string_view kPackedFileContentKey = "Dicapsule.PackedFile.Content";
 // The SHA-256 of the content as written: 64 lower-case hexadecimal characters.
 inline constexpr std::string_view kPackedFileSha256Key = "Dicapsule.PackedFile.SHA256";
+inline constexpr std::size_t kSha256HexDigits = 64;
 inline constexpr std::string_view kCommandLineKey = "Dicapsule.CommandLine";
+// A payload beyond one value is split into parts, one per instance; each part also records, as
+// decimal text unless said otherwise: its index (from 1) and the count of parts, its offset in the
+// payload, the payload's size, the payload's SHA-256 (as the part's digest) and a UID shared by
+// the set of parts. A payload that fits one value records none of them.
+inline constexpr std::string_view kPartIndexKey = "Dicapsule.PackedFile.Part";
+inline constexpr std::string_view kPartCountKey = "Dicapsule.PackedFile.Parts";
+inline constexpr std::string_view kPartOffsetKey = "Dicapsule.PackedFile.PartOffset";
+inline constexpr std::string_view kTotalSizeKey = "Dicapsule.PackedFile.TotalSize";
+inline constexpr std::string_view kTotalSha256Key = "Dicapsule.PackedFile.TotalSHA256";
+inline constexpr std::string_view kPartSetUidKey = "Dicapsule.PackedFile.SetUID";
 inline constexpr std::string_view kInstanceReferencesKey = "Dicapsule.InstanceReferences";
 
 // The largest payload a packed file can carry: its value, and the item and sequence around it,
@@ -49,6 +62,7 @@ struct PayloadFacts {
     std::uint64_t size = 0;                   // the content's length in bytes (known without the content)
     std::string sha256;                       // the recorded digest, as stored; empty when none
     PackedInstance instance;                  // filled by read_payload
+    std::optional<PartFacts> part;            // when the file holds one part of a larger payload
     // An Encapsulated Document: the extension its MIME type gives, which names the output when no
     // name is stored (documents of other toolkits store none).
     std::string document_extension;
@@ -64,10 +78,11 @@ inline constexpr std::uint64_t kMaxDigestTextBytes = 1024;
 // Outcomes of reading a payload.
 // text_unreadable: a stored text (name, command line, references) could not be read from the file.
 // *_too_long: that stored text is longer than its limit above. bad_document: an Encapsulated
-// Document's recorded length exceeds its value, or its end cannot be read.
+// Document's recorded length exceeds its value, or its end cannot be read. bad_part: the facts of
+// a part are malformed (a number that is not one, an index of 0 or beyond the count).
 enum class PayloadReadResult {
     success, load_failed, not_packed, bad_reference_text, text_unreadable,
-    name_too_long, command_line_too_long, references_too_long, bad_document
+    name_too_long, command_line_too_long, references_too_long, bad_document, bad_part
 };
 
 // The SHA-256 of content as lower-case hex into hex; a region of a file (a deflated one included)
@@ -79,10 +94,13 @@ bool ContentSha256(const Lumivale::DataModule::ByteBuffer& content, std::string&
 std::string RecordCommandLine(int argc, const char* const argv[]);
 
 // Fill the store: name, content (shared, not copied), command line, when there are any the
-// references text and, with digest, the SHA-256 of the content that the writer computes.
+// references text and, with digest, the SHA-256 of the content that the writer computes. For one
+// part of a larger payload, also the part's facts; with digest, the whole payload's SHA-256 is a
+// placeholder filled in once all parts are written.
 void store_payload(Lumivale::DataModule::CustomDataStore& store, const Lumivale::DataModule::ByteBuffer& content,
                    const std::string& name, const std::string& command_line,
-                   const std::vector<ReferenceRecord>& references, bool digest);
+                   const std::vector<ReferenceRecord>& references, bool digest,
+                   const std::optional<PartFacts>& part = std::nullopt);
 
 // Read the facts back from a store already loaded from a file: not_packed unless the name is
 // present and not empty and the content is present (an empty content is an empty file);

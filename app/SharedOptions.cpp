@@ -51,6 +51,14 @@ const LibCommon::OptionGroup& Input() {
     return group;
 }
 
+const LibCommon::OptionGroup& UnpackInput() {
+    static const LibCommon::OptionGroup group{boost::make_shared<po::option_description>(
+        "input,i", po::value<std::vector<std::string>>(),
+        "Input filename for the operation. A payload packed into several files is restored from any one of "
+        "them when the others are in the same directory, or from all of them, each given with --input.")};
+    return group;
+}
+
 const LibCommon::OptionGroup& Metadata() {
     static const LibCommon::OptionGroup group{Text(
         "metadata,m",

@@ -6,6 +6,7 @@
 namespace Dicapsule::Options {
 
 const LibCommon::OptionGroup& Input();            // --input, -i
+const LibCommon::OptionGroup& UnpackInput();      // --input, -i, repeated for the parts of a payload
 const LibCommon::OptionGroup& Metadata();         // --metadata, -m
 const LibCommon::OptionGroup& PackOutput();       // --output, -o and --Output, -O (".dcm" wording)
 const LibCommon::OptionGroup& UnpackOutput();     // --output, -o, --Output, -O and --use-original-name, -u

@@ -1,3 +1,4 @@
+#include "app/BackgroundDigests.h"
 #include "app/OperationMessages.h"
 #include "app/Operations.h"
 #include "app/Payload.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <variant>
 #include <vector>
@@ -49,6 +51,129 @@ bool StoredContentMatches(const Lumivale::DataModule::ByteBuffer& content, const
     return ContentSha256(content, digest) && digest == recorded;
 }
 
+// A part of a split payload, found for the set of the first input.
+struct PartEntry {
+    FoundPart found;
+    Lumivale::DataModule::ByteBuffer content;
+};
+
+PartEntry EntryOf(const PayloadFacts& facts, const std::string& path) {
+    return {{*facts.part, facts.content.Length(), path, facts.sha256}, facts.content};
+}
+
+// The other parts of the first input's set: those given, each of which must belong to it, or else
+// the DICOM files of the input's directory that do, whatever their names (the rest is skipped
+// unread beyond its header).
+void CollectParts(const UnpackRecord& record, const PartFacts& first, std::vector<PartEntry>& parts) {
+    const std::string input = record.input.string();
+    for (const fs::path& other : record.other_inputs) {
+        PayloadFacts facts;
+        const PayloadReadResult result = read_payload(other.string(), true, facts);
+        if (result != PayloadReadResult::success) {
+            throw std::runtime_error(PayloadReadFailure(result, other.string(), PayloadReader::unpack));
+        }
+        if (!facts.part || facts.part->set_uid != first.set_uid) throw std::runtime_error(ForeignPart(other.string(), input));
+        parts.push_back(EntryOf(facts, other.string()));
+    }
+    if (!record.other_inputs.empty() || IsStandardStream(record.input)) return;
+    const fs::path directory = record.input.has_parent_path() ? record.input.parent_path() : fs::path(".");
+    boost::system::error_code error;
+    for (fs::directory_iterator it(directory, error), end; !error && it != end; it.increment(error)) {
+        boost::system::error_code ignored;
+        if (!fs::is_regular_file(it->status(ignored)) || fs::equivalent(it->path(), record.input, ignored)) continue;
+        PayloadFacts facts;
+        if (read_payload(it->path().string(), true, facts) != PayloadReadResult::success || !facts.part ||
+            facts.part->set_uid != first.set_uid) {
+            continue;
+        }
+        parts.push_back(EntryOf(facts, it->path().string()));
+    }
+}
+
+// The payload of parts (in order) written to the standard output, or a file written through, its
+// digests checked first; or into writer, checked as it is written (the whole digest from the
+// bytes written, each part's on a thread of its own from its file).
+void WriteParts(const std::vector<PartEntry>& parts, const std::string& input, bool verify,
+                Portability::AtomicFileWriter* writer) {
+    std::vector<Lumivale::DataModule::ByteBuffer> contents;
+    for (const PartEntry& part : parts) contents.push_back(part.content);
+    std::optional<BackgroundDigests> partDigests;
+    if (verify) partDigests.emplace(contents);
+    Portability::Sha256 whole;
+    const auto checkDigests = [&] {
+        if (!partDigests) return;
+        if (!partDigests->Wait()) throw std::runtime_error(PayloadReadFailure(PayloadReadResult::load_failed, input, PayloadReader::unpack));
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            if (partDigests->Digests()[i] != parts[i].found.sha256) {
+                throw std::runtime_error(PartMismatch(input, parts[i].found.facts.index, parts[i].found.path));
+            }
+        }
+        if (!Matches(whole, parts.front().found.facts.total_sha256)) throw std::runtime_error(DigestMismatch(input));
+    };
+    if (writer == nullptr || Portability::IsWrittenThrough(writer->target())) {
+        if (verify) {
+            for (const auto& content : contents) {
+                const auto hash = [&whole](std::uint8_t* bytes, std::size_t size) {
+                    whole.Update(bytes, size);
+                    return true;
+                };
+                const Lumivale::DataModule::FileRegion* region = content.Region();
+                if (region == nullptr || !dcm::ReadRegionInChunks(dcm::FileRegion{*region}, hash)) {
+                    throw std::runtime_error(PayloadReadFailure(PayloadReadResult::load_failed, input, PayloadReader::unpack));
+                }
+            }
+            checkDigests();
+        }
+        for (const auto& content : contents) {
+            if (writer == nullptr && !WriteStandardOutput(content)) throw std::runtime_error(StandardOutputFailure());
+            if (writer != nullptr && !WriteContent(content, *writer, nullptr)) return;
+        }
+        return;
+    }
+    for (const auto& content : contents) {
+        if (!WriteContent(content, *writer, verify ? &whole : nullptr)) return;
+    }
+    checkDigests();
+}
+
+// Unpack a payload split into parts, from the first input's facts.
+void UnpackParts(const UnpackRecord& record, const PayloadFacts& facts) {
+    const std::string input = record.input.string();
+    if (!facts.part) throw std::runtime_error(WholeWithOthers(input));
+    std::vector<PartEntry> parts{EntryOf(facts, input)};
+    CollectParts(record, *facts.part, parts);
+    std::vector<FoundPart> found;
+    for (const PartEntry& part : parts) found.push_back(part.found);
+    const PartSetCheck check = CheckPartSet(found);
+    if (check.problem != PartSetProblem::none) {
+        throw std::runtime_error(PartSetFailure(check, found, facts.part->count, input));
+    }
+    std::stable_sort(parts.begin(), parts.end(),
+                     [](const PartEntry& a, const PartEntry& b) { return a.found.facts.index < b.found.facts.index; });
+    // Files packed without a digest have nothing to check.
+    const bool verify = record.verify && !facts.part->total_sha256.empty();
+
+    if (const auto* explicitFile = std::get_if<OutputFile>(&record.target);
+        explicitFile && IsStandardStream(explicitFile->path)) {
+        WriteParts(parts, input, verify, nullptr);
+        return;
+    }
+    const fs::path output = ResolveUnpackOutput(record.target, record.input, facts.name);
+    boost::system::error_code error;
+    const fs::file_type type = fs::status(output, error).type();
+    if (!record.force && type != fs::status_unknown && type != fs::file_not_found &&
+        !Portability::IsWrittenThrough(output.string())) {
+        throw std::runtime_error(AlreadyExists(output));
+    }
+    Portability::AtomicFileWriter writer(output.string(), record.force ? Portability::ExistingTarget::replace
+                                                                       : Portability::ExistingTarget::refuse);
+    if (writer.Open()) WriteParts(parts, input, verify, &writer);
+    if (writer.failure() != Portability::WriteFailure::none || writer.size() != facts.part->total_size ||
+        !writer.Commit()) {
+        throw std::runtime_error(UnpackWriteFailure(writer.failure(), input, output));
+    }
+}
+
 }  // namespace
 
 void unpack(const UnpackRecord& record) {
@@ -60,6 +185,11 @@ void unpack(const UnpackRecord& record) {
                                          ? read_payload(file.File(), true, facts)
                                          : PayloadReadResult::load_failed;
     if (result != PayloadReadResult::success) throw std::runtime_error(PayloadReadFailure(result, input, PayloadReader::unpack));
+    if (facts.part || !record.other_inputs.empty()) {
+        progress.Restart(facts.part ? facts.part->total_size : 0);
+        UnpackParts(record, facts);
+        return;
+    }
     progress.Restart(facts.content.Length());
     // Files packed without a digest (by earlier versions, or other writers) have nothing to check.
     const bool verify = record.verify && !facts.sha256.empty();

@@ -64,10 +64,15 @@ public:
     bool Write(const void* data, std::size_t size);
     // Append `length` bytes of the open file `source_fd` starting at `offset`, copied file to file
     // without passing through the caller's memory (a clone where the file system shares blocks).
-    // With a digest, the appended range is also fed to it as it stands in the new file, read back
-    // while the next piece is being copied; false, with the digest in no defined state, when the
-    // source ends early or any step fails.
+    // With a digest, the appended range is also fed to it as it stands in the new file: a clone is
+    // read back from the new file, any other copy is hashed from the memory it is written from,
+    // on a second thread; false, with the digest in no defined state, when the source ends early
+    // or any step fails.
     bool CopyFrom(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256* digest = nullptr);
+    // Overwrite size bytes already appended, from offset on (a value reserved earlier and known only
+    // now); call it after the last append. False when the range goes beyond the bytes appended or
+    // the write fails.
+    bool WriteAt(std::uint64_t offset, const void* data, std::size_t size);
     // Flush, close and give the file the target's name; false when any step fails (see failure()).
     bool Commit();
 

@@ -459,6 +459,22 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
     return true;
 }
 
+bool AtomicFileWriter::WriteAt(std::uint64_t offset, const void* data, std::size_t size) {
+    if (!temporary_ || offset > size_ || size > size_ - offset) return Fail(WriteFailure::io);
+    const char* bytes = static_cast<const char*>(data);
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t put = ::pwrite(temporary_->fd, bytes + done, size - done, static_cast<off_t>(offset + done));
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) {
+            const int error = put < 0 ? errno : ENOSPC;
+            TraceError("Cannot write the output for", target_, error);
+            return Fail(FailureOf(error));
+        }
+        done += static_cast<std::size_t>(put);
+    }
+    return true;
+}
+
 bool AtomicFileWriter::Commit() {
     if (!temporary_) return Fail(WriteFailure::io);
     Temporary& file = *temporary_;

@@ -266,6 +266,10 @@ TEST(PayloadReadFailure, MessagePerOutcomeAndOperation) {
          "Could not parse one of the reference strings of the input file \"R&&D &\"1&\".dcm\"."},
         {text_unreadable, PayloadReader::unpack, "Could not extract the packed file from the input file \"R&&D &\"1&\".dcm\"."},
         {text_unreadable, PayloadReader::info, "Could not get the info of the input file \"R&&D &\"1&\".dcm\"."},
+        {bad_part, PayloadReader::unpack,
+         "The input file \"R&&D &\"1&\".dcm\" holds malformed facts of a part of a packed file."},
+        {bad_part, PayloadReader::info,
+         "The input file \"R&&D &\"1&\".dcm\" holds malformed facts of a part of a packed file."},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.expected);

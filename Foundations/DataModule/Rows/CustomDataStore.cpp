@@ -4,18 +4,27 @@ namespace Lumivale::DataModule {
 
 void CustomDataStore::SetText(std::string key, std::string text) {
     digests_.erase(key);
+    filledLater_.erase(key);
     values_.insert_or_assign(std::move(key), CustomDataValue(std::move(text)));
 }
 
 void CustomDataStore::SetBytes(std::string key, ByteBuffer bytes) {
     digests_.erase(key);
+    filledLater_.erase(key);
     values_.insert_or_assign(std::move(key), CustomDataValue(std::move(bytes)));
 }
 
 void CustomDataStore::SetDigestOf(std::string key, std::string digestedKey) {
     constexpr std::size_t kHexDigits = 64;
+    filledLater_.erase(key);
     values_.insert_or_assign(key, CustomDataValue(std::string(kHexDigits, '0')));
     digests_.insert_or_assign(std::move(key), std::move(digestedKey));
+}
+
+void CustomDataStore::SetFilledLater(std::string key, std::size_t size) {
+    digests_.erase(key);
+    values_.insert_or_assign(key, CustomDataValue(std::string(size, '0')));
+    filledLater_.insert(std::move(key));
 }
 
 const std::string* CustomDataStore::DigestSource(std::string_view key) const {
@@ -57,6 +66,7 @@ bool CustomDataStore::Erase(std::string_view key) {
     if (found == values_.end()) return false;
     values_.erase(found);
     if (const auto digest = digests_.find(key); digest != digests_.end()) digests_.erase(digest);
+    if (const auto later = filledLater_.find(key); later != filledLater_.end()) filledLater_.erase(later);
     return true;
 }
 

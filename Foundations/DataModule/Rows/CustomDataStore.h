@@ -5,6 +5,7 @@
 #include "Foundations/DataModule/Values/ByteBuffer.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -26,6 +27,11 @@ public:
     // store's key order, the other key must sort before this one). Until then the key holds a
     // placeholder text of the same length.
     void SetDigestOf(std::string key, std::string digestedKey);
+    // Set a key to a placeholder text of size '0' characters whose place in the written file the
+    // writer reports, for the caller to overwrite before the file is committed.
+    void SetFilledLater(std::string key, std::size_t size);
+    // True when the key holds such a placeholder.
+    bool IsFilledLater(std::string_view key) const { return filledLater_.contains(key); }
     // The key whose digest the key stands for, or nullptr when it holds a value of its own.
     const std::string* DigestSource(std::string_view key) const;
     // The value of a key, or nullptr.
@@ -55,6 +61,7 @@ private:
     // std::less<> on strings compares with char_traits<char>, which orders as unsigned bytes.
     std::map<std::string, CustomDataValue, std::less<>> values_;
     std::map<std::string, std::string, std::less<>> digests_;  // digest key -> digested key
+    std::set<std::string, std::less<>> filledLater_;
 };
 
 }  // namespace Lumivale::DataModule

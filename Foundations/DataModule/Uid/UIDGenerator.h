@@ -18,6 +18,7 @@ struct UidKind {
         Instance = 30,
         FrameOfReference = 40,
         Version = 50,  // implementation class and creator-version UIDs, and the fixed test instance UID
+        PayloadSet = 60,  // the set of instances that hold the parts of one payload
     };
 };
 

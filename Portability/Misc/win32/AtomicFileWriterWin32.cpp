@@ -227,6 +227,28 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
     return true;
 }
 
+bool AtomicFileWriter::WriteAt(std::uint64_t offset, const void* data, std::size_t size) {
+    if (!temporary_ || offset > size_ || size > size_ - offset) return Fail(WriteFailure::io);
+    const HANDLE handle = HandleOf(temporary_->fd);
+    const char* bytes = static_cast<const char*>(data);
+    for (std::size_t done = 0; done < size;) {
+        // The file pointer moves too: nothing is appended after this.
+        OVERLAPPED at{};
+        const std::uint64_t position = offset + done;
+        at.Offset = static_cast<DWORD>(position & 0xFFFFFFFFu);
+        at.OffsetHigh = static_cast<DWORD>(position >> 32);
+        const DWORD want = static_cast<DWORD>(std::min<std::uint64_t>(size - done, kCopyChunk));
+        DWORD put = 0;
+        if (!::WriteFile(handle, bytes + done, want, &put, &at) || put == 0) {
+            LV_TRACE(kModule, "Cannot write the output for %s (error %lu)", target_.c_str(),
+                     static_cast<unsigned long>(::GetLastError()));
+            return Fail(FailureOfLastError());
+        }
+        done += put;
+    }
+    return true;
+}
+
 bool AtomicFileWriter::Commit() {
     if (!temporary_) return Fail(WriteFailure::io);
     if (temporary_->through) {

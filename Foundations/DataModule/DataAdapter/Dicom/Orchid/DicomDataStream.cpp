@@ -63,6 +63,7 @@ void DicomDataStream::ResetReadState() noexcept {
     skipUntil_ = 0;
     heldBytes_ = 0;
     result_ = {};
+    filledLaterOffsets_.clear();
 }
 
 bool DicomDataStream::Fail(DicomReadStatus status, std::uint64_t offset, std::uint16_t group, std::uint16_t element) {
@@ -431,6 +432,7 @@ bool DicomDataStream::WriteValueBytes(const DicomValue& value, ValueRepresentati
 
 bool DicomDataStream::WriteValue(const DicomValue& value, ValueRepresentation vr) {
     const std::uint64_t size = value.Size();
+    if (value.IsFilledLater()) filledLaterOffsets_.push_back(Position());
     if (value.IsDigestOfMarked()) {
         if (markedDigest_.size() != DigestOfMarkedValue::kSize) {
             LV_TRACE(kModule, "%s", "A digest is due before the value it digests was written");

@@ -122,6 +122,9 @@ public:
     // byte; false when it does not inflate or the stream cannot hold it.
     virtual bool InflateRemainder() = 0;
 
+    // Where the values marked to be filled later start in the output, in the order written.
+    const std::vector<std::uint64_t>& FilledLaterOffsets() const noexcept { return filledLaterOffsets_; }
+
     // Read elements until the end of the source; false on a malformed input or when the handler stops.
     bool ReadElements(CallbackHandler& handler);
     // Read elements while the next tag's group is 0x0002 (the file meta group).
@@ -200,6 +203,7 @@ private:
     std::uint64_t heldBytes_ = 0;
     DicomReadResult result_;
     std::string markedDigest_;  // hex SHA-256 of the last value written that was marked for digest
+    std::vector<std::uint64_t> filledLaterOffsets_;
 };
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -258,6 +258,19 @@ bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& ins
     return true;
 }
 
+bool DicomFileDataAdapter::WriteUncommitted(const PatientDataSet& set, InstanceDataRow& instance,
+                                            const std::filesystem::path& path, Portability::ExistingTarget existing,
+                                            dcm::DicomFileDataStream& stream) {
+    dcm::DicomDataSet dataSet;
+    if (!BuildInstanceDataSet(set, instance, dataSet)) return false;
+    dcm::AlignLargeValue(dataSet, dcm::StreamEncoding::ExplicitLittleEndian, ImplementationClassUid());
+    if (!dcm::WriteDicomFileUncommitted(path, dataSet, dcm::StreamEncoding::ExplicitLittleEndian, existing, stream)) {
+        LV_TRACE(kModule, "Writing %s failed", Portability::Utf8FromPath(path).c_str());
+        return false;
+    }
+    return true;
+}
+
 bool DicomFileDataAdapter::Write(const PatientDataSet& set, InstanceDataRow& instance, const dcm::ByteSink& sink) {
     dcm::DicomDataSet dataSet;
     if (!BuildInstanceDataSet(set, instance, dataSet)) return false;

@@ -3,6 +3,7 @@
 // a data set tree and a Part 10 file (explicit VR little endian), and a file becomes such rows.
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomDataSet.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomFileDataStream.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomSinkDataStream.h"
 #include "Foundations/DataModule/Rows/PatientDataSet.h"
 #include "Portability/Misc/AtomicFileWriter.h"
@@ -34,6 +35,11 @@ public:
     // (with ExistingTarget::refuse, also when a file appeared at path while writing).
     bool Write(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path,
                Portability::ExistingTarget existing = Portability::ExistingTarget::replace);
+
+    // Write the instance as Write does into stream, left uncommitted (WriteDicomFileUncommitted):
+    // the caller fills in the custom data values set to be filled later and commits it.
+    bool WriteUncommitted(const PatientDataSet& set, InstanceDataRow& instance, const std::filesystem::path& path,
+                          Portability::ExistingTarget existing, DicomCodecModule::DicomFileDataStream& stream);
 
     // Write the instance as Write does, the same bytes handed in order to sink instead of a file.
     bool Write(const PatientDataSet& set, InstanceDataRow& instance, const DicomCodecModule::ByteSink& sink);

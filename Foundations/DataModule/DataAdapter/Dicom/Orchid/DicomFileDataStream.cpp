@@ -44,6 +44,10 @@ bool DicomFileDataStream::OpenForWriting(const std::filesystem::path& path, Port
     return false;
 }
 
+bool DicomFileDataStream::WriteAt(std::uint64_t offset, const void* data, std::size_t size) {
+    return writer_ && Flush() && writer_->WriteAt(offset, data, size);
+}
+
 bool DicomFileDataStream::Commit() {
     if (!writer_) return false;
     const bool committed = Flush() && writer_->Commit();
@@ -214,6 +218,15 @@ bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataS
     if (!stream.OpenForWriting(path, existing)) return false;
     stream.SetEncoding(encoding);
     return WriteFileContent(stream, dataSet) && stream.Commit();
+}
+
+bool WriteDicomFileUncommitted(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,
+                               Portability::ExistingTarget existing, DicomFileDataStream& stream) {
+    if (!stream.OpenForWriting(path, existing)) return false;
+    stream.SetEncoding(encoding);
+    if (WriteFileContent(stream, dataSet)) return true;
+    stream.Close();
+    return false;
 }
 
 bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet) {

@@ -28,6 +28,8 @@ public:
     // replaces or refuses an existing file as told.
     bool OpenForWriting(const std::filesystem::path& path,
                         Portability::ExistingTarget existing = Portability::ExistingTarget::replace);
+    // Overwrite bytes already written (a value filled later); false when they were not written.
+    bool WriteAt(std::uint64_t offset, const void* data, std::size_t size);
     // Finish writing: flush, close and rename the temporary file onto the target.
     bool Commit();
     // Stop: a write that was not committed is discarded and its temporary file removed.
@@ -78,6 +80,11 @@ DicomReadResult ReadDicomFile(std::shared_ptr<const Portability::OpenFile> file,
 // with ExistingTarget::refuse, only when nothing is there by then).
 bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,
                     Portability::ExistingTarget existing = Portability::ExistingTarget::replace);
+// Write dataSet as WriteDicomFile does into stream, without committing it: the values marked to be
+// filled later are then overwritten (FilledLaterOffsets, WriteAt) and the stream committed, or it
+// is dropped and leaves nothing.
+bool WriteDicomFileUncommitted(const std::filesystem::path& path, const DicomDataSet& dataSet, StreamEncoding encoding,
+                               Portability::ExistingTarget existing, DicomFileDataStream& stream);
 // Write dataSet in the encoding its (0002,0010) names (explicit VR little endian without one).
 bool WriteDicomFile(const std::filesystem::path& path, const DicomDataSet& dataSet);
 

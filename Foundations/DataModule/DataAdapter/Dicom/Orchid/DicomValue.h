@@ -56,11 +56,16 @@ public:
     void Reset() noexcept {
         holder_ = std::monostate{};
         digested_ = false;
+        filledLater_ = false;
     }
     // Have the writer hash this value's bytes as written, for a later DigestOfMarkedValue.
     void MarkForDigest() noexcept { digested_ = true; }
     // True when the writer hashes this value.
     bool IsMarkedForDigest() const noexcept { return digested_; }
+    // Have the writer note where this value starts in its output: its bytes are a placeholder that
+    // the caller overwrites, with bytes of the same length, before the file is committed.
+    void MarkFilledLater() noexcept { filledLater_ = true; }
+    bool IsFilledLater() const noexcept { return filledLater_; }
     // True for the placeholder of a digest.
     bool IsDigestOfMarked() const noexcept { return std::holds_alternative<DigestOfMarkedValue>(holder_); }
     // Copy the value's bytes into out (loading a region); false when a region cannot be read.
@@ -69,6 +74,7 @@ public:
 private:
     std::variant<std::monostate, std::vector<std::uint8_t>, FileRegion, ByteBuffer, DigestOfMarkedValue> holder_;
     bool digested_ = false;
+    bool filledLater_ = false;
 };
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

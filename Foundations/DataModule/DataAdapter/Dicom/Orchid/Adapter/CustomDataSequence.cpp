@@ -63,7 +63,7 @@ std::uint64_t ValueLength(const CustomDataValue& value) {
 enum class DigestRole { none, digested, digest };
 
 bool AppendItem(dcm::DicomDataSetSequenceElement& sequence, const std::string& key, const CustomDataValue& value,
-                DigestRole role) {
+                DigestRole role, bool filledLater) {
     const std::uint64_t length = ValueLength(value);
     if (dcm::EvenLength(length) > kMaxDicomValueLength) {
         LV_TRACE(kModule, "Custom data value \"%s\" of %llu bytes exceeds a DICOM length", key.c_str(),
@@ -77,6 +77,7 @@ bool AppendItem(dcm::DicomDataSetSequenceElement& sequence, const std::string& k
     if (!valueElement) return false;
     if (role == DigestRole::digested) valueElement->value.MarkForDigest();
     if (role == DigestRole::digest) valueElement->value = dcm::DicomValue(dcm::DigestOfMarkedValue{});
+    if (filledLater) valueElement->value.MarkFilledLater();
     dcm::DicomDataSet& item = sequence.AppendItem();
     item.Insert(MakePrivateCreatorElement());
     item.Insert(std::move(keyElement));
@@ -165,7 +166,7 @@ bool InsertCustomData(dcm::DicomDataSet& dataSet, const CustomDataStore& store) 
         const DigestRole role = store.DigestSource(key) ? DigestRole::digest
                                 : (digested && *digested == key) ? DigestRole::digested
                                                                  : DigestRole::none;
-        if (!AppendItem(*sequence, key, value, role)) return false;
+        if (!AppendItem(*sequence, key, value, role, store.IsFilledLater(key))) return false;
     }
     if (sequence->ContentSize(dcm::StreamEncoding::ExplicitLittleEndian) > kMaxDicomValueLength) {
         LV_TRACE(kModule, "%s", "Custom data too long for a DICOM sequence length");

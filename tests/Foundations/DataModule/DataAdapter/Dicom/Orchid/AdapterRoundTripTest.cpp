@@ -175,6 +175,38 @@ TEST_F(AdapterRoundTrip, UnwantedKeysAreLeftInTheFile) {
     EXPECT_EQ(name, "report.pdf");
 }
 
+// A value filled in after the write: nothing is named until the commit, the reported offset is
+// where the placeholder stands (after a large value, with odd and even neighbours), and the value
+// read back is the one filled in.
+TEST_F(AdapterRoundTrip, ValueFilledLaterIsWrittenAtItsReportedOffsetBeforeTheCommit) {
+    TestFiles::WriteBytes(Path("payload.bin"), std::vector<std::uint8_t>(70001, 0x5A));
+    dm::PatientDataSet set;
+    dm::RawDataDataRow& raw = AdapterTesting::AddTypicalRawDataChain(set);
+    raw.custom_data.SetBytes("Dicapsule.PackedFile.Content", dm::ByteBuffer::OfFileRegion({Open("payload.bin"), 0, 70001}));
+    raw.custom_data.SetText("Dicapsule.PackedFile.Odd", "odd");
+    raw.custom_data.SetFilledLater("Dicapsule.PackedFile.Later", 64);
+    raw.custom_data.SetText("Dicapsule.PackedFile.Zlast", "zz");
+    dcm::DicomFileDataStream stream;
+    ASSERT_TRUE(da::DicomFileDataAdapter().WriteUncommitted(set, raw, Path("out.dcm"), Portability::ExistingTarget::refuse,
+                                                            stream));
+    EXPECT_FALSE(std::filesystem::exists(Path("out.dcm")));
+    ASSERT_EQ(stream.FilledLaterOffsets().size(), 1u);
+    const std::string filled(64, 'f');
+    ASSERT_TRUE(stream.WriteAt(stream.FilledLaterOffsets().front(), filled.data(), filled.size()));
+    EXPECT_FALSE(stream.WriteAt(std::filesystem::file_size(Path("payload.bin")) * 4, filled.data(), filled.size()));
+    ASSERT_TRUE(stream.Commit());
+    dm::InstanceDataRow* read = nullptr;
+    ASSERT_TRUE(da::DicomFileDataAdapter().Read(Path("out.dcm"), read_set, {}, read));
+    const auto& store = dynamic_cast<dm::RawDataDataRow*>(read)->custom_data;
+    for (const auto& [key, text] : {std::pair{"Dicapsule.PackedFile.Later", filled}, std::pair{"Dicapsule.PackedFile.Odd", std::string("odd")},
+                                    std::pair{"Dicapsule.PackedFile.Zlast", std::string("zz")}}) {
+        SCOPED_TRACE(key);
+        std::string value;
+        EXPECT_TRUE(store.GetText(key, value));
+        EXPECT_EQ(value, text);
+    }
+}
+
 TEST_F(AdapterRoundTrip, PayloadBeyondA32BitLengthIsRefusedBeforeWriting) {
     {
         const int descriptor = ::open(Path("huge.bin").c_str(), O_CREAT | O_WRONLY, 0600);
