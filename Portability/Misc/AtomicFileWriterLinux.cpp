@@ -198,7 +198,6 @@ bool CopyBuffered(int source_fd, std::uint64_t offset, std::uint64_t length, int
 // Direct reading: a cloned range is not in the page cache, and reading it through the cache
 // would cost a copy and the cache's bookkeeping for pages nobody reads again.
 constexpr std::uint64_t kDirectAlignment = HashingPipeline::kAlignment;
-constexpr std::size_t kHashPiece = std::size_t{1} << 20;
 
 // fd's file opened again for direct reading; -1 where the file system does not have it.
 int OpenDirect(int fd) {
@@ -209,7 +208,7 @@ int OpenDirect(int fd) {
 // Feeds `length` bytes of fd from `offset` to digest, each piece hashed on a second thread while
 // the next is read. False when a read fails or the file ends early.
 bool HashStoredRange(int fd, std::uint64_t offset, std::uint64_t length, Sha256& digest) {
-    HashingPipeline pipeline(digest, static_cast<std::size_t>(std::min<std::uint64_t>(length, kHashPiece)));
+    HashingPipeline pipeline(digest, HashingPipeline::PieceFor(length));
     int direct = offset % kDirectAlignment == 0 ? OpenDirect(fd) : -1;
     bool complete = true;
     for (std::uint64_t done = 0; done < length;) {
@@ -404,7 +403,7 @@ bool AtomicFileWriter::CopyRange(int source_fd, std::uint64_t offset, std::uint6
 // Reads each piece into memory, hands it to the hasher and writes it while the hasher works: the
 // digest is of the bytes exactly as they were written.
 bool AtomicFileWriter::CopyHashing(int source_fd, std::uint64_t offset, std::uint64_t length, Sha256& digest) {
-    HashingPipeline pipeline(digest, static_cast<std::size_t>(std::min<std::uint64_t>(length, kHashPiece)));
+    HashingPipeline pipeline(digest, HashingPipeline::PieceFor(length));
     for (std::uint64_t done = 0; done < length;) {
         const std::size_t want = static_cast<std::size_t>(std::min<std::uint64_t>(pipeline.capacity(), length - done));
         char* buffer = pipeline.Buffer();

@@ -1,9 +1,15 @@
 #include "Portability/Misc/HashingPipeline.h"
 #include "Portability/Misc/Sha256.h"
 
+#include <algorithm>
 #include <system_error>
 
 namespace Portability {
+
+std::size_t HashingPipeline::PieceFor(std::uint64_t length) {
+    constexpr std::uint64_t kLargest = 1 << 20, kSmallest = 64 << 10;
+    return static_cast<std::size_t>(std::clamp(length / 8, kSmallest, kLargest));
+}
 
 HashingPipeline::HashingPipeline(Sha256& digest, std::size_t pieceSize)
     : digest_(digest), pieceSize_((pieceSize + kAlignment - 1) / kAlignment * kAlignment) {

@@ -20,6 +20,10 @@ class HashingPipeline {
 public:
     static constexpr std::size_t kAlignment = 4096;
 
+    // The piece size for a stream of length bytes: 1 MiB, or an eighth of a shorter stream (64 KiB
+    // at least), so that a short copy overlaps its hash too rather than waiting for it at the end.
+    static std::size_t PieceFor(std::uint64_t length);
+
     // Pieces of at most pieceSize bytes (rounded up to kAlignment) are fed to digest in order.
     HashingPipeline(Sha256& digest, std::size_t pieceSize);
     // Waits for the hasher.

@@ -192,14 +192,14 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
     const HANDLE source = HandleOf(source_fd);
     if (source == INVALID_HANDLE_VALUE) return Fail(WriteFailure::io);
     // With a digest, each piece is hashed on a second thread while it is written and the next read.
-    const std::size_t piece = static_cast<std::size_t>(std::min(kCopyChunk, length));
     std::optional<HashingPipeline> pipeline;
     std::vector<char> plain;
     if (digest != nullptr) {
-        pipeline.emplace(*digest, piece);
+        pipeline.emplace(*digest, HashingPipeline::PieceFor(length));
     } else {
-        plain.resize(piece);
+        plain.resize(static_cast<std::size_t>(std::min(kCopyChunk, length)));
     }
+    const std::size_t piece = pipeline ? pipeline->capacity() : plain.size();
     for (std::uint64_t done = 0; done < length;) {
         char* buffer = pipeline ? pipeline->Buffer() : plain.data();
         OVERLAPPED at{};
