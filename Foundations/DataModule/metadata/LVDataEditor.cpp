@@ -16,13 +16,15 @@ namespace {
 
 constexpr const char* kTraceModule = "Module LVDataEditor";
 
-constexpr ElementTag kSpecificCharacterSet{0x0008, 0x0005};
+namespace Codec = DataAdapterModule::DicomCodecModule;
+
+constexpr Tag kSpecificCharacterSet{0x0008, 0x0005};
 
 // Tags an edition may not set: the file meta group, group lengths, the tool's private group, item
 // delimiters, and the attributes the file writer makes itself (SOP Class UID, the Acquisition
 // Context and Icon Image Sequences, Pixel Data).
 struct ReservedTag {
-    ElementTag tag;
+    Tag tag;
     std::string_view reason;
 };
 constexpr ReservedTag kReservedTags[] = {
@@ -32,14 +34,8 @@ constexpr ReservedTag kReservedTags[] = {
     {{0x7FE0, 0x0010}, "pixel data cannot be edited"},
 };
 
-std::string TagText(ElementTag tag) {
-    char text[16];
-    std::snprintf(text, sizeof text, "(%04X,%04X)", tag.group, tag.element);
-    return text;
-}
-
 // Why an edition may not set the tag, or "" when it may.
-std::string_view ReservedReason(ElementTag tag) {
+std::string_view ReservedReason(Tag tag) {
     if (tag.group <= 0x0002) return "the file meta group is written by the tool";
     if (tag.element == 0x0000) return "group lengths are computed by the writer";
     if (tag.group == 0x0009) return "group 0009 holds the tool's own private attributes";
@@ -129,7 +125,10 @@ bool LVDataEditor::ApplyElement(DataRow& row, RowKind kind, InstanceDataRow& ins
         return true;
     }
     if (const RowAttribute* attribute = FindRowAttribute(kind, element.tag)) {
-        if (element.vr != attribute->vr) return Fail(where + ": VR " + element.vr + " given, " + std::string(attribute->vr) + " expected");
+        if (element.vr != attribute->vr) {
+            return Fail(where + ": VR " + std::string(Codec::VRCode(element.vr)) + " given, " +
+                        std::string(Codec::VRCode(attribute->vr)) + " expected");
+        }
         if (!attribute->set(row, element.value)) return Fail(where + ": \"" + element.value + "\" is not a valid value");
         return true;
     }
@@ -138,7 +137,7 @@ bool LVDataEditor::ApplyElement(DataRow& row, RowKind kind, InstanceDataRow& ins
     }
     if (const std::string_view reason = ReservedReason(element.tag); !reason.empty()) return Fail(where + ": " + std::string(reason));
     if (!IsValidElementText(element.vr, element.value)) {
-        return Fail(where + ": \"" + element.value + "\" is not a valid " + element.vr + " value");
+        return Fail(where + ": \"" + element.value + "\" is not a valid " + std::string(Codec::VRCode(element.vr)) + " value");
     }
     if (!row.extra_elements.SetText(element.tag, element.vr, element.value)) return Fail(where + ": not stored");
     return true;
@@ -153,7 +152,7 @@ bool LVDataEditor::ApplySequence(DataRow& row, RowKind kind, const DicomXmlSeque
     std::vector<std::uint8_t> bytes;
     std::string reason;
     if (!EncodeSequenceItems(sequence.items, bytes, reason)) return Fail(where + ": " + reason);
-    if (!row.extra_elements.SetBytes(sequence.tag, "SQ", std::move(bytes))) return Fail(where + ": not stored");
+    if (!row.extra_elements.SetBytes(sequence.tag, ValueRepresentation::SQ, std::move(bytes))) return Fail(where + ": not stored");
     return true;
 }
 
