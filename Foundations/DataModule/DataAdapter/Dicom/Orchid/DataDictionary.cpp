@@ -1,6 +1,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -50,10 +51,18 @@ static_assert(kRows[4346].tag == Tag{0xFFFE, 0xE000} && kRows[4349].tag == Tag{0
 
 constexpr std::uint16_t kOverlayGroupBase = 0x6000;
 
+// The tag numbers in tag order, beside kTagOrder: a lookup searches one contiguous array.
+constexpr auto kSortedTagNumbers = [] {
+    std::array<std::uint32_t, std::size(kTagOrder)> numbers{};
+    for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = kRows[kTagOrder[i]].tag.Number();
+    return numbers;
+}();
+
 const DictionaryEntry* FindExact(Tag tag) noexcept {
-    const auto it = std::lower_bound(std::begin(kTagOrder), std::end(kTagOrder), tag,
-                                     [](std::uint32_t value, Tag t) { return kRows[value].tag < t; });
-    return it != std::end(kTagOrder) && kRows[*it].tag == tag ? &kRows[*it] : nullptr;
+    const std::uint32_t number = tag.Number();
+    const auto it = std::lower_bound(kSortedTagNumbers.begin(), kSortedTagNumbers.end(), number);
+    if (it == kSortedTagNumbers.end() || *it != number) return nullptr;
+    return &kRows[kTagOrder[it - kSortedTagNumbers.begin()]];
 }
 
 // Overlay attributes repeat in the even groups 6000..60FE; the table holds them once, under 6000.
