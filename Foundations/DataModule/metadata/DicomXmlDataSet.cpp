@@ -48,10 +48,10 @@ struct CodeItemAttribute {
     bool required;
 };
 constexpr CodeItemAttribute kCodeItemAttributes[] = {
-    {"Code", {0x0008, 0x0100}, VR::SH, "CodeValue", true},
-    {"Scheme", {0x0008, 0x0102}, VR::SH, "CodingSchemeDesignator", true},
-    {"Version", {0x0008, 0x0103}, VR::SH, "CodingSchemeVersion", false},
-    {"Meaning", {0x0008, 0x0104}, VR::LO, "CodeMeaning", true},
+    {"Code", Codec::Tags::CodeValue, VR::SH, "CodeValue", true},
+    {"Scheme", Codec::Tags::CodingSchemeDesignator, VR::SH, "CodingSchemeDesignator", true},
+    {"Version", Codec::Tags::CodingSchemeVersion, VR::SH, "CodingSchemeVersion", false},
+    {"Meaning", Codec::Tags::CodeMeaning, VR::LO, "CodeMeaning", true},
 };
 
 bool IsOneOf(VR vr, std::initializer_list<VR> vrs) {

@@ -1,5 +1,6 @@
 #include "Foundations/DataModule/metadata/LVDataEditor.h"
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
 #include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
@@ -8,7 +9,6 @@
 #include "Portability/Misc/DebugTrace.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace Lumivale::DataModule::DataConverterModule {
 
@@ -18,7 +18,6 @@ constexpr const char* kTraceModule = "Module LVDataEditor";
 
 namespace Codec = DataAdapterModule::DicomCodecModule;
 
-constexpr Tag kSpecificCharacterSet{0x0008, 0x0005};
 
 // Tags an edition may not set: the file meta group, group lengths, the tool's private group, item
 // delimiters, and the attributes the file writer makes itself (SOP Class UID, the Acquisition
@@ -28,10 +27,10 @@ struct ReservedTag {
     std::string_view reason;
 };
 constexpr ReservedTag kReservedTags[] = {
-    {{0x0008, 0x0016}, "the SOP class is the instance's own"},
-    {{0x0040, 0x0555}, "the acquisition context is written by the tool"},
-    {{0x0088, 0x0200}, "the icon image comes from --thumbnail"},
-    {{0x7FE0, 0x0010}, "pixel data cannot be edited"},
+    {Codec::Tags::SOPClassUID, "the SOP class is the instance's own"},
+    {Codec::Tags::AcquisitionContextSequence, "the acquisition context is written by the tool"},
+    {Codec::Tags::IconImageSequence, "the icon image comes from --thumbnail"},
+    {Codec::Tags::PixelData, "pixel data cannot be edited"},
 };
 
 // Why an edition may not set the tag, or "" when it may.
@@ -117,7 +116,7 @@ bool LVDataEditor::ApplyScope(DataRow& row, RowKind kind, InstanceDataRow& insta
 
 bool LVDataEditor::ApplyElement(DataRow& row, RowKind kind, InstanceDataRow& instance, const DicomXmlElement& element) {
     const std::string where = element.name + " " + TagText(element.tag) + " in " + std::string(RowKindName(kind));
-    if (element.tag == kSpecificCharacterSet) {
+    if (element.tag == Codec::Tags::SpecificCharacterSet) {
         if (kind != RowKind::Instance) return Fail(where + ": the character set belongs to the Instance scope");
         const MultiCharSetDataType character_set = MultiCharSetDataType::FromText(element.value);
         if (!HasOnlyKnownTerms(character_set)) return Fail(where + ": unknown character set \"" + element.value + "\"");

@@ -94,17 +94,12 @@ std::unique_ptr<dcm::DicomDataSetElement> NewElement(dcm::Tag tag, VR vr) {
 
 }  // namespace
 
-bool IsBinaryNumberVR(ValueRepresentation vr) noexcept {
-    return vr == VR::US || vr == VR::SS || vr == VR::UL || vr == VR::SL || vr == VR::FL || vr == VR::FD || vr == VR::SV ||
-           vr == VR::UV;
-}
-
 std::unique_ptr<dcm::DicomDataSetElement> MakeTextElement(dcm::Tag tag, ValueRepresentation vr,
                                                           std::string_view utf8, const MultiCharSetDataType& charset) {
     auto element = NewElement(tag, vr);
     if (utf8.empty()) return element;
     dcm::OrchidDataElementCodec codec(element.get());
-    if (IsBinaryNumberVR(vr)) {
+    if (dcm::VRIsBinaryNumber(vr)) {
         std::vector<std::uint8_t> bytes;
         if (!EncodeNumbers(vr, utf8, bytes)) return nullptr;
         element->SetValue(std::move(bytes));
@@ -139,7 +134,7 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedLongElement(dcm::Tag tag, 
 bool FetchElementText(const dcm::DicomDataSetElement& element, const MultiCharSetDataType& charset, std::string& utf8) {
     utf8.clear();
     dcm::OrchidDataElementCodec codec(const_cast<dcm::DicomDataSetElement*>(&element));  // fetches do not modify
-    if (IsBinaryNumberVR(element.vr)) {
+    if (dcm::VRIsBinaryNumber(element.vr)) {
         std::vector<std::uint8_t> bytes;
         return element.value.Load(bytes) && DecodeNumbers(element.vr, bytes, utf8);
     }

@@ -36,7 +36,4 @@ bool FetchUnsignedShort(const dcm::DicomDataSetElement& element, std::uint16_t& 
 // The first 32-bit unsigned value of a UL element; false when shorter.
 bool FetchUnsignedLong(const dcm::DicomDataSetElement& element, std::uint32_t& value);
 
-// True for the binary numeric VRs whose values are written as binary numbers from decimal text.
-bool IsBinaryNumberVR(dcm::ValueRepresentation vr) noexcept;
-
 }  // namespace Lumivale::DataModule::DataAdapterModule
