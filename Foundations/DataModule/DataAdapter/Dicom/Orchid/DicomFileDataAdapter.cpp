@@ -114,8 +114,7 @@ void InsertLateralityWhenRequired(dcm::DicomDataSet& dataSet, const RowChain& ch
     const bool bodyPartKnown = chain.series && chain.series->body_part_examined.IsSet();
     const bool required = !bodyPartKnown || IsPairedBodyPart(chain.series->body_part_examined.Value());
     if (required && !dataSet.Find(Tags::Laterality)) {
-        const dcm::Tag tag = Tags::Laterality;
-        dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(tag, VR::CS));
+        dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(Tags::Laterality, VR::CS));
     }
 }
 

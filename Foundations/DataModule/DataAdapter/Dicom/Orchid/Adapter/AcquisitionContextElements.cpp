@@ -26,8 +26,7 @@ bool InsertWide(dcm::DicomDataSet& item, Tag tag, VR vr, const WStringDataType& 
 bool InsertConcept(dcm::DicomDataSet& item, Tag sequenceTag, const CodedConcept& coded,
                    const MultiCharSetDataType& charset) {
     if (coded.code_value.IsEmpty()) return true;
-    const dcm::Tag tag = sequenceTag;
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(tag);
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(sequenceTag);
     dcm::DicomDataSet& code = sequence->AppendItem();
     const bool written = InsertText(code, Tags::CodeValue, VR::SH, coded.code_value.Value(), charset) &&
                          InsertText(code, Tags::CodingSchemeDesignator, VR::SH, coded.coding_scheme_designator.Value(), charset) &&
@@ -49,8 +48,7 @@ bool InsertItem(dcm::DicomDataSet& item, const AcquisitionContextItem& entry, co
 
 bool InsertAcquisitionContext(dcm::DicomDataSet& dataSet, const std::vector<AcquisitionContextItem>& items,
                               const MultiCharSetDataType& charset) {
-    const dcm::Tag tag = Tags::AcquisitionContextSequence;
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(tag);
+        auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(Tags::AcquisitionContextSequence);
     for (const AcquisitionContextItem& entry : items) {
         if (!InsertItem(sequence->AppendItem(), entry, charset)) return false;
     }

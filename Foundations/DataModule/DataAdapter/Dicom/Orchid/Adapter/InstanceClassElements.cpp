@@ -80,8 +80,7 @@ void ReadImage(const ElementReader& in, ImageInstanceDataRow& image) {
 
 // An empty sequence: a type 2 attribute the tool has no value for.
 bool InsertEmptySequence(dcm::DicomDataSet& dataSet, Tag tag) {
-    const dcm::Tag number = tag;
-    return dataSet.Insert(std::make_unique<dcm::DicomDataSetSequenceElement>(number));
+    return dataSet.Insert(std::make_unique<dcm::DicomDataSetSequenceElement>(tag));
 }
 
 // The units of a 3D model's coordinates: millimetres, as the STL, OBJ and MTL classes assume.
@@ -94,8 +93,7 @@ bool InsertMillimetreUnits(dcm::DicomDataSet& dataSet) {
 bool InsertDocumentBytes(dcm::DicomDataSet& dataSet, const ByteBuffer& document) {
     const std::uint64_t length = document.Length();
     if (dcm::EvenLength(length) > kMaxDicomValueLength) return false;
-    const dcm::Tag tag = Tags::EncapsulatedDocument;
-    auto element = std::make_unique<dcm::DicomDataSetElement>(tag, VR::OB);
+        auto element = std::make_unique<dcm::DicomDataSetElement>(Tags::EncapsulatedDocument, VR::OB);
     if (const FileRegion* region = document.Region()) {
         if (!region->IsInsideFile()) return false;
         element->valueLength = static_cast<std::uint32_t>(length);

@@ -25,8 +25,7 @@ bool InsertPurposeOfReference(dcm::DicomDataSet& item) {
 }  // namespace
 
 bool InsertReferencedInstances(dcm::DicomDataSet& dataSet, const std::vector<ReferencedInstance>& references) {
-    const dcm::Tag tag = Tags::ReferencedInstanceSequence;
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(tag);
+        auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(Tags::ReferencedInstanceSequence);
     for (const ReferencedInstance& reference : references) {
         // An item must name the SOP class (Type 1); a reference without one stays in the custom data only.
         if (reference.sop_class_uid.empty()) continue;

@@ -74,9 +74,8 @@ bool InsertExtraElements(dcm::DicomDataSet& dataSet, const ExtraElementList& ext
 
 void InsertMissingRequiredAttributes(dcm::DicomDataSet& dataSet) {
     for (const RequiredAttribute& required : kRequired) {
-        const dcm::Tag tag = required.tag;
-        if (!dataSet.Find(tag)) {
-            dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(tag, required.vr));
+        if (!dataSet.Find(required.tag)) {
+            dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(required.tag, required.vr));
         }
     }
 }
@@ -94,8 +93,7 @@ void ReadRowAttributes(const dcm::DicomDataSet& dataSet, RowKind kind, DataRow& 
 }
 
 bool IsHandledTag(dcm::Tag tag) noexcept {
-    const Tag elementTag{tag};
-    if (RowKindOfTag(elementTag)) return true;
+    if (RowKindOfTag(tag)) return true;
     for (const Tag programTag : kProgramTags) {
         if (programTag == tag) return true;
     }
