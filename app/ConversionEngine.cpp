@@ -106,7 +106,7 @@ bool ExtrasNeedMoreThanAscii(const dm::ExtraElementList& extras) {
     for (const auto& [tag, extra] : extras) {
         if (const auto* text = std::get_if<std::string>(&extra.value)) {
             if (!dm::IsAscii(*text)) return true;
-        } else if (extra.vr == "SQ") {
+        } else if (extra.vr == dm::ValueRepresentation::SQ) {
             const auto& items = std::get<std::vector<std::uint8_t>>(extra.value);
             if (dm::DataAdapterModule::StoredItemsHoldTextBeyondAscii(tag, items)) return true;
         }

@@ -18,7 +18,7 @@ using namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
 std::vector<const DictionaryEntry*> AllEntries() {
     std::vector<const DictionaryEntry*> entries;
     for (std::uint32_t value = 1; value < DictionaryEntryCount(); ++value) {
-        entries.push_back(&EntryByValue(static_cast<Tag>(value)));
+        entries.push_back(&EntryByValue(value));
     }
     return entries;
 }
@@ -34,11 +34,11 @@ void LookUpInTurn(benchmark::State& state, const std::vector<Key>& keys, Lookup 
     state.SetItemsProcessed(state.iterations());
 }
 
-constexpr auto kByTag = [](std::uint32_t tag) -> const DictionaryEntry& { return EntryByTag(tag); };
+constexpr auto kByTag = [](Tag tag) -> const DictionaryEntry& { return EntryByTag(tag); };
 constexpr auto kByKeyword = [](const std::string& keyword) -> const DictionaryEntry& { return EntryByKeyword(keyword); };
 
 void BM_EntryByTag_Known(benchmark::State& state) {
-    std::vector<std::uint32_t> tags;
+    std::vector<Tag> tags;
     for (const DictionaryEntry* entry : AllEntries()) tags.push_back(entry->tag);
     LookUpInTurn(state, tags, kByTag);
 }
@@ -46,8 +46,8 @@ BENCHMARK(BM_EntryByTag_Known);
 
 // Private and unlisted tags miss the table: the reader asks for them in every vendor file.
 void BM_EntryByTag_Unknown(benchmark::State& state) {
-    std::vector<std::uint32_t> tags;
-    for (std::uint32_t group = 0x0011; group < 0x0100; group += 2) tags.push_back(MakeTagNumber(group, 0x1010));
+    std::vector<Tag> tags;
+    for (std::uint16_t group = 0x0011; group < 0x0100; group += 2) tags.push_back(Tag{group, 0x1010});
     LookUpInTurn(state, tags, kByTag);
 }
 BENCHMARK(BM_EntryByTag_Unknown);
@@ -56,7 +56,7 @@ BENCHMARK(BM_EntryByTag_Unknown);
 void BM_EntryByTag_RepeatedOverlayGroup(benchmark::State& state) {
     std::uint16_t group = 0x6002;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(&EntryByTag(MakeTagNumber(group, 0x3000)));
+        benchmark::DoNotOptimize(&EntryByTag(Tag{group, 0x3000}));
         group = group == 0x60FE ? 0x6002 : static_cast<std::uint16_t>(group + 2);
     }
     state.SetItemsProcessed(state.iterations());

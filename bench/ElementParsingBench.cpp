@@ -59,9 +59,9 @@ std::vector<const DictionaryEntry*> ElementRows(std::size_t count, std::uint32_t
     std::vector<const DictionaryEntry*> rows;
     std::vector<std::uint8_t> ignored;
     for (std::uint32_t value = firstValue; value < DictionaryEntryCount() && rows.size() < count; ++value) {
-        const DictionaryEntry& row = EntryByValue(static_cast<Tag>(value));
-        const std::uint16_t group = TagGroup(row.tag);
-        if (!row.standard || group < 0x0008 || TagElement(row.tag) == 0 || group >= 0x5000) continue;
+        const DictionaryEntry& row = EntryByValue(value);
+        const std::uint16_t group = row.tag.group;
+        if (!row.standard || group < 0x0008 || row.tag.element == 0 || group >= 0x5000) continue;
         if (SampleValue(row.vr, ignored)) rows.push_back(&row);
     }
     return rows;
@@ -71,7 +71,7 @@ void InsertElements(DicomDataSet& set, const std::vector<const DictionaryEntry*>
     for (const DictionaryEntry* row : rows) {
         std::vector<std::uint8_t> bytes;
         SampleValue(row->vr, bytes);
-        set.Insert(std::make_unique<DicomDataSetElement>(TagGroup(row->tag), TagElement(row->tag), row->vr, std::move(bytes)));
+        set.Insert(std::make_unique<DicomDataSetElement>(row->tag, row->vr, std::move(bytes)));
     }
 }
 
@@ -81,9 +81,9 @@ DicomDataSet SampleDataSet() {
     const std::vector<const DictionaryEntry*> itemRows = ElementRows(kElementsPerItem, 2000);
     std::size_t added = 0;
     for (std::uint32_t value = 1; value < DictionaryEntryCount() && added < kSequences; ++value) {
-        const DictionaryEntry& row = EntryByValue(static_cast<Tag>(value));
+        const DictionaryEntry& row = EntryByValue(value);
         if (row.vr != VR::SQ || !row.standard || set.Find(row.tag) != nullptr) continue;
-        auto sequence = std::make_unique<DicomDataSetSequenceElement>(TagGroup(row.tag), TagElement(row.tag));
+        auto sequence = std::make_unique<DicomDataSetSequenceElement>(row.tag);
         for (std::size_t i = 0; i < kItemsPerSequence; ++i) InsertElements(sequence->AppendItem(), itemRows);
         set.Insert(std::move(sequence));
         ++added;
@@ -94,11 +94,11 @@ DicomDataSet SampleDataSet() {
 // The sample preceded by a file meta group, as in a Part 10 file.
 DicomDataSet SampleFile() {
     DicomDataSet set = SampleDataSet();
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0000, VR::UL, std::vector<std::uint8_t>(4, 0)));
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0001, VR::OB, std::vector<std::uint8_t>{0, 1}));
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0002, VR::UI, Text("1.2.840.10008.5.1.4.1.1.66", '\0')));
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0003, VR::UI, Text("1.2.826.0.1.3680043.2.1125.2", '\0')));
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0010, VR::UI, Text("1.2.840.10008.1.2.1", '\0')));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0000}, VR::UL, std::vector<std::uint8_t>(4, 0)));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0001}, VR::OB, std::vector<std::uint8_t>{0, 1}));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0002}, VR::UI, Text("1.2.840.10008.5.1.4.1.1.66", '\0')));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0003}, VR::UI, Text("1.2.826.0.1.3680043.2.1125.2", '\0')));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0010}, VR::UI, Text("1.2.840.10008.1.2.1", '\0')));
     return set;
 }
 

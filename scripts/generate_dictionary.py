@@ -205,17 +205,17 @@ def main():
         "" if source == DEFAULT_SOURCE else source + " ") + output
     lines = ["// Regenerate with: " + command,
              "// Generated from the DICOM data dictionary; do not edit by hand.",
-             "// DICAPSULE_DICTIONARY_ENUMERATORS: the Tag enumerators (name = value,)",
+             "// DICAPSULE_DICTIONARY_TAGS: a named Tag constant per row but the unknown one",
              "// DICAPSULE_DICTIONARY_ROWS: the DictionaryEntry initialisers in enumeration order",
              "// DICAPSULE_DICTIONARY_TAG_ORDER: enumeration values sorted by tag, for binary search",
              "// DICAPSULE_DICTIONARY_KEYWORD_ORDER: enumeration values of named rows sorted by keyword",
-             "#if defined(DICAPSULE_DICTIONARY_ENUMERATORS)"]
-    for value, row in enumerate(rows):
-        lines.append("%s = %d," % (row[0], value))
+             "#if defined(DICAPSULE_DICTIONARY_TAGS)"]
+    for enumerator, tag, *_ in rows[1:]:
+        lines.append("inline constexpr Tag %s{0x%04X, 0x%04X};" % (enumerator, tag >> 16, tag & 0xFFFF))
     lines.append("#elif defined(DICAPSULE_DICTIONARY_ROWS)")
     for value, (_, tag, keyword, name, vr, vm, flag) in enumerate(rows):
-        lines.append("{%d, 0x%08X, %s, %s, VR::%s, VM::%s, %s}," % (
-            value, tag, c_string(keyword), c_string(name), vr, vm, "true" if flag else "false"))
+        lines.append("{%d, {0x%04X, 0x%04X}, %s, %s, VR::%s, VM::%s, %s}," % (
+            value, tag >> 16, tag & 0xFFFF, c_string(keyword), c_string(name), vr, vm, "true" if flag else "false"))
     lines.append("#elif defined(DICAPSULE_DICTIONARY_TAG_ORDER)")
     by_tag = sorted(range(len(rows)), key=lambda v: rows[v][1])
     lines += wrap(by_tag)

@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!ReadFileHeader(input, fill)) return 0;
     if (input.Position() > size) std::abort();
     for (const auto& [tag, element] : meta) {
-        if (element->group != 0x0002) std::abort();
+        if (element->tag.group != 0x0002) std::abort();
     }
     return 0;
 }

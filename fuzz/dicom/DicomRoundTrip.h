@@ -18,7 +18,7 @@ namespace DicapsuleFuzz {
 inline bool WriteToMemory(const Lumivale::DataModule::DataAdapterModule::DicomCodecModule::DicomDataSet& dataSet,
                           std::vector<std::uint8_t>& bytes) {
     using namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
-    if (dataSet.Count() == 0 || dataSet.begin()->second->group != 0x0002) return false;
+    if (dataSet.Count() == 0 || dataSet.begin()->second->tag.group != 0x0002) return false;
     DicomMemoryDataStream output;
     output.SetEncoding(EncodingOfDataSet(dataSet));
     if (!WriteFileContent(output, dataSet)) return false;

@@ -16,6 +16,7 @@ COMMANDS = json.loads(pathlib.Path(os.environ["DICAPSULE_COMPILE_COMMANDS"]).rea
 # The layers from the bottom up, as docs/architecture.md lists them.
 LAYERS = [
     "Portability/Misc",
+    "Foundations/DataModule/DataAdapter/Dicom/Core",
     "Foundations/DataModule",
     "Foundations/DataModule/DataAdapter/Dicom/Orchid",
     "Foundations/DataModule/metadata",

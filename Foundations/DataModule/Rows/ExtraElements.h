@@ -1,7 +1,6 @@
 #pragma once
 // Attributes a row carries without a named member: metadata documents may set any element by tag.
 
-#include <compare>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -9,20 +8,19 @@
 #include <variant>
 #include <vector>
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Core/Tag.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Core/ValueRepresentation.h"
+
 namespace Lumivale::DataModule {
 
-// A DICOM tag as group and element numbers.
-struct ElementTag {
-    std::uint16_t group = 0;
-    std::uint16_t element = 0;
-    // Ordered by group, then element: the order elements are written in.
-    friend auto operator<=>(const ElementTag&, const ElementTag&) = default;
-};
+// The DICOM core's tag and VR, as the rows name them.
+using DataAdapterModule::DicomCodecModule::Tag;
+using DataAdapterModule::DicomCodecModule::ValueRepresentation;
 
-// One extra element: its tag, VR code and value as text (UTF-8, values separated by "\") or raw bytes.
+// One extra element: its tag, VR and value as text (UTF-8, values separated by "\") or raw bytes.
 struct ExtraElement {
-    ElementTag tag;
-    std::string vr;  // two upper-case letters, e.g. "LO"
+    Tag tag;
+    ValueRepresentation vr = ValueRepresentation::Unknown;
     std::variant<std::string, std::vector<std::uint8_t>> value;
 
     // True when the value is text.
@@ -32,16 +30,16 @@ struct ExtraElement {
 // The extra elements of a row, one per tag, in ascending tag order.
 class ExtraElementList {
 public:
-    // Add the element, replacing one of the same tag; false (nothing stored) when vr is not two upper-case letters.
+    // Add the element, replacing one of the same tag; false (nothing stored) when its VR is Unknown.
     bool Set(ExtraElement element);
     // Add or replace a text element.
-    bool SetText(ElementTag tag, std::string_view vr, std::string text);
+    bool SetText(Tag tag, ValueRepresentation vr, std::string text);
     // Add or replace a raw-bytes element.
-    bool SetBytes(ElementTag tag, std::string_view vr, std::vector<std::uint8_t> bytes);
+    bool SetBytes(Tag tag, ValueRepresentation vr, std::vector<std::uint8_t> bytes);
     // The element of this tag, or nullptr.
-    const ExtraElement* Find(ElementTag tag) const;
+    const ExtraElement* Find(Tag tag) const;
     // Remove the element of this tag; false when there was none.
-    bool Erase(ElementTag tag);
+    bool Erase(Tag tag);
     // Number of elements.
     std::size_t Size() const noexcept { return elements_.size(); }
     // True when there is no element.
@@ -51,7 +49,7 @@ public:
     auto end() const noexcept { return elements_.end(); }
 
 private:
-    std::map<ElementTag, ExtraElement> elements_;
+    std::map<Tag, ExtraElement> elements_;
 };
 
 }  // namespace Lumivale::DataModule

@@ -23,17 +23,18 @@ namespace {
 // ---------------------------------------------------------------------------------------------
 // Text checks shared by the value codecs.
 
-// Limits of a text VR: DICOM counts characters, so lengths are in code points.
+using VR = ValueRepresentation;
+
+// A text VR, whose limits come from the VR table: DICOM counts characters, so lengths are in code
+// points; free text (ST/LT) keeps leading blanks, and "\" and TAB CR LF FF are part of the value.
 struct TextRule {
-    std::string_view vr;
-    std::size_t max_characters;
-    bool free_text;  // ST/LT: leading blanks, "\" and TAB CR LF FF are part of the value
+    VR vr;
 };
 
-constexpr TextRule kLongString{"LO", 64, false};
-constexpr TextRule kShortString{"SH", 16, false};
-constexpr TextRule kShortText{"ST", 1024, true};
-constexpr TextRule kLongText{"LT", 10240, true};
+constexpr TextRule kLongString{VR::LO};
+constexpr TextRule kShortString{VR::SH};
+constexpr TextRule kShortText{VR::ST};
+constexpr TextRule kLongText{VR::LT};
 
 std::string_view TrimTrailingSpaces(std::string_view text) {
     while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
@@ -55,16 +56,17 @@ bool IsAllowedControl(char c, bool free_text) {
 // held decoded, so an escape would be a stray byte), no "\" unless free text, within the length.
 bool IsValidTextValue(std::string_view value, const TextRule& rule) {
     if (!IsValidUtf8(value)) return false;
+    const bool freeText = VRRow(rule.vr).freeText;
     for (const char c : value) {
         const auto byte = static_cast<unsigned char>(c);
-        if ((byte < 0x20 || byte == 0x7F) && !IsAllowedControl(c, rule.free_text)) return false;
-        if (c == '\\' && !rule.free_text) return false;
+        if ((byte < 0x20 || byte == 0x7F) && !IsAllowedControl(c, freeText)) return false;
+        if (c == '\\' && !freeText) return false;
     }
-    return CountCharacters(value) <= rule.max_characters;
+    return CountCharacters(value) <= VRMaxLength(rule.vr);
 }
 
 std::string_view TrimForRule(std::string_view text, const TextRule& rule) {
-    return rule.free_text ? TrimTrailingSpaces(text) : TrimBlanks(text);
+    return VRRow(rule.vr).freeText ? TrimTrailingSpaces(text) : TrimBlanks(text);
 }
 
 bool IsAsciiDigit(char c) { return c >= '0' && c <= '9'; }
@@ -77,7 +79,7 @@ bool AllDigits(std::string_view text) { return !text.empty() && std::all_of(text
 // Single-valued wide text (LO, SH, ST, LT).
 template <const TextRule& Rule>
 struct TextCodec {
-    static constexpr std::string_view kVr = Rule.vr;
+    static constexpr VR kVr = Rule.vr;
     static bool IsSet(const WStringDataType& value) { return value.IsSet(); }
     static std::optional<std::string> Get(const WStringDataType& value) { return TryToUtf8(value.Value()); }
     static bool Set(WStringDataType& value, std::string_view text) {
@@ -94,7 +96,7 @@ struct TextCodec {
 template <const TextRule& Rule>
 struct MultiTextCodec {
     using Value = MultiCodedWStringDataType<unsigned int>;
-    static constexpr std::string_view kVr = Rule.vr;
+    static constexpr VR kVr = Rule.vr;
     static bool IsSet(const Value& value) { return !value.IsEmpty(); }
     static std::optional<std::string> Get(const Value& value) { return TryToUtf8(value.Text()); }
     static bool Set(Value& value, std::string_view text) {
@@ -114,7 +116,7 @@ struct MultiTextCodec {
 
 // Age String: exactly three digits and one of D, W, M, Y.
 struct AgeCodec {
-    static constexpr std::string_view kVr = "AS";
+    static constexpr VR kVr = VR::AS;
     static bool IsSet(const WStringDataType& value) { return value.IsSet(); }
     static std::optional<std::string> Get(const WStringDataType& value) { return TryToUtf8(value.Value()); }
     static bool Set(WStringDataType& value, std::string_view text) {
@@ -133,8 +135,8 @@ struct AgeCodec {
 
 // Person Name: at most three "=" groups of at most five "^" components, 64 characters per group.
 struct PersonNameCodec {
-    static constexpr std::string_view kVr = "PN";
-    static constexpr TextRule kGroupRule{"PN", 64, false};
+    static constexpr VR kVr = VR::PN;
+    static constexpr TextRule kGroupRule{VR::PN};
     static bool IsSet(const PersonNameDataType& value) { return value.IsSet(); }
     static std::optional<std::string> Get(const PersonNameDataType& value) { return TryToUtf8(value.Text()); }
     static bool Set(PersonNameDataType& value, std::string_view text) {
@@ -156,7 +158,7 @@ struct PersonNameCodec {
 
 // Unique Identifier: dotted digits, at most 64 characters.
 struct UidCodec {
-    static constexpr std::string_view kVr = "UI";
+    static constexpr VR kVr = VR::UI;
     static bool IsSet(const UIDDataType& value) { return value.IsSet(); }
     static std::optional<std::string> Get(const UIDDataType& value) { return value.Value(); }
     static bool Set(UIDDataType& value, std::string_view text) {
@@ -174,7 +176,7 @@ struct UidCodec {
 template <typename E>
 struct CodedCodec {
     using Value = CodedStringDataType<E>;
-    static constexpr std::string_view kVr = "CS";
+    static constexpr VR kVr = VR::CS;
     static constexpr std::size_t kMaxLength = 16;
     static bool IsSet(const Value& value) { return value.IsSet() && !value.Term().empty(); }
     static std::optional<std::string> Get(const Value& value) { return value.Term(); }
@@ -197,7 +199,7 @@ struct CodedCodec {
 
 // Integer String: optional sign and digits, at most 12 characters, within 32 bits.
 struct IntegerCodec {
-    static constexpr std::string_view kVr = "IS";
+    static constexpr VR kVr = VR::IS;
     static bool IsSet(const IntegerDataType& value) { return value.IsSet(); }
     static std::optional<std::string> Get(const IntegerDataType& value) { return value.Text(); }
     static bool Set(IntegerDataType& value, std::string_view text) {
@@ -234,7 +236,7 @@ bool IsDecimalStringSyntax(std::string_view text) {
 
 // Decimal String: at most 16 characters; written in the shortest form that fits.
 struct DecimalCodec {
-    static constexpr std::string_view kVr = "DS";
+    static constexpr VR kVr = VR::DS;
     static constexpr std::size_t kMaxLength = 16;
     static bool IsSet(const DecimalDataType& value) { return value.IsSet() && std::isfinite(value.Value()); }
     static std::optional<std::string> Get(const DecimalDataType& value) {
@@ -274,7 +276,7 @@ void StoreDateTime(DateTimeDataType& value, const date_time& edited) {
 
 // The date fields of a date/time member (DA).
 struct DatePartCodec {
-    static constexpr std::string_view kVr = "DA";
+    static constexpr VR kVr = VR::DA;
     static bool IsSet(const DateTimeDataType& value) { return value.IsSet() && !DicomDateValue(value.Value()).empty(); }
     static std::optional<std::string> Get(const DateTimeDataType& value) { return DicomDateValue(value.Value()); }
     static bool Set(DateTimeDataType& value, std::string_view text) {
@@ -291,7 +293,7 @@ struct DatePartCodec {
 
 // The time fields of a date/time member (TM).
 struct TimePartCodec {
-    static constexpr std::string_view kVr = "TM";
+    static constexpr VR kVr = VR::TM;
     static bool IsSet(const DateTimeDataType& value) { return value.IsSet() && !DicomTimeValue(value.Value()).empty(); }
     static std::optional<std::string> Get(const DateTimeDataType& value) { return DicomTimeValue(value.Value()); }
     static bool Set(DateTimeDataType& value, std::string_view text) {
@@ -312,7 +314,7 @@ struct TimePartCodec {
 
 // A whole date/time member (DT).
 struct DateTimeCodec {
-    static constexpr std::string_view kVr = "DT";
+    static constexpr VR kVr = VR::DT;
     static bool IsSet(const DateTimeDataType& value) {
         return value.IsSet() && !DicomDateTimeValue(value.Value()).empty();
     }
@@ -354,7 +356,7 @@ struct MemberAccess {
 template <typename Row, auto Member, typename Codec>
 constexpr RowAttribute Entry(std::uint16_t group, std::uint16_t element, std::string_view keyword) {
     using Access = MemberAccess<Row, Member, Codec>;
-    return RowAttribute{ElementTag{group, element}, Codec::kVr, keyword, &Access::IsSet, &Access::Get, &Access::Set};
+    return RowAttribute{Tag{group, element}, Codec::kVr, keyword, &Access::IsSet, &Access::Get, &Access::Set};
 }
 
 using LO = TextCodec<kLongString>;
@@ -464,14 +466,14 @@ std::span<const RowAttribute> RowAttributesOf(RowKind kind) noexcept {
     return {};
 }
 
-const RowAttribute* FindRowAttribute(RowKind kind, ElementTag tag) noexcept {
+const RowAttribute* FindRowAttribute(RowKind kind, Tag tag) noexcept {
     const std::span<const RowAttribute> table = RowAttributesOf(kind);
     const auto found = std::lower_bound(table.begin(), table.end(), tag,
-                                        [](const RowAttribute& entry, ElementTag wanted) { return entry.tag < wanted; });
+                                        [](const RowAttribute& entry, Tag wanted) { return entry.tag < wanted; });
     return found != table.end() && found->tag == tag ? &*found : nullptr;
 }
 
-std::optional<RowKind> RowKindOfTag(ElementTag tag) noexcept {
+std::optional<RowKind> RowKindOfTag(Tag tag) noexcept {
     for (const RowKind kind : kAllRowKinds) {
         if (FindRowAttribute(kind, tag) != nullptr) return kind;
     }

@@ -41,8 +41,8 @@ struct RowAttribute {
     // not valid for the attribute or the row is not of the entry's class.
     using SetFunction = bool (*)(DataRow& row, std::string_view text);
 
-    ElementTag tag;            // the attribute's tag
-    std::string_view vr;       // its two-letter VR code
+    Tag tag;            // the attribute's tag
+    ValueRepresentation vr;    // its VR
     std::string_view keyword;  // its DICOM keyword, e.g. "PatientName"
     IsSetFunction is_set;      // set test
     GetFunction get;           // reader
@@ -53,9 +53,9 @@ struct RowAttribute {
 std::span<const RowAttribute> RowAttributesOf(RowKind kind) noexcept;
 
 // The entry of a tag in a row kind, or nullptr when the row kind has no member for it.
-const RowAttribute* FindRowAttribute(RowKind kind, ElementTag tag) noexcept;
+const RowAttribute* FindRowAttribute(RowKind kind, Tag tag) noexcept;
 
 // The row kind whose table holds the tag, or nullopt when no table does.
-std::optional<RowKind> RowKindOfTag(ElementTag tag) noexcept;
+std::optional<RowKind> RowKindOfTag(Tag tag) noexcept;
 
 }  // namespace Lumivale::DataModule

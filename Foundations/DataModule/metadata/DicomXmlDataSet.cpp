@@ -18,6 +18,7 @@ namespace Lumivale::DataModule::DataConverterModule {
 namespace {
 
 namespace Codec = DataAdapterModule::DicomCodecModule;
+using VR = Codec::ValueRepresentation;
 
 constexpr const char* kTraceModule = "Module DicomXmlDataSet";
 
@@ -41,26 +42,26 @@ constexpr std::string_view kNameComponents[] = {"Family", "Given", "Middle", "Pr
 // The items of a code sequence: Code Value, Coding Scheme Designator, Coding Scheme Version, Code Meaning.
 struct CodeItemAttribute {
     std::string_view attribute;
-    ElementTag tag;
-    std::string_view vr;
+    Tag tag;
+    VR vr;
     std::string_view keyword;
     bool required;
 };
 constexpr CodeItemAttribute kCodeItemAttributes[] = {
-    {"Code", {0x0008, 0x0100}, "SH", "CodeValue", true},
-    {"Scheme", {0x0008, 0x0102}, "SH", "CodingSchemeDesignator", true},
-    {"Version", {0x0008, 0x0103}, "SH", "CodingSchemeVersion", false},
-    {"Meaning", {0x0008, 0x0104}, "LO", "CodeMeaning", true},
+    {"Code", Codec::Tags::CodeValue, VR::SH, "CodeValue", true},
+    {"Scheme", Codec::Tags::CodingSchemeDesignator, VR::SH, "CodingSchemeDesignator", true},
+    {"Version", Codec::Tags::CodingSchemeVersion, VR::SH, "CodingSchemeVersion", false},
+    {"Meaning", Codec::Tags::CodeMeaning, VR::LO, "CodeMeaning", true},
 };
 
-bool IsOneOf(std::string_view vr, std::initializer_list<std::string_view> vrs) {
+bool IsOneOf(VR vr, std::initializer_list<VR> vrs) {
     return std::find(vrs.begin(), vrs.end(), vr) != vrs.end();
 }
 
 bool IsHexDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'); }
 
 // "(gggg,eeee)" with four hex digits each.
-bool ParseTagText(std::string_view text, ElementTag& tag) {
+bool ParseTagText(std::string_view text, Tag& tag) {
     if (text.size() != 11 || text[0] != '(' || text[5] != ',' || text[10] != ')') return false;
     const std::string_view group = text.substr(1, 4);
     const std::string_view element = text.substr(6, 4);
@@ -73,14 +74,16 @@ bool ParseTagText(std::string_view text, ElementTag& tag) {
 }
 
 // The dictionary VR as written for a value: the ambiguous ones take their usual form.
-std::string WrittenVr(Codec::ValueRepresentation vr) {
+VR WrittenVr(VR vr) {
     switch (vr) {
-        case Codec::ValueRepresentation::XS: return "US";
-        case Codec::ValueRepresentation::OX: return "OB";
-        case Codec::ValueRepresentation::SW: return "SS";
-        default: return std::string(Codec::VRCode(vr));
+        case VR::XS: return VR::US;
+        case VR::OX: return VR::OB;
+        case VR::SW: return VR::SS;
+        default: return vr;
     }
 }
+
+std::string Code(VR vr) { return std::string(Codec::VRCode(vr)); }
 
 // Reads scopes and value elements, keeping the first failure's reason.
 class Reader {
@@ -118,14 +121,14 @@ private:
     }
 
     // The tag and VR of a Name attribute: a keyword or "(gggg,eeee)", known to the dictionary.
-    bool Resolve(const pugi::xml_node& node, ElementTag& tag, std::string& vr) {
+    bool Resolve(const pugi::xml_node& node, Tag& tag, VR& vr) {
         const std::string_view name = node.attribute("Name").value();
         const Codec::DictionaryEntry* entry = nullptr;
         if (ParseTagText(name, tag)) {
-            entry = &Codec::EntryByTag(Codec::MakeTagNumber(tag.group, tag.element));
+            entry = &Codec::EntryByTag(tag);
         } else {
             entry = &Codec::EntryByKeyword(name);
-            tag = ElementTag{Codec::TagGroup(entry->tag), Codec::TagElement(entry->tag)};
+            tag = entry->tag;
         }
         if (name.empty() || entry->value == 0) return Fail(node, "unknown attribute name \"" + std::string(name) + "\"");
         vr = WrittenVr(entry->vr);
@@ -164,9 +167,9 @@ private:
         return read;
     }
 
-    bool RequireVr(const pugi::xml_node& node, const DicomXmlElement& element, std::initializer_list<std::string_view> vrs) {
+    bool RequireVr(const pugi::xml_node& node, const DicomXmlElement& element, std::initializer_list<VR> vrs) {
         if (IsOneOf(element.vr, vrs)) return true;
-        return Fail(node, element.name + " has VR " + element.vr + ", which this element kind cannot set");
+        return Fail(node, element.name + " has VR " + Code(element.vr) + ", which this element kind cannot set");
     }
 
     bool RequireValue(const pugi::xml_node& node, DicomXmlElement& element) {
@@ -178,37 +181,37 @@ private:
 
     bool ReadString(const pugi::xml_node& node, DicomXmlElement& element) {
         return AllowOnly(node, {"Name", "Value"}) &&
-               RequireVr(node, element, {"AE", "AS", "CS", "DA", "DS", "DT", "IS", "LO", "LT", "PN", "SH", "ST", "TM",
-                                         "UC", "UI", "UR", "UT"}) &&
+               RequireVr(node, element, {VR::AE, VR::AS, VR::CS, VR::DA, VR::DS, VR::DT, VR::IS, VR::LO, VR::LT, VR::PN,
+                                         VR::SH, VR::ST, VR::TM, VR::UC, VR::UI, VR::UR, VR::UT}) &&
                RequireValue(node, element);
     }
 
     bool ReadNumber(const pugi::xml_node& node, DicomXmlElement& element) {
         return AllowOnly(node, {"Name", "Value"}) &&
-               RequireVr(node, element, {"IS", "DS", "US", "SS", "UL", "SL", "FL", "FD"}) && RequireValue(node, element);
+               RequireVr(node, element, {VR::IS, VR::DS, VR::US, VR::SS, VR::UL, VR::SL, VR::FL, VR::FD}) && RequireValue(node, element);
     }
 
     bool ReadBoolean(const pugi::xml_node& node, DicomXmlElement& element) {
-        if (!AllowOnly(node, {"Name", "Value"}) || !RequireVr(node, element, {"CS", "IS", "US", "SS", "UL", "SL"}) ||
+        if (!AllowOnly(node, {"Name", "Value"}) || !RequireVr(node, element, {VR::CS, VR::IS, VR::US, VR::SS, VR::UL, VR::SL}) ||
             !RequireValue(node, element)) {
             return false;
         }
         const std::string word = ToLowerAscii(TrimBlanks(element.value));
         const bool is_true = word == "true" || word == "1" || word == "yes";
         if (!is_true && word != "false" && word != "0" && word != "no") return Fail(node, "Value is not a boolean");
-        element.value = element.vr == "CS" ? (is_true ? "YES" : "NO") : (is_true ? "1" : "0");
+        element.value = element.vr == VR::CS ? (is_true ? "YES" : "NO") : (is_true ? "1" : "0");
         return true;
     }
 
     // A coded string value, or with Code/Scheme/Meaning an item of a code sequence.
     bool ReadCode(const pugi::xml_node& node, DicomXmlElement& element, DicomXmlItem& item) {
         if (node.attribute("Value")) {
-            if (!AllowOnly(node, {"Name", "Value"}) || !RequireVr(node, element, {"CS"})) return false;
+            if (!AllowOnly(node, {"Name", "Value"}) || !RequireVr(node, element, {VR::CS})) return false;
             element.value = node.attribute("Value").value();
             item.elements.push_back(std::move(element));
             return true;
         }
-        if (!AllowOnly(node, {"Name", "Code", "Scheme", "Meaning", "Version"}) || !RequireVr(node, element, {"SQ"})) {
+        if (!AllowOnly(node, {"Name", "Code", "Scheme", "Meaning", "Version"}) || !RequireVr(node, element, {VR::SQ})) {
             return false;
         }
         DicomXmlItem code_item;
@@ -219,14 +222,14 @@ private:
                 continue;
             }
             code_item.elements.push_back(
-                {attribute.tag, std::string(attribute.vr), value.value(), std::string(attribute.keyword)});
+                {attribute.tag, attribute.vr, value.value(), std::string(attribute.keyword)});
         }
         SequenceOf(item, element.tag, element.name).items.push_back(std::move(code_item));
         return true;
     }
 
     // The sequence of this tag in the item, appended when it is not there yet.
-    static DicomXmlSequenceElement& SequenceOf(DicomXmlItem& item, ElementTag tag, const std::string& name) {
+    static DicomXmlSequenceElement& SequenceOf(DicomXmlItem& item, Tag tag, const std::string& name) {
         const auto found = std::find_if(item.sequences.begin(), item.sequences.end(),
                                         [tag](const DicomXmlSequenceElement& s) { return s.tag == tag; });
         if (found != item.sequences.end()) return *found;
@@ -274,20 +277,20 @@ private:
     }
 
     bool ReadDate(const pugi::xml_node& node, DicomXmlElement& element) {
-        if (!AllowOnly(node, {"Name", "Value", "Year", "Month", "Day"}) || !RequireVr(node, element, {"DA", "DT"})) return false;
+        if (!AllowOnly(node, {"Name", "Value", "Year", "Month", "Day"}) || !RequireVr(node, element, {VR::DA, VR::DT})) return false;
         if (node.attribute("Value")) return RequireValue(node, element);
         return DateParts(node, element.value);
     }
 
     bool ReadTime(const pugi::xml_node& node, DicomXmlElement& element) {
-        if (!AllowOnly(node, {"Name", "Value", "Hour", "Minute", "Second"}) || !RequireVr(node, element, {"TM"})) return false;
+        if (!AllowOnly(node, {"Name", "Value", "Hour", "Minute", "Second"}) || !RequireVr(node, element, {VR::TM})) return false;
         if (node.attribute("Value")) return RequireValue(node, element);
         return TimeParts(node, element.value);
     }
 
     bool ReadDateTime(const pugi::xml_node& node, DicomXmlElement& element) {
         if (!AllowOnly(node, {"Name", "Value", "Year", "Month", "Day", "Hour", "Minute", "Second"}) ||
-            !RequireVr(node, element, {"DT"})) {
+            !RequireVr(node, element, {VR::DT})) {
             return false;
         }
         if (node.attribute("Value")) return RequireValue(node, element);
@@ -311,7 +314,7 @@ private:
     }
 
     bool ReadName(const pugi::xml_node& node, DicomXmlElement& element) {
-        if (!RequireVr(node, element, {"PN"})) return false;
+        if (!RequireVr(node, element, {VR::PN})) return false;
         if (node.attribute("Value")) return AllowOnly(node, {"Name", "Value"}) && RequireValue(node, element);
         if (!AllowOnly(node, {"Name", "Family", "Given", "Middle", "Prefix", "Suffix"})) return false;
         std::string groups[3];
@@ -336,22 +339,23 @@ private:
         DicomXmlElement element;
         element.name = node.attribute("Tag").value();
         if (!ParseTagText(element.name, element.tag)) return Fail(node, "Tag \"" + element.name + "\" is not (gggg,eeee)");
-        element.vr = node.attribute("VR").value();
-        if (!IsTextualVr(element.vr)) return Fail(node, "VR \"" + element.vr + "\" cannot be given as text");
-        const Codec::DictionaryEntry& entry = Codec::EntryByTag(Codec::MakeTagNumber(element.tag.group, element.tag.element));
+        const std::string given = node.attribute("VR").value();
+        element.vr = Codec::VRFromCode(given);
+        if (!Codec::VRTakesText(element.vr)) return Fail(node, "VR \"" + given + "\" cannot be given as text");
+        const Codec::DictionaryEntry& entry = Codec::EntryByTag(element.tag);
         if (entry.value != 0 && !VrFitsDictionary(element.vr, entry.vr)) {
-            return Fail(node, element.name + " has VR " + std::string(Codec::VRCode(entry.vr)) + ", not " + element.vr);
+            return Fail(node, element.name + " has VR " + Code(entry.vr) + ", not " + given);
         }
         if (!RequireValue(node, element)) return false;
         item.elements.push_back(std::move(element));
         return true;
     }
 
-    static bool VrFitsDictionary(std::string_view given, Codec::ValueRepresentation dictionary) {
+    static bool VrFitsDictionary(VR given, VR dictionary) {
         switch (dictionary) {
-            case Codec::ValueRepresentation::XS: return given == "US" || given == "SS";
-            case Codec::ValueRepresentation::SW: return given == "SS";
-            default: return given == Codec::VRCode(dictionary);
+            case VR::XS: return given == VR::US || given == VR::SS;
+            case VR::SW: return given == VR::SS;
+            default: return given == dictionary;
         }
     }
 
@@ -359,7 +363,7 @@ private:
         if (!AllowOnly(node, {"Name"})) return false;
         DicomXmlElement named;
         named.name = node.attribute("Name").value();
-        if (!Resolve(node, named.tag, named.vr) || !RequireVr(node, named, {"SQ"})) return false;
+        if (!Resolve(node, named.tag, named.vr) || !RequireVr(node, named, {VR::SQ})) return false;
         if (depth_ >= kMaxSequenceDepth) {
             return Fail(node, "sequences nest deeper than " + std::to_string(kMaxSequenceDepth) + " levels");
         }

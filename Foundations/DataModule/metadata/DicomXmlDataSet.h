@@ -19,8 +19,8 @@ namespace Lumivale::DataModule::DataConverterModule {
 
 // One attribute named by the document.
 struct DicomXmlElement {
-    ElementTag tag;     // the attribute's tag
-    std::string vr;     // its VR: the dictionary's, or the one an <Element> gives
+    Tag tag;     // the attribute's tag
+    ValueRepresentation vr = ValueRepresentation::Unknown;  // the dictionary's, or the one an <Element> gives
     std::string value;  // DICOM text (UTF-8, values joined with "\")
     std::string name;   // how the document named it (keyword or "(gggg,eeee)"), for traces
 };
@@ -35,7 +35,7 @@ struct DicomXmlItem {
 
 // A sequence attribute and its items.
 struct DicomXmlSequenceElement {
-    ElementTag tag;                  // the sequence's tag
+    Tag tag;                  // the sequence's tag
     std::string name;                // how the document named it
     std::vector<DicomXmlItem> items; // the items in order
 };

@@ -2,7 +2,6 @@
 
 #include "Foundations/DataModule/Common/StringConversionUtils.h"
 #include "Foundations/DataModule/Common/TextUtils.h"
-#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueRepresentation.h"
 #include "Foundations/DataModule/Values/DateTime.h"
 #include "Foundations/DataModule/Values/UIDDataType.h"
 
@@ -18,63 +17,16 @@ namespace Lumivale::DataModule::DataConverterModule {
 
 namespace {
 
-// How a VR's values are checked.
-enum class Check { Text, CodeString, Age, Date, Time, DateTime, Decimal, Integer, Uid, PersonName, Binary, Binary64 };
-
 namespace Codec = DataAdapterModule::DicomCodecModule;
-
-// The text VRs: whether "\" separates values, and whether control characters TAB CR LF FF are
-// allowed. Their maximum lengths come from the codec's VR table.
-struct TextVr {
-    std::string_view vr;
-    bool multi_valued;
-    bool free_text;
-    Check check;
-    double min = 0;  // range of the binary numeric VRs
-    double max = 0;
-};
-
-constexpr TextVr kTextVrs[] = {
-    {"AE", true, false, Check::Text},
-    {"AS", true, false, Check::Age},
-    {"CS", true, false, Check::CodeString},
-    {"DA", true, false, Check::Date},
-    {"DS", true, false, Check::Decimal},
-    {"DT", true, false, Check::DateTime},
-    {"IS", true, false, Check::Integer},
-    {"LO", true, false, Check::Text},
-    {"LT", false, true, Check::Text},
-    {"PN", true, false, Check::PersonName},
-    {"SH", true, false, Check::Text},
-    {"ST", false, true, Check::Text},
-    {"TM", true, false, Check::Time},
-    {"UC", true, false, Check::Text},
-    {"UI", true, false, Check::Uid},
-    {"UR", false, false, Check::Text},
-    {"UT", false, true, Check::Text},
-    {"US", true, false, Check::Binary, 0, 65535},
-    {"SS", true, false, Check::Binary, -32768, 32767},
-    {"UL", true, false, Check::Binary, 0, 4294967295.0},
-    {"SL", true, false, Check::Binary, -2147483648.0, 2147483647},
-    {"FL", true, false, Check::Binary, -std::numeric_limits<float>::max(), std::numeric_limits<float>::max()},
-    {"FD", true, false, Check::Binary, -std::numeric_limits<double>::max(), std::numeric_limits<double>::max()},
-    // 64-bit integers: checked exactly, beyond the precision of a double.
-    {"SV", true, false, Check::Binary64, -1, 0},
-    {"UV", true, false, Check::Binary64, 0, 0},
-};
+using VR = Codec::ValueRepresentation;
+using Check = Codec::TextCheck;
+using Rule = Codec::ValueRepresentationRow;
 
 // Characters a value of the VR may hold, 0 for no limit. A person name's limit is per component
 // group and is checked there.
-std::size_t MaxCharacters(std::string_view vr) {
-    const Codec::ValueRepresentation code = Codec::VRFromCode(vr);
-    const std::uint32_t max = Codec::VRMaxLength(code);
-    if (code == Codec::ValueRepresentation::PN || max == Codec::kUnlimitedLength) return 0;
-    return max;
-}
-
-const TextVr* FindTextVr(std::string_view vr) {
-    const auto found = std::find_if(std::begin(kTextVrs), std::end(kTextVrs), [vr](const TextVr& row) { return row.vr == vr; });
-    return found == std::end(kTextVrs) ? nullptr : &*found;
+std::size_t MaxCharacters(const Rule& rule) {
+    if (rule.textCheck == Check::PersonName || rule.maxLength == Codec::kUnlimitedLength) return 0;
+    return rule.maxLength;
 }
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -146,16 +98,17 @@ bool IsValidPersonName(std::string_view value) {
     });
 }
 
-bool IsValidValue(const TextVr& rule, std::string_view value) {
-    if (rule.check == Check::Binary) return IsInRange(TrimBlanks(value), rule.min, rule.max);
-    if (rule.check == Check::Binary64) return IsInteger64(TrimBlanks(value), rule.min < 0);
-    if (HasForbiddenControl(value, rule.free_text)) return false;
-    const std::size_t max_characters = MaxCharacters(rule.vr);
+bool IsValidValue(const Rule& rule, std::string_view value) {
+    if (rule.textCheck == Check::Binary) return IsInRange(TrimBlanks(value), rule.minValue, rule.maxValue);
+    if (rule.textCheck == Check::Binary64) return IsInteger64(TrimBlanks(value), rule.minValue < 0);
+    if (HasForbiddenControl(value, rule.freeText)) return false;
+    const std::size_t max_characters = MaxCharacters(rule);
     if (max_characters != 0 && CountCharacters(value) > max_characters) return false;
     const std::string_view trimmed = TrimBlanks(value);
     if (trimmed.empty()) return true;  // an empty value of a multi-valued element
     date_time parsed;
-    switch (rule.check) {
+    switch (rule.textCheck) {
+        case Check::None: break;
         case Check::Text: return true;
         case Check::CodeString:
             return std::all_of(trimmed.begin(), trimmed.end(),
@@ -178,19 +131,12 @@ bool IsValidValue(const TextVr& rule, std::string_view value) {
 
 }  // namespace
 
-bool IsTextualVr(std::string_view vr) noexcept { return FindTextVr(vr) != nullptr; }
-
-bool IsBinaryNumberVr(std::string_view vr) noexcept {
-    const TextVr* rule = FindTextVr(vr);
-    return rule != nullptr && (rule->check == Check::Binary || rule->check == Check::Binary64);
-}
-
-bool IsValidElementText(std::string_view vr, std::string_view text) {
-    const TextVr* rule = FindTextVr(vr);
-    if (rule == nullptr || !IsValidUtf8(text)) return false;
-    if (!rule->multi_valued) return IsValidValue(*rule, text);
+bool IsValidElementText(VR vr, std::string_view text) {
+    const Rule& rule = Codec::VRRow(vr);
+    if (rule.textCheck == Check::None || !IsValidUtf8(text)) return false;
+    if (!rule.multipleValues) return IsValidValue(rule, text);
     const std::vector<std::string> values = SplitKeepingEmpty(text, '\\');
-    return std::all_of(values.begin(), values.end(), [rule](const std::string& value) { return IsValidValue(*rule, value); });
+    return std::all_of(values.begin(), values.end(), [&rule](const std::string& value) { return IsValidValue(rule, value); });
 }
 
 }  // namespace Lumivale::DataModule::DataConverterModule

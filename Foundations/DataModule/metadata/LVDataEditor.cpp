@@ -1,5 +1,6 @@
 #include "Foundations/DataModule/metadata/LVDataEditor.h"
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
 #include "Foundations/DataModule/Rows/EncapsulatedDocumentDataRow.h"
 #include "Foundations/DataModule/Rows/ImageInstanceDataRow.h"
 #include "Foundations/DataModule/Rows/RawDataDataRow.h"
@@ -8,7 +9,6 @@
 #include "Portability/Misc/DebugTrace.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace Lumivale::DataModule::DataConverterModule {
 
@@ -16,30 +16,25 @@ namespace {
 
 constexpr const char* kTraceModule = "Module LVDataEditor";
 
-constexpr ElementTag kSpecificCharacterSet{0x0008, 0x0005};
+namespace Codec = DataAdapterModule::DicomCodecModule;
+
 
 // Tags an edition may not set: the file meta group, group lengths, the tool's private group, item
 // delimiters, and the attributes the file writer makes itself (SOP Class UID, the Acquisition
 // Context and Icon Image Sequences, Pixel Data).
 struct ReservedTag {
-    ElementTag tag;
+    Tag tag;
     std::string_view reason;
 };
 constexpr ReservedTag kReservedTags[] = {
-    {{0x0008, 0x0016}, "the SOP class is the instance's own"},
-    {{0x0040, 0x0555}, "the acquisition context is written by the tool"},
-    {{0x0088, 0x0200}, "the icon image comes from --thumbnail"},
-    {{0x7FE0, 0x0010}, "pixel data cannot be edited"},
+    {Codec::Tags::SOPClassUID, "the SOP class is the instance's own"},
+    {Codec::Tags::AcquisitionContextSequence, "the acquisition context is written by the tool"},
+    {Codec::Tags::IconImageSequence, "the icon image comes from --thumbnail"},
+    {Codec::Tags::PixelData, "pixel data cannot be edited"},
 };
 
-std::string TagText(ElementTag tag) {
-    char text[16];
-    std::snprintf(text, sizeof text, "(%04X,%04X)", tag.group, tag.element);
-    return text;
-}
-
 // Why an edition may not set the tag, or "" when it may.
-std::string_view ReservedReason(ElementTag tag) {
+std::string_view ReservedReason(Tag tag) {
     if (tag.group <= 0x0002) return "the file meta group is written by the tool";
     if (tag.element == 0x0000) return "group lengths are computed by the writer";
     if (tag.group == 0x0009) return "group 0009 holds the tool's own private attributes";
@@ -121,7 +116,7 @@ bool LVDataEditor::ApplyScope(DataRow& row, RowKind kind, InstanceDataRow& insta
 
 bool LVDataEditor::ApplyElement(DataRow& row, RowKind kind, InstanceDataRow& instance, const DicomXmlElement& element) {
     const std::string where = element.name + " " + TagText(element.tag) + " in " + std::string(RowKindName(kind));
-    if (element.tag == kSpecificCharacterSet) {
+    if (element.tag == Codec::Tags::SpecificCharacterSet) {
         if (kind != RowKind::Instance) return Fail(where + ": the character set belongs to the Instance scope");
         const MultiCharSetDataType character_set = MultiCharSetDataType::FromText(element.value);
         if (!HasOnlyKnownTerms(character_set)) return Fail(where + ": unknown character set \"" + element.value + "\"");
@@ -129,7 +124,10 @@ bool LVDataEditor::ApplyElement(DataRow& row, RowKind kind, InstanceDataRow& ins
         return true;
     }
     if (const RowAttribute* attribute = FindRowAttribute(kind, element.tag)) {
-        if (element.vr != attribute->vr) return Fail(where + ": VR " + element.vr + " given, " + std::string(attribute->vr) + " expected");
+        if (element.vr != attribute->vr) {
+            return Fail(where + ": VR " + std::string(Codec::VRCode(element.vr)) + " given, " +
+                        std::string(Codec::VRCode(attribute->vr)) + " expected");
+        }
         if (!attribute->set(row, element.value)) return Fail(where + ": \"" + element.value + "\" is not a valid value");
         return true;
     }
@@ -138,7 +136,7 @@ bool LVDataEditor::ApplyElement(DataRow& row, RowKind kind, InstanceDataRow& ins
     }
     if (const std::string_view reason = ReservedReason(element.tag); !reason.empty()) return Fail(where + ": " + std::string(reason));
     if (!IsValidElementText(element.vr, element.value)) {
-        return Fail(where + ": \"" + element.value + "\" is not a valid " + element.vr + " value");
+        return Fail(where + ": \"" + element.value + "\" is not a valid " + std::string(Codec::VRCode(element.vr)) + " value");
     }
     if (!row.extra_elements.SetText(element.tag, element.vr, element.value)) return Fail(where + ": not stored");
     return true;
@@ -153,7 +151,7 @@ bool LVDataEditor::ApplySequence(DataRow& row, RowKind kind, const DicomXmlSeque
     std::vector<std::uint8_t> bytes;
     std::string reason;
     if (!EncodeSequenceItems(sequence.items, bytes, reason)) return Fail(where + ": " + reason);
-    if (!row.extra_elements.SetBytes(sequence.tag, "SQ", std::move(bytes))) return Fail(where + ": not stored");
+    if (!row.extra_elements.SetBytes(sequence.tag, ValueRepresentation::SQ, std::move(bytes))) return Fail(where + ": not stored");
     return true;
 }
 

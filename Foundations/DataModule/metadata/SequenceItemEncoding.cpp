@@ -14,8 +14,7 @@ namespace {
 
 namespace Codec = DataAdapterModule::DicomCodecModule;
 
-// VRs with the long explicit header (2 reserved bytes and a 32-bit length), as the codec writes them.
-bool HasLongHeader(std::string_view vr) { return Codec::HasLongLengthField(Codec::VRFromCode(vr)); }
+using VR = Codec::ValueRepresentation;
 
 void PutU16(std::vector<std::uint8_t>& out, std::uint16_t value) {
     out.push_back(static_cast<std::uint8_t>(value & 0xFF));
@@ -35,14 +34,14 @@ void PutBinary(std::vector<std::uint8_t>& out, T value) {
 }
 
 // The binary form of "\"-separated numbers already checked by IsValidElementText.
-std::vector<std::uint8_t> BinaryNumbers(std::string_view vr, std::string_view text) {
+std::vector<std::uint8_t> BinaryNumbers(VR vr, std::string_view text) {
     std::vector<std::uint8_t> bytes;
     for (const std::string& field : SplitKeepingEmpty(text, '\\')) {
         std::string_view number = TrimBlanks(field);
         if (!number.empty() && number.front() == '+') number.remove_prefix(1);
-        if (vr == "SV" || vr == "UV") {  // exact: a double cannot hold every 64-bit integer
+        if (vr == VR::SV || vr == VR::UV) {  // exact: a double cannot hold every 64-bit integer
             const char* end = number.data() + number.size();
-            if (vr == "SV") {
+            if (vr == VR::SV) {
                 std::int64_t exact = 0;
                 std::from_chars(number.data(), end, exact);
                 PutBinary(bytes, exact);
@@ -55,23 +54,24 @@ std::vector<std::uint8_t> BinaryNumbers(std::string_view vr, std::string_view te
         }
         double value = 0;
         std::from_chars(number.data(), number.data() + number.size(), value);
-        if (vr == "US") PutBinary(bytes, static_cast<std::uint16_t>(value));
-        else if (vr == "SS") PutBinary(bytes, static_cast<std::int16_t>(value));
-        else if (vr == "UL") PutBinary(bytes, static_cast<std::uint32_t>(value));
-        else if (vr == "SL") PutBinary(bytes, static_cast<std::int32_t>(value));
-        else if (vr == "FL") PutBinary(bytes, static_cast<float>(value));
+        if (vr == VR::US) PutBinary(bytes, static_cast<std::uint16_t>(value));
+        else if (vr == VR::SS) PutBinary(bytes, static_cast<std::int16_t>(value));
+        else if (vr == VR::UL) PutBinary(bytes, static_cast<std::uint32_t>(value));
+        else if (vr == VR::SL) PutBinary(bytes, static_cast<std::int32_t>(value));
+        else if (vr == VR::FL) PutBinary(bytes, static_cast<float>(value));
         else PutBinary(bytes, value);
     }
     return bytes;
 }
 
-bool PutElement(std::vector<std::uint8_t>& out, ElementTag tag, std::string_view vr,
+bool PutElement(std::vector<std::uint8_t>& out, Tag tag, VR vr,
                 const std::vector<std::uint8_t>& value, std::string& error) {
     PutU16(out, tag.group);
     PutU16(out, tag.element);
-    out.push_back(static_cast<std::uint8_t>(vr[0]));
-    out.push_back(static_cast<std::uint8_t>(vr[1]));
-    if (HasLongHeader(vr)) {
+    const std::string_view code = Codec::VRCode(vr);
+    out.push_back(static_cast<std::uint8_t>(code[0]));
+    out.push_back(static_cast<std::uint8_t>(code[1]));
+    if (Codec::HasLongLengthField(vr)) {
         if (value.size() >= 0xFFFFFFFFull) {
             error = "a sequence value is too long";
             return false;
@@ -80,7 +80,7 @@ bool PutElement(std::vector<std::uint8_t>& out, ElementTag tag, std::string_view
         PutU32(out, static_cast<std::uint32_t>(value.size()));
     } else {
         if (value.size() > 0xFFFE) {
-            error = "a " + std::string(vr) + " value in a sequence is longer than 65534 bytes";
+            error = "a " + std::string(code) + " value in a sequence is longer than 65534 bytes";
             return false;
         }
         PutU16(out, static_cast<std::uint16_t>(value.size()));
@@ -95,25 +95,25 @@ bool EncodeItems(const std::vector<DicomXmlItem>& items, unsigned depth, std::ve
 // One item of a sequence nested `depth` levels deep (1 for a top-level sequence).
 bool EncodeItem(const DicomXmlItem& item, unsigned depth, std::vector<std::uint8_t>& out, std::string& error) {
     // Elements are written in tag order whatever the document order; a later one replaces an earlier one.
-    std::map<ElementTag, std::pair<std::string, std::vector<std::uint8_t>>> encoded;
+    std::map<Tag, std::pair<VR, std::vector<std::uint8_t>>> encoded;
     for (const DicomXmlElement& element : item.elements) {
         if (!IsValidElementText(element.vr, element.value)) {
-            error = element.name + " \"" + element.value + "\" is not a valid " + element.vr + " value";
+            error = element.name + " \"" + element.value + "\" is not a valid " + std::string(Codec::VRCode(element.vr)) + " value";
             return false;
         }
         std::vector<std::uint8_t> value;
-        if (IsBinaryNumberVr(element.vr)) {
+        if (Codec::VRIsBinaryNumber(element.vr)) {
             value = BinaryNumbers(element.vr, element.value);
         } else {
             value.assign(element.value.begin(), element.value.end());
-            if (value.size() % 2 != 0) value.push_back(element.vr == "UI" ? 0 : ' ');
+            if (value.size() % 2 != 0) value.push_back(element.vr == VR::UI ? 0 : ' ');
         }
         encoded[element.tag] = {element.vr, std::move(value)};
     }
     for (const DicomXmlSequenceElement& sequence : item.sequences) {
         std::vector<std::uint8_t> value;
         if (!EncodeItems(sequence.items, depth + 1, value, error)) return false;
-        encoded[sequence.tag] = {"SQ", std::move(value)};
+        encoded[sequence.tag] = {VR::SQ, std::move(value)};
     }
     std::vector<std::uint8_t> body;
     for (const auto& [tag, element] : encoded) {

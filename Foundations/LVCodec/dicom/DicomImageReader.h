@@ -1,6 +1,6 @@
 #pragma once
-// Minimal DICOM Part 10 reader for images: finds the image pixel attributes of the main data set and
-// of the first Icon Image Sequence item, and decodes their pixels.
+// DICOM Part 10 images: the image pixel attributes of the main data set and of the first Icon Image
+// Sequence item, read through the DICOM codec's stream, and the decoding of their pixels.
 
 #include "Foundations/LVBuffer2DTools/LVImageMemory.h"
 
@@ -36,8 +36,8 @@ struct DicomImageFile {
     bool has_icon = false;        // the sequence and an item were present
 };
 
-// Parse a Part 10 file (128-byte preamble, "DICM", explicit little-endian meta group, then implicit or
-// explicit little-endian data set). The spans in file point into bytes.
+// Read a Part 10 file (128-byte preamble, "DICM", explicit little-endian meta group, then implicit or
+// explicit little-endian data set) with the codec's stream, in place. The spans in file point into bytes.
 bool ReadDicomImageFile(std::span<const std::uint8_t> bytes, DicomImageFile& file);
 // Decode frame `frame` of attributes (native, or encapsulated JPEG, JPEG-LS or JPEG 2000) into image;
 // `source` names the file in trace lines.

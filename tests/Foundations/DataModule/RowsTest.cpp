@@ -108,13 +108,12 @@ TEST(CustomData, ByteWiseOrderAndEmptiness) {
 
 TEST(ExtraElements, OnePerTagInTagOrder) {
     ExtraElementList list;
-    EXPECT_TRUE(list.SetText({0x0010, 0x2160}, "SH", "first"));
-    EXPECT_TRUE(list.SetBytes({0x0009, 0x1001}, "OB", {1, 2, 3}));
-    EXPECT_TRUE(list.SetText({0x0010, 0x2160}, "SH", "second"));
-    EXPECT_FALSE(list.SetText({0x0010, 0x1000}, "sh", "bad VR"));
-    EXPECT_FALSE(list.SetText({0x0010, 0x1000}, "LOX", "bad VR"));
+    EXPECT_TRUE(list.SetText({0x0010, 0x2160}, ValueRepresentation::SH, "first"));
+    EXPECT_TRUE(list.SetBytes({0x0009, 0x1001}, ValueRepresentation::OB, {1, 2, 3}));
+    EXPECT_TRUE(list.SetText({0x0010, 0x2160}, ValueRepresentation::SH, "second"));
+    EXPECT_FALSE(list.SetText({0x0010, 0x1000}, ValueRepresentation::Unknown, "no VR"));
     ASSERT_EQ(list.Size(), 2u);
-    EXPECT_EQ(list.begin()->first, (ElementTag{0x0009, 0x1001}));
+    EXPECT_EQ(list.begin()->first, (Tag{0x0009, 0x1001}));
     const ExtraElement* element = list.Find({0x0010, 0x2160});
     ASSERT_NE(element, nullptr);
     EXPECT_EQ(std::get<std::string>(element->value), "second");

@@ -55,15 +55,15 @@ TEST(EditionDocument, RowAttributeTableAgreesWithTheDictionary) {
         for (const RowAttribute& attribute : RowAttributesOf(kind)) {
             SCOPED_TRACE(std::string(attribute.keyword));
             const Codec::DictionaryEntry& entry = Codec::EntryByKeyword(attribute.keyword);
-            EXPECT_EQ(entry.tag, Codec::MakeTagNumber(attribute.tag.group, attribute.tag.element));
-            EXPECT_EQ(Codec::VRCode(entry.vr), attribute.vr);
+            EXPECT_EQ(entry.tag, attribute.tag);
+            EXPECT_EQ(entry.vr, attribute.vr);
         }
     }
 }
 
 // What one element of an edition gives: the text read back from the row (named member or extra element).
 TEST(EditionDocument, EveryElementKindReachesItsRow) {
-    const struct { const char* id; const char* scope; const char* element; RowKind kind; ElementTag tag;
+    const struct { const char* id; const char* scope; const char* element; RowKind kind; Tag tag;
         const char* expected; } cases[] = {
         {"string-by-tag", "Patient", R"x(<String Name="(0010,0021)" Value="Issuer"/>)x", RowKind::Patient, {0x0010, 0x0021}, "Issuer"},
         {"number", "Series", R"x(<Number Name="SeriesNumber" Value="3"/>)x", RowKind::Series, {0x0020, 0x0011}, "3"},
@@ -171,7 +171,7 @@ TEST(EditionDocument, SequencesAreStoredAsEncodedItems) {
     ASSERT_TRUE(BuildRowsFromEditionDocument(set, document, kStamp, SOPClass::RawData, rows));
     const ExtraElement* code = rows.study->extra_elements.Find({0x0008, 0x1032});
     ASSERT_NE(code, nullptr);
-    EXPECT_EQ(code->vr, "SQ");
+    EXPECT_EQ(code->vr, ValueRepresentation::SQ);
     const std::vector<std::uint8_t> expected = {
         0xFE, 0xFF, 0x00, 0xE0, 44, 0, 0, 0,                                   // item, length 44
         0x08, 0, 0x00, 0x01, 'S', 'H', 6, 0, 'D', '0', '3', '3', '0', ' ',     // (0008,0100) CodeValue

@@ -1,6 +1,7 @@
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DataDictionary.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -45,14 +46,23 @@ constexpr bool RowsAreInValueOrder() {
     return true;
 }
 static_assert(RowsAreInValueOrder(), "dictionary rows must be indexed by their enumeration value");
-static_assert(kRows[4346].tag == 0xFFFEE000 && kRows[4349].tag == 0x00090000 && kRows[4350].tag == 0x00090011);
+static_assert(kRows[4346].tag == Tag{0xFFFE, 0xE000} && kRows[4349].tag == Tag{0x0009, 0x0000} &&
+              kRows[4350].tag == Tag{0x0009, 0x0011});
 
-constexpr std::uint32_t kOverlayGroupBase = 0x6000;
+constexpr std::uint16_t kOverlayGroupBase = 0x6000;
 
-const DictionaryEntry* FindExact(std::uint32_t tag) noexcept {
-    const auto it = std::lower_bound(std::begin(kTagOrder), std::end(kTagOrder), tag,
-                                     [](std::uint32_t value, std::uint32_t t) { return kRows[value].tag < t; });
-    return it != std::end(kTagOrder) && kRows[*it].tag == tag ? &kRows[*it] : nullptr;
+// The tag numbers in tag order, beside kTagOrder: a lookup searches one contiguous array.
+constexpr auto kSortedTagNumbers = [] {
+    std::array<std::uint32_t, std::size(kTagOrder)> numbers{};
+    for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = kRows[kTagOrder[i]].tag.Number();
+    return numbers;
+}();
+
+const DictionaryEntry* FindExact(Tag tag) noexcept {
+    const std::uint32_t number = tag.Number();
+    const auto it = std::lower_bound(kSortedTagNumbers.begin(), kSortedTagNumbers.end(), number);
+    if (it == kSortedTagNumbers.end() || *it != number) return nullptr;
+    return &kRows[kTagOrder[it - kSortedTagNumbers.begin()]];
 }
 
 // Overlay attributes repeat in the even groups 6000..60FE; the table holds them once, under 6000.
@@ -64,15 +74,14 @@ bool IsRepeatedOverlayGroup(std::uint16_t group) noexcept {
 
 std::uint32_t DictionaryEntryCount() noexcept { return static_cast<std::uint32_t>(kRowCount); }
 
-const DictionaryEntry& EntryByValue(Tag value) noexcept {
-    const auto index = static_cast<std::size_t>(value);
-    return index < kRowCount ? kRows[index] : kRows[0];
+const DictionaryEntry& EntryByValue(std::uint32_t value) noexcept {
+    return value < kRowCount ? kRows[value] : kRows[0];
 }
 
-const DictionaryEntry& EntryByTag(std::uint32_t tag) noexcept {
+const DictionaryEntry& EntryByTag(Tag tag) noexcept {
     if (const DictionaryEntry* entry = FindExact(tag)) return *entry;
-    if (IsRepeatedOverlayGroup(TagGroup(tag))) {
-        if (const DictionaryEntry* entry = FindExact(MakeTagNumber(kOverlayGroupBase, TagElement(tag)))) return *entry;
+    if (IsRepeatedOverlayGroup(tag.group)) {
+        if (const DictionaryEntry* entry = FindExact(Tag{kOverlayGroupBase, tag.element})) return *entry;
     }
     return kRows[0];
 }
@@ -84,7 +93,6 @@ const DictionaryEntry& EntryByKeyword(std::string_view keyword) noexcept {
     return it != std::end(kKeywordOrder) && kRows[*it].keyword == keyword ? kRows[*it] : kRows[0];
 }
 
-std::uint32_t TagNumber(Tag value) noexcept { return EntryByValue(value).tag; }
-ValueRepresentation TagVR(Tag value) noexcept { return EntryByValue(value).vr; }
+ValueRepresentation TagVR(Tag tag) noexcept { return EntryByTag(tag).vr; }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

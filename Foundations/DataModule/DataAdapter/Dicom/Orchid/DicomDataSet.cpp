@@ -2,9 +2,8 @@
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
-DicomDataSetElement::DicomDataSetElement(std::uint16_t group_, std::uint16_t element_, ValueRepresentation vr_,
-                                         std::vector<std::uint8_t> bytes)
-    : group(group_), element(element_), vr(vr_) {
+DicomDataSetElement::DicomDataSetElement(Tag tag_, ValueRepresentation vr_, std::vector<std::uint8_t> bytes)
+    : tag(tag_), vr(vr_) {
     SetValue(std::move(bytes));
 }
 
@@ -21,24 +20,24 @@ void DicomDataSetElement::Clear() noexcept { *this = DicomDataSetElement(); }
 
 bool DicomDataSet::Insert(std::unique_ptr<DicomDataSetElement> node) {
     if (!node) return false;
-    const std::uint32_t tag = node->TagNumber();
+    const Tag tag = node->tag;
     elements_.insert_or_assign(tag, std::move(node));
     return true;
 }
 
-DicomDataSetElement* DicomDataSet::Find(std::uint32_t tag) noexcept {
+DicomDataSetElement* DicomDataSet::Find(Tag tag) noexcept {
     const auto it = elements_.find(tag);
     return it == elements_.end() ? nullptr : it->second.get();
 }
 
-const DicomDataSetElement* DicomDataSet::Find(std::uint32_t tag) const noexcept {
+const DicomDataSetElement* DicomDataSet::Find(Tag tag) const noexcept {
     const auto it = elements_.find(tag);
     return it == elements_.end() ? nullptr : it->second.get();
 }
 
-bool DicomDataSet::Remove(std::uint32_t tag) { return elements_.erase(tag) != 0; }
+bool DicomDataSet::Remove(Tag tag) { return elements_.erase(tag) != 0; }
 
-std::unique_ptr<DicomDataSetElement> DicomDataSet::Release(std::uint32_t tag) {
+std::unique_ptr<DicomDataSetElement> DicomDataSet::Release(Tag tag) {
     const auto it = elements_.find(tag);
     if (it == elements_.end()) return nullptr;
     std::unique_ptr<DicomDataSetElement> node = std::move(it->second);
@@ -52,10 +51,9 @@ std::uint64_t DicomDataSet::EncodedSize(StreamEncoding encoding) const {
     return size;
 }
 
-DicomDataSetSequenceElement::DicomDataSetSequenceElement(std::uint16_t group_, std::uint16_t element_) {
+DicomDataSetSequenceElement::DicomDataSetSequenceElement(Tag tag_) {
     kind = DicomElementKind::Sequence;
-    group = group_;
-    element = element_;
+    tag = tag_;
     vr = ValueRepresentation::SQ;
     valueLength = kUndefinedLength;
 }
@@ -91,8 +89,7 @@ std::uint64_t DicomDataSetSequenceElement::EncodedSize(StreamEncoding encoding) 
 }
 
 DicomDataSetFrameContainerElement::DicomDataSetFrameContainerElement(ValueRepresentation vr_, bool encapsulatedFrames) {
-    group = 0x7FE0;
-    element = 0x0010;
+    tag = Tags::PixelData;
     vr = vr_;
     encapsulated = encapsulatedFrames;
     valueLength = encapsulatedFrames ? kUndefinedLength : 0;

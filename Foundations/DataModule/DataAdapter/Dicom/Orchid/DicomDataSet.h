@@ -14,22 +14,18 @@ namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 // A data set (the root of a file, or one item of a sequence); owns its element nodes.
 class DicomDataSet {
 public:
-    using ElementMap = std::map<std::uint32_t, std::unique_ptr<DicomDataSetElement>>;
+    using ElementMap = std::map<Tag, std::unique_ptr<DicomDataSetElement>>;
 
     // Insert a node, replacing (and destroying) any node with the same tag; false for null.
     bool Insert(std::unique_ptr<DicomDataSetElement> node);
-    // The node with this tag number, or null.
-    DicomDataSetElement* Find(std::uint32_t tag) noexcept;
-    // The node with this tag number, or null.
-    const DicomDataSetElement* Find(std::uint32_t tag) const noexcept;
-    // The node of this attribute, or null.
-    DicomDataSetElement* Find(Tag tag) noexcept { return Find(TagNumber(tag)); }
-    // The node of this attribute, or null.
-    const DicomDataSetElement* Find(Tag tag) const noexcept { return Find(TagNumber(tag)); }
-    // Remove and destroy the node with this tag number; false when there was none.
-    bool Remove(std::uint32_t tag);
-    // Remove the node with this tag number and hand it over; null when there was none.
-    std::unique_ptr<DicomDataSetElement> Release(std::uint32_t tag);
+    // The node with this tag, or null.
+    DicomDataSetElement* Find(Tag tag) noexcept;
+    // The node with this tag, or null.
+    const DicomDataSetElement* Find(Tag tag) const noexcept;
+    // Remove and destroy the node with this tag; false when there was none.
+    bool Remove(Tag tag);
+    // Remove the node with this tag and hand it over; null when there was none.
+    std::unique_ptr<DicomDataSetElement> Release(Tag tag);
     // Number of nodes.
     std::size_t Count() const noexcept { return elements_.size(); }
     // The nodes in ascending tag order.
@@ -47,7 +43,7 @@ private:
 class DicomDataSetSequenceElement : public DicomDataSetElement {
 public:
     // An empty sequence of this tag (VR SQ, undefined length until written).
-    DicomDataSetSequenceElement(std::uint16_t group, std::uint16_t element);
+    explicit DicomDataSetSequenceElement(Tag tag);
     // A sequence node made from a record read by the stream (the value is dropped).
     explicit DicomDataSetSequenceElement(DicomDataSetElement&& record);
 
@@ -91,11 +87,9 @@ private:
     std::vector<DicomValue> frames_;
 };
 
-// The tag number of Pixel Data (7FE0,0010).
-inline constexpr std::uint32_t kPixelDataTag = 0x7FE00010u;
 // True for the tags whose values the reader leaves in the file: pixel data and overlay data (60xx,3000).
-constexpr bool IsBulkPixelTag(std::uint16_t group, std::uint16_t element) noexcept {
-    return (group == 0x7FE0 && element == 0x0010) || ((group & 0xFF00) == 0x6000 && element == 0x3000);
+constexpr bool IsBulkPixelTag(Tag tag) noexcept {
+    return tag == Tags::PixelData || ((tag.group & 0xFF00) == 0x6000 && tag.element == 0x3000);
 }
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule

@@ -5,7 +5,8 @@
 
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomEncodingRules.h"
 #include "Foundations/DataModule/DataAdapter/Dicom/Orchid/DicomValue.h"
-#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueRepresentation.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Core/Tag.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Core/ValueRepresentation.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 
@@ -23,16 +24,13 @@ class DicomDataSetElement {
 public:
     DicomDataSetElement() = default;
     // An element of the given tag and VR with a value in memory (length = byte count).
-    DicomDataSetElement(std::uint16_t group, std::uint16_t element, ValueRepresentation vr,
-                        std::vector<std::uint8_t> bytes = {});
+    DicomDataSetElement(Tag tag, ValueRepresentation vr, std::vector<std::uint8_t> bytes = {});
     virtual ~DicomDataSetElement() = default;
     DicomDataSetElement(const DicomDataSetElement&) = delete;
     DicomDataSetElement& operator=(const DicomDataSetElement&) = delete;
     DicomDataSetElement(DicomDataSetElement&&) = default;
     DicomDataSetElement& operator=(DicomDataSetElement&&) = default;
 
-    // The tag number: group in the high half, element number in the low half.
-    std::uint32_t TagNumber() const noexcept { return (std::uint32_t{group} << 16) | element; }
     // Replace the value with bytes in memory and set the value length to their count.
     void SetValue(std::vector<std::uint8_t> bytes);
     // Bytes this node takes when written in the encoding (header plus even value length).
@@ -43,8 +41,7 @@ public:
     DicomElementKind kind = DicomElementKind::Element;      // element, sequence, item or delimitation
     std::uint64_t headerPosition = 0;                       // stream offset of the tag (elements read)
     std::uint64_t valuePosition = 0;                        // stream offset of the first value byte
-    std::uint16_t group = 0;                                // tag group
-    std::uint16_t element = 0;                              // tag element number
+    Tag tag;                                                // the element's tag
     ValueRepresentation vr = ValueRepresentation::Unknown;  // VR as read or set
     std::uint32_t valueLength = 0;                          // length field; kUndefinedLength if undefined
     bool encapsulated = false;                              // part of encapsulated pixel data

@@ -11,7 +11,7 @@ bool DicomDataSetFillCallback::InBareSequence() const noexcept {
     return !openItems_.empty() && !openItems_.back();
 }
 
-bool DicomDataSetFillCallback::ReplacesOpenNode(const DicomDataSet& target, std::uint32_t tag) const noexcept {
+bool DicomDataSetFillCallback::ReplacesOpenNode(const DicomDataSet& target, Tag tag) const noexcept {
     // A repeated tag would destroy a sequence still taking items, or the pixel data still taking
     // fragments, while this callback points at it: such a stream is malformed and refused.
     const DicomDataSetElement* existing = target.Find(tag);
@@ -26,8 +26,8 @@ bool DicomDataSetFillCallback::ReplacesOpenNode(const DicomDataSet& target, std:
 bool DicomDataSetFillCallback::InsertElement(DicomDataSetElement& record) {
     DicomDataSet* target = CurrentSet();
     if (!target) return false;  // an element inside a pixel data fragment cannot happen on a sound stream
-    if (InBareSequence() || ReplacesOpenNode(*target, record.TagNumber())) return false;
-    if (record.TagNumber() == kPixelDataTag && target == &root_) {
+    if (InBareSequence() || ReplacesOpenNode(*target, record.tag)) return false;
+    if (record.tag == Tags::PixelData && target == &root_) {
         auto node = std::make_unique<DicomDataSetFrameContainerElement>(std::move(record));
         pixelData_ = node->encapsulated ? node.get() : nullptr;
         offsetTableSeen_ = false;
@@ -38,7 +38,7 @@ bool DicomDataSetFillCallback::InsertElement(DicomDataSetElement& record) {
 
 bool DicomDataSetFillCallback::InsertSequence(DicomDataSetElement& record) {
     DicomDataSet* target = CurrentSet();
-    if (!target || InBareSequence() || ReplacesOpenNode(*target, record.TagNumber())) return false;
+    if (!target || InBareSequence() || ReplacesOpenNode(*target, record.tag)) return false;
     auto node = std::make_unique<DicomDataSetSequenceElement>(std::move(record));
     DicomDataSetSequenceElement* sequence = node.get();
     if (!target->Insert(std::move(node))) return false;

@@ -20,7 +20,7 @@ public:
 private:
     DicomDataSet* CurrentSet() noexcept;
     bool InBareSequence() const noexcept;
-    bool ReplacesOpenNode(const DicomDataSet& target, std::uint32_t tag) const noexcept;
+    bool ReplacesOpenNode(const DicomDataSet& target, Tag tag) const noexcept;
     bool InsertElement(DicomDataSetElement& record);
     bool InsertSequence(DicomDataSetElement& record);
     bool OpenItem(DicomDataSetElement& record);

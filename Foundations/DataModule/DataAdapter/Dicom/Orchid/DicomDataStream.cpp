@@ -17,7 +17,6 @@ constexpr std::uint16_t kItemElement = 0xE000;
 constexpr std::uint16_t kItemDelimitationElement = 0xE00D;
 constexpr std::uint16_t kSequenceDelimitationElement = 0xE0DD;
 constexpr std::uint16_t kMetaGroup = 0x0002;
-constexpr std::uint32_t kTransferSyntaxTag = 0x00020010;
 // What a read holds for each element it reports besides its value: the node, its tag and links.
 constexpr std::uint64_t kHeldPerElement = 256;
 
@@ -138,15 +137,15 @@ bool DicomDataStream::PeekGroup(std::uint16_t& group) {
 
 bool DicomDataStream::ReadHeader(DicomDataSetElement& record) {
     record.headerPosition = Position();
-    if (!ReadU16(record.group) || !ReadU16(record.element)) return false;
-    record.kind = KindOfTag(record.group, record.element);
+    if (!ReadU16(record.tag.group) || !ReadU16(record.tag.element)) return false;
+    record.kind = KindOfTag(record.tag.group, record.tag.element);
     if (record.kind != DicomElementKind::Element) return true;  // items and delimitations have no VR
     if (IsExplicit(encoding_)) {
         std::array<char, 2> code{};
         if (!ReadRaw(code.data(), code.size())) return false;
         record.vr = VRFromCode(std::string_view(code.data(), code.size()));
     } else {
-        record.vr = EntryByTag(record.TagNumber()).vr;
+        record.vr = EntryByTag(record.tag).vr;
     }
     if (record.vr == ValueRepresentation::SQ) record.kind = DicomElementKind::Sequence;
     return true;
@@ -167,14 +166,14 @@ bool DicomDataStream::ReadLength(DicomDataSetElement& record) {
 
 bool DicomDataStream::OpenNested(DicomDataSetElement& record) {
     if (++openNesting_ > 2 * options_.maxSequenceDepth) {
-        return Fail(DicomReadStatus::NestingTooDeep, record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::NestingTooDeep, record.headerPosition, record.tag.group, record.tag.element);
     }
     if (record.valueLength == kUndefinedLength || !IsNesting(record.kind)) return true;
     const std::uint64_t rawEnd = Position() + record.valueLength;
     const std::uint64_t end = EvenLength(rawEnd);
     const std::uint64_t limit = pendingEnds_.empty() ? EvenLength(Size()) : pendingEnds_.back().offset;
     if (end > limit) {
-        return Fail(DicomReadStatus::LengthPastContainer, record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::LengthPastContainer, record.headerPosition, record.tag.group, record.tag.element);
     }
     const std::size_t depth = pendingEnds_.size();
     pendingEnds_.push_back({end, rawEnd, record.kind == DicomElementKind::Sequence ? DicomElementKind::SequenceDelimitation
@@ -185,7 +184,7 @@ bool DicomDataStream::OpenNested(DicomDataSetElement& record) {
 bool DicomDataStream::KeepInFile(DicomDataSetElement& record) {
     const std::uint64_t length = record.valueLength;
     if (length > Size() - Position()) {
-        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag.group, record.tag.element);
     }
     if (auto source = ValueSource()) {
         record.value.SetRegion(FileRegion{{std::move(source), Position(), length, ValueDeflatedFrom()},
@@ -200,7 +199,7 @@ bool DicomDataStream::SkipsGroup(std::uint16_t group) const noexcept {
 
 bool DicomDataStream::SkipValue(const DicomDataSetElement& record) {
     if (record.valueLength > Size() - Position() || !Skip(record.valueLength)) {
-        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag.group, record.tag.element);
     }
     return true;
 }
@@ -208,7 +207,7 @@ bool DicomDataStream::SkipValue(const DicomDataSetElement& record) {
 bool DicomDataStream::Hold(std::uint64_t bytes, const DicomDataSetElement& record) {
     heldBytes_ += bytes;
     if (heldBytes_ <= options_.maxHeldBytes) return true;
-    return Fail(DicomReadStatus::TooMuchHeld, record.headerPosition, record.group, record.element);
+    return Fail(DicomReadStatus::TooMuchHeld, record.headerPosition, record.tag.group, record.tag.element);
 }
 
 bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
@@ -227,13 +226,13 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
         return KeepInFile(record);
     }
     if (record.valueLength > Size() - Position()) {
-        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag.group, record.tag.element);
     }
     // An inflated data set is read once, forward: its short values are loaded now rather than
     // inflated again, however little keepInFileAbove asks to load.
     const std::uint64_t loadAtMost =
         ValueDeflatedFrom() ? std::max(options_.keepInFileAbove, kInflatedLoadAtMost) : options_.keepInFileAbove;
-    if (IsBulkPixelTag(record.group, record.element) || (record.valueLength > loadAtMost && ValueSource())) {
+    if (IsBulkPixelTag(record.tag) || (record.valueLength > loadAtMost && ValueSource())) {
         return KeepInFile(record);
     }
     if (!Hold(record.valueLength, record)) return false;
@@ -242,7 +241,7 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
     // Whole units are put in host order; a trailing partial unit of a malformed value stays as read.
     const std::uint64_t whole = bytes.size() - bytes.size() % unit;
     if (!ReadUnits(bytes.data(), whole, unit) || !ReadRaw(bytes.data() + whole, bytes.size() - whole)) {
-        return Fail(DicomReadStatus::ValueUnreadable, record.headerPosition, record.group, record.element);
+        return Fail(DicomReadStatus::ValueUnreadable, record.headerPosition, record.tag.group, record.tag.element);
     }
     if (record.vr == ValueRepresentation::UI && bytes.back() == ' ') bytes.back() = 0;
     record.value.SetBytes(std::move(bytes));
@@ -262,7 +261,7 @@ bool DicomDataStream::ReadElement(DicomDataSetElement& record, bool& skipped) {
     const bool implicitContent = record.kind == DicomElementKind::Element && record.vr == ValueRepresentation::UN &&
                                  record.valueLength == kUndefinedLength && IsExplicit(encoding_);
     if (record.kind == DicomElementKind::Element && record.valueLength == kUndefinedLength) {
-        if (record.TagNumber() == kPixelDataTag) {
+        if (record.tag == Tags::PixelData) {
             insideEncapsulatedPixelData_ = true;
         } else {
             // UN or unknown VR with undefined length holds items; so does any other element
@@ -273,11 +272,11 @@ bool DicomDataStream::ReadElement(DicomDataSetElement& record, bool& skipped) {
     }
     if (record.valueLength != kUndefinedLength && record.valueLength % 2 != 0) {
         LV_TRACE(kModule, "Odd value length %s when deserializing TAG(%s,%s)",
-                 std::to_string(record.valueLength).c_str(), Hex4(record.group).c_str(), Hex4(record.element).c_str());
+                 std::to_string(record.valueLength).c_str(), Hex4(record.tag.group).c_str(), Hex4(record.tag.element).c_str());
     }
     const bool opens = IsNesting(record.kind) || (record.kind == DicomElementKind::Element && insideEncapsulatedPixelData_ &&
                                                   record.valueLength == kUndefinedLength);
-    if (!skipping_ && SkipsGroup(record.group) && !insideEncapsulatedPixelData_) {
+    if (!skipping_ && SkipsGroup(record.tag.group) && !insideEncapsulatedPixelData_) {
         skipped = true;
         // A value or a sequence of defined length is stepped over whole; one of undefined length
         // is read through, its elements unreported, until its delimitation.
@@ -321,8 +320,8 @@ bool DicomDataStream::EmitPendingEnds(CallbackHandler& handler, DicomDataSetElem
         }
         record.Clear();
         record.kind = pendingEnds_.back().kind;
-        record.group = kItemGroup;
-        record.element = record.kind == DicomElementKind::ItemDelimitation ? kItemDelimitationElement
+        record.tag.group = kItemGroup;
+        record.tag.element = record.kind == DicomElementKind::ItemDelimitation ? kItemDelimitationElement
                                                                            : kSequenceDelimitationElement;
         record.headerPosition = record.valuePosition = Position();
         pendingEnds_.pop_back();
@@ -351,9 +350,9 @@ bool DicomDataStream::ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std
         bool skipped = false;
         if (!ReadElement(record, skipped)) return false;
         if (skipped) continue;
-        if (transferSyntax && record.TagNumber() == kTransferSyntaxTag) record.value.Load(*transferSyntax);
+        if (transferSyntax && record.tag == Tags::TransferSyntaxUID) record.value.Load(*transferSyntax);
         if (!handler.ElementRead(record)) {
-            return Fail(DicomReadStatus::ElementRejected, record.headerPosition, record.group, record.element);
+            return Fail(DicomReadStatus::ElementRejected, record.headerPosition, record.tag.group, record.tag.element);
         }
     }
 }
@@ -453,7 +452,7 @@ bool DicomDataStream::WriteValue(const DicomValue& value, ValueRepresentation vr
 }
 
 bool DicomDataStream::WriteSequence(const DicomDataSetSequenceElement& sequence) {
-    if (!WriteHeader(sequence.group, sequence.element, ValueRepresentation::SQ, sequence.ContentSize(encoding_))) {
+    if (!WriteHeader(sequence.tag.group, sequence.tag.element, ValueRepresentation::SQ, sequence.ContentSize(encoding_))) {
         return false;
     }
     for (const auto& item : sequence.Items()) {
@@ -471,10 +470,10 @@ bool DicomDataStream::WritePixelData(const DicomDataSetFrameContainerElement& pi
     if (!pixelData.encapsulated) {
         const DicomValue& value = pixelData.NativeValue();
         if (value.IsAbsent() && pixelData.valueLength != 0) return false;  // bytes were never loaded
-        return WriteHeader(pixelData.group, pixelData.element, pixelData.vr, EvenLength(value.Size())) &&
+        return WriteHeader(pixelData.tag.group, pixelData.tag.element, pixelData.vr, EvenLength(value.Size())) &&
                WriteValue(value, pixelData.vr);
     }
-    if (!WriteHeader(pixelData.group, pixelData.element, pixelData.vr, kUndefinedLength) ||
+    if (!WriteHeader(pixelData.tag.group, pixelData.tag.element, pixelData.vr, kUndefinedLength) ||
         !WriteTagAndLength(kItemGroup, kItemElement, 0)) {
         return false;
     }
@@ -492,13 +491,13 @@ bool DicomDataStream::WritePixelData(const DicomDataSetFrameContainerElement& pi
 bool DicomDataStream::WriteNode(const DicomDataSetElement& node) {
     if (const auto* sequence = dynamic_cast<const DicomDataSetSequenceElement*>(&node)) return WriteSequence(*sequence);
     if (const auto* pixels = dynamic_cast<const DicomDataSetFrameContainerElement*>(&node)) return WritePixelData(*pixels);
-    if (node.kind != DicomElementKind::Element || node.group == kItemGroup) return false;
+    if (node.kind != DicomElementKind::Element || node.tag.group == kItemGroup) return false;
     const bool valueMissing = node.value.IsAbsent() && node.valueLength != 0 && node.valueLength != kUndefinedLength;
     if (valueMissing) {
-        LV_TRACE(kModule, "TAG(%s,%s) has no value to write", Hex4(node.group).c_str(), Hex4(node.element).c_str());
+        LV_TRACE(kModule, "TAG(%s,%s) has no value to write", Hex4(node.tag.group).c_str(), Hex4(node.tag.element).c_str());
         return false;
     }
-    return WriteHeader(node.group, node.element, node.vr, EvenLength(node.value.Size())) && WriteValue(node.value, node.vr);
+    return WriteHeader(node.tag.group, node.tag.element, node.vr, EvenLength(node.value.Size())) && WriteValue(node.value, node.vr);
 }
 
 bool DicomDataStream::WriteGroupLength(std::uint16_t group, std::uint32_t value) {

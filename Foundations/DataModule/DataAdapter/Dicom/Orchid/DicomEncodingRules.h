@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueRepresentation.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Core/ValueRepresentation.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
 

@@ -25,7 +25,7 @@ namespace {
 constexpr const char* kModule = "Module DicomFileDataAdapter";
 
 using dcm::Tag;
-using dcm::TagNumber;
+namespace Tags = dcm::Tags;
 using VR = dcm::ValueRepresentation;
 
 // The rows of one instance's chain; missing links are null.
@@ -90,9 +90,9 @@ bool InsertSopCommon(dcm::DicomDataSet& dataSet, const InstanceDataRow& instance
     // empty value would claim an extended character set without naming one.
     const std::string terms = charset.IsEmpty() ? std::string() : charset.ToText();
     if (!terms.empty()) {
-        dataSet.Insert(MakeTextElement(TagNumber(Tag::SpecificCharacterSet), VR::CS, terms, charset));
+        dataSet.Insert(MakeTextElement(Tags::SpecificCharacterSet, VR::CS, terms, charset));
     }
-    auto sopClass = MakeTextElement(TagNumber(Tag::SOPClassUID), VR::UI, instance.sop_class.Term(), charset);
+    auto sopClass = MakeTextElement(Tags::SOPClassUID, VR::UI, instance.sop_class.Term(), charset);
     return sopClass && dataSet.Insert(std::move(sopClass));
 }
 
@@ -113,16 +113,15 @@ bool IsPairedBodyPart(BodyPart::Enum part) noexcept {
 void InsertLateralityWhenRequired(dcm::DicomDataSet& dataSet, const RowChain& chain) {
     const bool bodyPartKnown = chain.series && chain.series->body_part_examined.IsSet();
     const bool required = !bodyPartKnown || IsPairedBodyPart(chain.series->body_part_examined.Value());
-    if (required && !dataSet.Find(Tag::Laterality)) {
-        const std::uint32_t tag = TagNumber(Tag::Laterality);
-        dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), VR::CS));
+    if (required && !dataSet.Find(Tags::Laterality)) {
+        dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(Tags::Laterality, VR::CS));
     }
 }
 
 // Every data set holding elements of our private block names its creator.
 void InsertPrivateCreatorWhenNeeded(dcm::DicomDataSet& dataSet) {
     for (const auto& [tag, node] : dataSet) {
-        if (node->group == 0x0009 && (node->element >> 8) == 0x11) {
+        if (node->tag.group == 0x0009 && (node->tag.element >> 8) == 0x11) {
             dataSet.Insert(MakePrivateCreatorElement());
             return;
         }
@@ -196,20 +195,20 @@ bool BuildInstanceDataSet(const PatientDataSet& set, InstanceDataRow& instance, 
 bool ReadInstanceDataSet(const dcm::DicomDataSet& dataSet, PatientDataSet& set, const DicomFileReadOptions& options,
                          InstanceDataRow*& instance) {
     instance = nullptr;
-    std::string sopClassUid = ElementText(dataSet, Tag::SOPClassUID);
-    if (sopClassUid.empty()) sopClassUid = ElementText(dataSet, Tag::MediaStorageSOPClassUID);
+    std::string sopClassUid = ElementText(dataSet, Tags::SOPClassUID);
+    if (sopClassUid.empty()) sopClassUid = ElementText(dataSet, Tags::MediaStorageSOPClassUID);
     const auto sopClass = CodedStringTraits<SOPClass::Enum>::FromTerm(sopClassUid);
     InstanceDataRow& row = set.AddInstanceChain(sopClass);
     MultiCharSetDataType charset;
-    if (dataSet.Find(Tag::SpecificCharacterSet)) {
-        charset = MultiCharSetDataType::FromText(ElementText(dataSet, Tag::SpecificCharacterSet));
+    if (dataSet.Find(Tags::SpecificCharacterSet)) {
+        charset = MultiCharSetDataType::FromText(ElementText(dataSet, Tags::SpecificCharacterSet));
         row.specific_character_set = charset;
     }
     ReadChainRows(dataSet, set, row, charset);
-    if (const std::string syntax = ElementText(dataSet, Tag::TransferSyntaxUID); !syntax.empty()) {
+    if (const std::string syntax = ElementText(dataSet, Tags::TransferSyntaxUID); !syntax.empty()) {
         row.transfer_syntax.SetFromTerm(syntax);
     }
-    row.media_storage_sop_instance_uid.Set(ElementText(dataSet, Tag::MediaStorageSOPInstanceUID));
+    row.media_storage_sop_instance_uid.Set(ElementText(dataSet, Tags::MediaStorageSOPInstanceUID));
     ReadInstanceClassElements(dataSet, row, charset);
     const auto controller = ControllerFor(sopClass);
     if (!controller->PrepareAfterReading(row)) return false;
@@ -234,7 +233,7 @@ bool ReadDicomFileIntoRows(const std::shared_ptr<const Portability::OpenFile>& f
     // that an unwanted value is never read, however short.
     readOptions.keepInFileAbove = options.unwantedCustomDataKeys.empty() ? options.keepInFileAbove : 0;
     // No row holds private data other than the custom data block: the rest is skipped unread.
-    readOptions.onlyPrivateGroup = dcm::TagGroup(TagNumber(Tag::Orchid_PrivateCreatorID));
+    readOptions.onlyPrivateGroup = Tags::Orchid_PrivateCreatorID.group;
     read = dcm::ReadDicomFile(file, dataSet, readOptions);
     if (!read) {
         LV_TRACE(kModule, "%s %s: %s", file ? file->Path().c_str() : "(no file)",

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstring>
 
-#include "Foundations/DataModule/DataAdapter/Dicom/Orchid/ValueRepresentation.h"
+#include "Foundations/DataModule/DataAdapter/Dicom/Core/ValueRepresentation.h"
 #include "Portability/Misc/DebugTrace.h"
 
 namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule {
@@ -21,7 +21,7 @@ bool HasPrefix(DicomDataStream& stream) {
            stream.ReadRaw(prefix.data(), prefix.size()) && prefix == kPrefix;
 }
 
-bool IsMetaNode(const DicomDataSetElement& node) noexcept { return node.group == kMetaGroup; }
+bool IsMetaNode(const DicomDataSetElement& node) noexcept { return node.tag.group == kMetaGroup; }
 
 // A data set without preamble and meta group names no transfer syntax: its first element tells.
 // In explicit VR the two bytes after the tag spell a VR; in implicit VR they are the low half of a
@@ -43,7 +43,7 @@ public:
         if (depth_ == 0 && record.kind == DicomElementKind::Element && !record.encapsulated) {
             if (IsMetaNode(record) && dataSetBegun_) {
                 LV_TRACE(kModule, "Group 0002 element TAG(%04X,%04X) after the file meta group ignored",
-                         record.group, record.element);
+                         record.tag.group, record.tag.element);
                 return true;
             }
             dataSetBegun_ = dataSetBegun_ || !IsMetaNode(record);
@@ -74,7 +74,7 @@ bool IsDeflatedTransferSyntax(std::string_view uid) noexcept {
 }
 
 StreamEncoding EncodingOfDataSet(const DicomDataSet& dataSet) {
-    const DicomDataSetElement* syntax = dataSet.Find(Tag::TransferSyntaxUID);
+    const DicomDataSetElement* syntax = dataSet.Find(Tags::TransferSyntaxUID);
     std::vector<std::uint8_t> uid;
     if (!syntax || !syntax->value.Load(uid)) return StreamEncoding::ExplicitLittleEndian;
     return EncodingOfTransferSyntax(std::string_view(reinterpret_cast<const char*>(uid.data()), uid.size()));
@@ -120,11 +120,11 @@ bool WriteFileHeader(DicomDataStream& stream, const DicomDataSet& dataSet) {
     stream.SetEncoding(StreamEncoding::ExplicitLittleEndian);
     std::uint64_t groupLength = 0;
     for (const auto& [tag, node] : dataSet) {
-        if (IsMetaNode(*node) && node->element != 0) groupLength += node->EncodedSize(StreamEncoding::ExplicitLittleEndian);
+        if (IsMetaNode(*node) && node->tag.element != 0) groupLength += node->EncodedSize(StreamEncoding::ExplicitLittleEndian);
     }
     bool written = groupLength <= 0xFFFFFFFFu;
     for (auto it = dataSet.begin(); written && it != dataSet.end() && IsMetaNode(*it->second); ++it) {
-        written = it->second->element == 0 ? stream.WriteGroupLength(kMetaGroup, static_cast<std::uint32_t>(groupLength))
+        written = it->second->tag.element == 0 ? stream.WriteGroupLength(kMetaGroup, static_cast<std::uint32_t>(groupLength))
                                            : stream.WriteNode(*it->second);
     }
     stream.SetEncoding(configured);
@@ -134,7 +134,7 @@ bool WriteFileHeader(DicomDataStream& stream, const DicomDataSet& dataSet) {
 bool WriteFileContent(DicomDataStream& stream, const DicomDataSet& dataSet) {
     // The writer does not deflate: a data set that names the deflated syntax (one read from such
     // a file) would be written as a file that claims what it is not.
-    const DicomDataSetElement* syntax = dataSet.Find(Tag::TransferSyntaxUID);
+    const DicomDataSetElement* syntax = dataSet.Find(Tags::TransferSyntaxUID);
     std::vector<std::uint8_t> uid;
     if (syntax && syntax->value.Load(uid) &&
         IsDeflatedTransferSyntax(std::string_view(reinterpret_cast<const char*>(uid.data()), uid.size()))) {

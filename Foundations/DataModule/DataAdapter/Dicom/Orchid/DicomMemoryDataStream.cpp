@@ -18,8 +18,8 @@ bool DicomMemoryDataStream::InflateRemainder() {
     std::vector<std::uint8_t> inflated;
     std::uint64_t at = position_;
     const auto input = [&](std::uint8_t* data, std::size_t size) {
-        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, bytes_.size() - at));
-        std::memcpy(data, bytes_.data() + at, count);
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, view_.size() - at));
+        std::memcpy(data, view_.data() + at, count);
         at += count;
         return count;
     };
@@ -34,23 +34,25 @@ bool DicomMemoryDataStream::InflateRemainder() {
     };
     if (!InflateRawDeflate(input, output)) return false;
     bytes_ = std::move(inflated);
+    view_ = bytes_;
     position_ = 0;
     return true;
 }
 
 void DicomMemoryDataStream::Close() {
     bytes_.clear();
+    view_ = {};
     position_ = 0;
 }
 
 bool DicomMemoryDataStream::SetPosition(std::uint64_t position) {
-    if (position > bytes_.size()) return false;
+    if (position > view_.size()) return false;
     position_ = position;
     return true;
 }
 
 bool DicomMemoryDataStream::Skip(std::uint64_t count) {
-    if (count > bytes_.size() - position_) return false;
+    if (count > view_.size() - position_) return false;
     position_ += count;
     return true;
 }
@@ -58,13 +60,14 @@ bool DicomMemoryDataStream::Skip(std::uint64_t count) {
 bool DicomMemoryDataStream::WriteRaw(const void* data, std::uint64_t size) {
     const auto* first = static_cast<const std::uint8_t*>(data);
     bytes_.insert(bytes_.end(), first, first + size);
+    view_ = bytes_;
     position_ = bytes_.size();
     return true;
 }
 
 bool DicomMemoryDataStream::ReadRaw(void* data, std::uint64_t size) {
-    if (size > bytes_.size() - position_) return false;
-    if (size > 0) std::memcpy(data, bytes_.data() + position_, size);
+    if (size > view_.size() - position_) return false;
+    if (size > 0) std::memcpy(data, view_.data() + position_, size);
     position_ += size;
     return true;
 }

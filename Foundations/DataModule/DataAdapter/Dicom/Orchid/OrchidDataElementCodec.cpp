@@ -65,7 +65,7 @@ void OrchidDataElementCodec::Replace(std::vector<std::uint8_t> bytes) {
 }
 
 bool OrchidDataElementCodec::AcceptsMultiValuedNumbers() const noexcept {
-    return VRIsNumeric(element_->vr) && VMIsMultiValued(EntryByTag(element_->TagNumber()).vm);
+    return VRIsNumeric(element_->vr) && VMIsMultiValued(EntryByTag(element_->tag).vm);
 }
 
 bool OrchidDataElementCodec::StoreCharacters(std::string_view bytes) {
@@ -111,8 +111,8 @@ bool OrchidDataElementCodec::FetchText(std::u16string& text, const MultiCharSetD
     // and the trace says which attribute needed it.
     const DecodeFallback fallback = DecodeTextLeniently(bytes, charset, kind, text);
     if (fallback != DecodeFallback::None) {
-        const DictionaryEntry& entry = EntryByTag(element_->TagNumber());
-        LV_TRACE(kModule, "TAG(%04X,%04X) %s: %s", element_->group, element_->element, std::string(entry.keyword).c_str(),
+        const DictionaryEntry& entry = EntryByTag(element_->tag);
+        LV_TRACE(kModule, "TAG(%04X,%04X) %s: %s", element_->tag.group, element_->tag.element, std::string(entry.keyword).c_str(),
                  fallback == DecodeFallback::UndeclaredAsLatin1
                      ? "bytes above 0x7F without a declared character set, read as ISO_IR 100"
                      : Portability::TraceFormat("bytes invalid in '%s', read as U+FFFD", charset.ToText().c_str()).c_str());

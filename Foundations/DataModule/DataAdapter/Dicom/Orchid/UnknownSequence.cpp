@@ -52,8 +52,8 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadItems(DicomDataStream& stream, 
     DicomDataSetFillCallback fill(root);
     DicomDataSetElement edge;
     edge.kind = DicomElementKind::Sequence;
-    edge.group = element.group;
-    edge.element = element.element;
+    edge.tag.group = element.tag.group;
+    edge.tag.element = element.tag.element;
     edge.vr = ValueRepresentation::SQ;
     edge.valueLength = kUndefinedLength;
     edge.headerPosition = element.headerPosition;
@@ -61,16 +61,16 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadItems(DicomDataStream& stream, 
     const bool read = opened && stream.ReadElements(fill);
     edge.Clear();
     edge.kind = DicomElementKind::SequenceDelimitation;
-    edge.group = kItemGroup;
-    edge.element = kSequenceDelimitationElement;
+    edge.tag.group = kItemGroup;
+    edge.tag.element = kSequenceDelimitationElement;
     if (!read || !fill.ElementRead(edge)) {
         result = stream.ReadResult() ? DicomReadResult{DicomReadStatus::UnknownNotItems, element.valuePosition,
-                                                       element.group, element.element}
+                                                       element.tag.group, element.tag.element}
                                      : stream.ReadResult();
         LV_TRACE("Module DicomDataStream", "%s", result.Text().c_str());
         return nullptr;
     }
-    auto node = root.Release(element.TagNumber());
+    auto node = root.Release(element.tag);
     auto* sequence = dynamic_cast<DicomDataSetSequenceElement*>(node.get());
     if (sequence == nullptr) return nullptr;
     node.release();
@@ -85,15 +85,15 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadValueAsSequence(const DicomData
     result = {};
     if (const FileRegion* region = element.value.Region()) {
         if (!region->IsInsideFile()) {
-            result = {DicomReadStatus::UnknownOutsideFile, element.valuePosition, element.group, element.element};
+            result = {DicomReadStatus::UnknownOutsideFile, element.valuePosition, element.tag.group, element.tag.element};
             return nullptr;
         }
         if (region->deflatedFrom) {
             // Its bytes exist only inflated: loaded whole, within what a read may hold.
             std::vector<std::uint8_t> bytes;
             if (region->length > options.maxHeldBytes || !LoadRegion(*region, bytes)) {
-                result = {DicomReadStatus::UnknownNotHeld, element.valuePosition, element.group,
-                          element.element};
+                result = {DicomReadStatus::UnknownNotHeld, element.valuePosition, element.tag.group,
+                          element.tag.element};
                 LV_TRACE("Module DicomDataStream", "%s", result.Text().c_str());
                 return nullptr;
             }
@@ -102,7 +102,7 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadValueAsSequence(const DicomData
         }
         WindowDataStream stream(region->file, region->offset, region->offset + region->length);
         if (!stream.Opened()) {
-            result = {DicomReadStatus::UnknownUnreachable, region->offset, element.group, element.element};
+            result = {DicomReadStatus::UnknownUnreachable, region->offset, element.tag.group, element.tag.element};
             return nullptr;
         }
         return ReadItems(stream, element, options, result);

@@ -52,8 +52,8 @@ private:
 };
 
 void RemovePadding(DicomDataSet& dataSet) {
-    dataSet.Remove(TagNumber(Tag::PrivateInformationCreatorUID));
-    dataSet.Remove(TagNumber(Tag::PrivateInformation));
+    dataSet.Remove(Tags::PrivateInformationCreatorUID);
+    dataSet.Remove(Tags::PrivateInformation);
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ bool AlignLargeValue(DicomDataSet& dataSet, StreamEncoding encoding, std::string
         WriteFileContent(probe, dataSet) ? probe.Found() : std::nullopt;
     const std::uint64_t block = ValueBlockSize(probe.FoundLength());
     if (!unpadded || *unpadded % block == 0) return true;
-    if (dataSet.Find(Tag::TransferSyntaxUID) == nullptr || creatorUid.empty()) {
+    if (dataSet.Find(Tags::TransferSyntaxUID) == nullptr || creatorUid.empty()) {
         LV_TRACE(kModule, "%s", "No file meta group to pad: the large value stays where it falls");
         return false;
     }
@@ -84,8 +84,8 @@ bool AlignLargeValue(DicomDataSet& dataSet, StreamEncoding encoding, std::string
     const std::uint64_t fixed = *unpadded + creatorSize + kLongHeader;
     const std::uint64_t padding = (block - fixed % block) % block;
     dataSet.Insert(std::make_unique<DicomDataSetElement>(
-        0x0002, 0x0100, ValueRepresentation::UI, std::vector<std::uint8_t>(creatorUid.begin(), creatorUid.end())));
-    dataSet.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0102, ValueRepresentation::OB,
+        Tags::PrivateInformationCreatorUID, ValueRepresentation::UI, std::vector<std::uint8_t>(creatorUid.begin(), creatorUid.end())));
+    dataSet.Insert(std::make_unique<DicomDataSetElement>(Tags::PrivateInformation, ValueRepresentation::OB,
                                                          std::vector<std::uint8_t>(padding, 0)));
     const std::optional<std::uint64_t> padded = LargeValueFileOffset(dataSet, encoding, minimum);
     if (padded && *padded % block == 0) return true;

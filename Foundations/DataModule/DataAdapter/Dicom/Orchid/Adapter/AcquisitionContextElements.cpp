@@ -9,11 +9,11 @@ namespace Lumivale::DataModule::DataAdapterModule {
 namespace {
 
 using dcm::Tag;
-using dcm::TagNumber;
+namespace Tags = dcm::Tags;
 using VR = dcm::ValueRepresentation;
 
 bool InsertText(dcm::DicomDataSet& item, Tag tag, VR vr, std::string_view utf8, const MultiCharSetDataType& charset) {
-    auto element = MakeTextElement(TagNumber(tag), vr, utf8, charset);
+    auto element = MakeTextElement(tag, vr, utf8, charset);
     return element && item.Insert(std::move(element));
 }
 
@@ -26,31 +26,29 @@ bool InsertWide(dcm::DicomDataSet& item, Tag tag, VR vr, const WStringDataType& 
 bool InsertConcept(dcm::DicomDataSet& item, Tag sequenceTag, const CodedConcept& coded,
                    const MultiCharSetDataType& charset) {
     if (coded.code_value.IsEmpty()) return true;
-    const std::uint32_t tag = TagNumber(sequenceTag);
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(sequenceTag);
     dcm::DicomDataSet& code = sequence->AppendItem();
-    const bool written = InsertText(code, Tag::CodeValue, VR::SH, coded.code_value.Value(), charset) &&
-                         InsertText(code, Tag::CodingSchemeDesignator, VR::SH, coded.coding_scheme_designator.Value(), charset) &&
-                         InsertWide(code, Tag::CodeMeaning, VR::LO, coded.code_meaning, charset);
+    const bool written = InsertText(code, Tags::CodeValue, VR::SH, coded.code_value.Value(), charset) &&
+                         InsertText(code, Tags::CodingSchemeDesignator, VR::SH, coded.coding_scheme_designator.Value(), charset) &&
+                         InsertWide(code, Tags::CodeMeaning, VR::LO, coded.code_meaning, charset);
     return written && item.Insert(std::move(sequence));
 }
 
 bool InsertItem(dcm::DicomDataSet& item, const AcquisitionContextItem& entry, const MultiCharSetDataType& charset) {
-    if (entry.value_type.IsSet() && !InsertText(item, Tag::ValueType, VR::CS, entry.value_type.Value(), charset)) return false;
-    if (entry.numeric_value.IsSet() && !InsertText(item, Tag::NumericValue, VR::DS, entry.numeric_value.Text(), charset)) {
+    if (entry.value_type.IsSet() && !InsertText(item, Tags::ValueType, VR::CS, entry.value_type.Value(), charset)) return false;
+    if (entry.numeric_value.IsSet() && !InsertText(item, Tags::NumericValue, VR::DS, entry.numeric_value.Text(), charset)) {
         return false;
     }
-    return InsertConcept(item, Tag::ConceptNameCodeSequence, entry.concept_name, charset) &&
-           InsertWide(item, Tag::TextValue, VR::UT, entry.text_value, charset) &&
-           InsertConcept(item, Tag::ConceptCodeSequence, entry.concept_code, charset);
+    return InsertConcept(item, Tags::ConceptNameCodeSequence, entry.concept_name, charset) &&
+           InsertWide(item, Tags::TextValue, VR::UT, entry.text_value, charset) &&
+           InsertConcept(item, Tags::ConceptCodeSequence, entry.concept_code, charset);
 }
 
 }  // namespace
 
 bool InsertAcquisitionContext(dcm::DicomDataSet& dataSet, const std::vector<AcquisitionContextItem>& items,
                               const MultiCharSetDataType& charset) {
-    const std::uint32_t tag = TagNumber(Tag::AcquisitionContextSequence);
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
+        auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(Tags::AcquisitionContextSequence);
     for (const AcquisitionContextItem& entry : items) {
         if (!InsertItem(sequence->AppendItem(), entry, charset)) return false;
     }

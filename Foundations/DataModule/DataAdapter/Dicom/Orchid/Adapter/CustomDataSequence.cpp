@@ -25,14 +25,13 @@ constexpr std::uint16_t kOurBlock = 0x11;
 
 using VR = dcm::ValueRepresentation;
 
-std::uint32_t PrivateTag(std::uint16_t block, std::uint16_t offset) {
-    return dcm::MakeTagNumber(kPrivateGroup, static_cast<std::uint16_t>((block << 8) | offset));
+dcm::Tag PrivateTag(std::uint16_t block, std::uint16_t offset) {
+    return dcm::Tag{kPrivateGroup, static_cast<std::uint16_t>((block << 8) | offset)};
 }
 
 // The value element of one store entry: bytes in memory, or the region of its file.
 std::unique_ptr<dcm::DicomDataSetElement> MakeValueElement(const CustomDataValue& value) {
-    auto element = std::make_unique<dcm::DicomDataSetElement>(kPrivateGroup, dcm::TagElement(PrivateTag(kOurBlock, kValueOffset)),
-                                                              VR::UN);
+    auto element = std::make_unique<dcm::DicomDataSetElement>(PrivateTag(kOurBlock, kValueOffset), VR::UN);
     if (const auto* text = std::get_if<std::string>(&value)) {
         element->SetValue(std::vector<std::uint8_t>(text->begin(), text->end()));
         return element;
@@ -89,7 +88,7 @@ bool AppendItem(dcm::DicomDataSetSequenceElement& sequence, const std::string& k
 // The block (high byte of the element number) whose creator in dataSet names our private dictionary.
 bool FindOurBlock(const dcm::DicomDataSet& dataSet, std::uint16_t& block) {
     for (std::uint16_t candidate = 0x10; candidate <= 0xFF; ++candidate) {
-        const auto* creator = dataSet.Find(dcm::MakeTagNumber(kPrivateGroup, candidate));
+        const auto* creator = dataSet.Find(dcm::Tag{kPrivateGroup, candidate});
         std::string name;
         if (creator && dcm::OrchidDataElementCodec(creator).FetchCharacters(name) &&
             (name == dcm::kPrivateCreator || name == kLegacyCreator)) {
@@ -143,14 +142,13 @@ bool ReadItem(const dcm::DicomDataSet& item, std::uint16_t block, const CustomDa
 }  // namespace
 
 std::unique_ptr<dcm::DicomDataSetElement> MakePrivateCreatorElement() {
-    return MakeTextElement(dcm::TagNumber(dcm::Tag::Orchid_PrivateCreatorID), VR::LO, dcm::kPrivateCreator,
+    return MakeTextElement(dcm::Tags::Orchid_PrivateCreatorID, VR::LO, dcm::kPrivateCreator,
                            MultiCharSetDataType{});
 }
 
 bool InsertCustomData(dcm::DicomDataSet& dataSet, const CustomDataStore& store) {
     if (store.IsEmpty()) return true;
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(kPrivateGroup,
-                                                                       dcm::TagElement(PrivateTag(kOurBlock, kSequenceOffset)));
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(PrivateTag(kOurBlock, kSequenceOffset));
     // One digest at most: the writer keeps the digest of the last value it was told to hash.
     const std::string* digested = nullptr;
     for (const auto& [key, value] : store) {

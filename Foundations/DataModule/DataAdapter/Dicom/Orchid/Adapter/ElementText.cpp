@@ -88,23 +88,18 @@ bool DecodeNumbers(VR vr, const std::vector<std::uint8_t>& bytes, std::string& t
     }
 }
 
-std::unique_ptr<dcm::DicomDataSetElement> NewElement(std::uint32_t tag, VR vr) {
-    return std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), vr);
+std::unique_ptr<dcm::DicomDataSetElement> NewElement(dcm::Tag tag, VR vr) {
+    return std::make_unique<dcm::DicomDataSetElement>(tag, vr);
 }
 
 }  // namespace
 
-bool IsBinaryNumberVR(ValueRepresentation vr) noexcept {
-    return vr == VR::US || vr == VR::SS || vr == VR::UL || vr == VR::SL || vr == VR::FL || vr == VR::FD || vr == VR::SV ||
-           vr == VR::UV;
-}
-
-std::unique_ptr<dcm::DicomDataSetElement> MakeTextElement(std::uint32_t tag, ValueRepresentation vr,
+std::unique_ptr<dcm::DicomDataSetElement> MakeTextElement(dcm::Tag tag, ValueRepresentation vr,
                                                           std::string_view utf8, const MultiCharSetDataType& charset) {
     auto element = NewElement(tag, vr);
     if (utf8.empty()) return element;
     dcm::OrchidDataElementCodec codec(element.get());
-    if (IsBinaryNumberVR(vr)) {
+    if (dcm::VRIsBinaryNumber(vr)) {
         std::vector<std::uint8_t> bytes;
         if (!EncodeNumbers(vr, utf8, bytes)) return nullptr;
         element->SetValue(std::move(bytes));
@@ -120,7 +115,7 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeTextElement(std::uint32_t tag, Val
     return codec.StoreText(FromUtf8(utf8), charset) ? std::move(element) : nullptr;
 }
 
-std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedShortElement(std::uint32_t tag, std::uint16_t value) {
+std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedShortElement(dcm::Tag tag, std::uint16_t value) {
     auto element = NewElement(tag, VR::US);
     std::vector<std::uint8_t> bytes;
     AppendLittleEndian(bytes, value);
@@ -128,7 +123,7 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedShortElement(std::uint32_t
     return element;
 }
 
-std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedLongElement(std::uint32_t tag, std::uint32_t value) {
+std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedLongElement(dcm::Tag tag, std::uint32_t value) {
     auto element = NewElement(tag, VR::UL);
     std::vector<std::uint8_t> bytes;
     AppendLittleEndian(bytes, value);
@@ -139,7 +134,7 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedLongElement(std::uint32_t 
 bool FetchElementText(const dcm::DicomDataSetElement& element, const MultiCharSetDataType& charset, std::string& utf8) {
     utf8.clear();
     const dcm::OrchidDataElementCodec codec(&element);
-    if (IsBinaryNumberVR(element.vr)) {
+    if (dcm::VRIsBinaryNumber(element.vr)) {
         std::vector<std::uint8_t> bytes;
         return element.value.Load(bytes) && DecodeNumbers(element.vr, bytes, utf8);
     }
@@ -168,17 +163,16 @@ bool FetchUnsignedLong(const dcm::DicomDataSetElement& element, std::uint32_t& v
     return true;
 }
 
-bool InsertCodeSequence(dcm::DicomDataSet& target, std::uint32_t sequenceTag, std::string_view value,
+bool InsertCodeSequence(dcm::DicomDataSet& target, dcm::Tag sequenceTag, std::string_view value,
                         std::string_view scheme, std::string_view meaning) {
     using VR = dcm::ValueRepresentation;
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(sequenceTag),
-                                                                       dcm::TagElement(sequenceTag));
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(sequenceTag);
     dcm::DicomDataSet& code = sequence->AppendItem();
     const MultiCharSetDataType ascii;
-    for (const auto& [codeTag, vr, text] : {std::tuple{dcm::Tag::CodeValue, VR::SH, value},
-                                            std::tuple{dcm::Tag::CodingSchemeDesignator, VR::SH, scheme},
-                                            std::tuple{dcm::Tag::CodeMeaning, VR::LO, meaning}}) {
-        auto element = MakeTextElement(dcm::TagNumber(codeTag), vr, text, ascii);
+    for (const auto& [codeTag, vr, text] : {std::tuple{dcm::Tags::CodeValue, VR::SH, value},
+                                            std::tuple{dcm::Tags::CodingSchemeDesignator, VR::SH, scheme},
+                                            std::tuple{dcm::Tags::CodeMeaning, VR::LO, meaning}}) {
+        auto element = MakeTextElement(codeTag, vr, text, ascii);
         if (!element || !code.Insert(std::move(element))) return false;
     }
     return target.Insert(std::move(sequence));

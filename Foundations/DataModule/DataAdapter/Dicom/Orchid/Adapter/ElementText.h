@@ -17,16 +17,16 @@ namespace dcm = DicomCodecModule;
 
 // A new element holding text; nullptr when the text cannot be written in the character set or
 // is not a number list for a binary numeric VR. Empty text gives an element with an empty value.
-std::unique_ptr<dcm::DicomDataSetElement> MakeTextElement(std::uint32_t tag, dcm::ValueRepresentation vr,
+std::unique_ptr<dcm::DicomDataSetElement> MakeTextElement(dcm::Tag tag, dcm::ValueRepresentation vr,
                                                           std::string_view utf8, const MultiCharSetDataType& charset);
 // Insert into target a sequence of one coded entry (Code Value, Coding Scheme Designator, Code
 // Meaning, all ASCII) under sequenceTag; false when an element cannot be made or inserted.
-bool InsertCodeSequence(dcm::DicomDataSet& target, std::uint32_t sequenceTag, std::string_view value,
+bool InsertCodeSequence(dcm::DicomDataSet& target, dcm::Tag sequenceTag, std::string_view value,
                         std::string_view scheme, std::string_view meaning);
 // A new element of a 16-bit unsigned value (VR US).
-std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedShortElement(std::uint32_t tag, std::uint16_t value);
+std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedShortElement(dcm::Tag tag, std::uint16_t value);
 // A new element of a 32-bit unsigned value (VR UL).
-std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedLongElement(std::uint32_t tag, std::uint32_t value);
+std::unique_ptr<dcm::DicomDataSetElement> MakeUnsignedLongElement(dcm::Tag tag, std::uint32_t value);
 
 // The element's value as UTF-8 text (decoded through charset where it applies, numbers of binary
 // VRs as decimal text); false when the value cannot be loaded or decoded.
@@ -35,8 +35,5 @@ bool FetchElementText(const dcm::DicomDataSetElement& element, const MultiCharSe
 bool FetchUnsignedShort(const dcm::DicomDataSetElement& element, std::uint16_t& value);
 // The first 32-bit unsigned value of a UL element; false when shorter.
 bool FetchUnsignedLong(const dcm::DicomDataSetElement& element, std::uint32_t& value);
-
-// True for the binary numeric VRs whose values are written as binary numbers from decimal text.
-bool IsBinaryNumberVR(dcm::ValueRepresentation vr) noexcept;
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

@@ -44,7 +44,7 @@ bool EncodeItemText(dcm::DicomDataSetSequenceElement& sequence, const MultiCharS
             auto element = MakeTextElement(tag, node->vr, StoredText(*node), charset);
             if (!element) {
                 LV_TRACE(kModule, "TAG(%04X,%04X) in a sequence item cannot be written in the character set \"%s\"",
-                         node->group, node->element, charset.ToText().c_str());
+                         node->tag.group, node->tag.element, charset.ToText().c_str());
                 return false;
             }
             encoded.push_back(std::move(element));
@@ -72,11 +72,11 @@ bool ItemTextBeyondAscii(const dcm::DicomDataSetSequenceElement& sequence) {
 
 // The items behind a sequence header of defined length, read as the file reader would; null (the
 // reader's reason in `why`) when they do not read.
-std::unique_ptr<dcm::DicomDataSetElement> ReadStoredItems(std::uint32_t tag, std::span<const std::uint8_t> items,
+std::unique_ptr<dcm::DicomDataSetElement> ReadStoredItems(dcm::Tag tag, std::span<const std::uint8_t> items,
                                                           std::string& why) {
     std::vector<std::uint8_t> bytes;
-    PutU16(bytes, dcm::TagGroup(tag));
-    PutU16(bytes, dcm::TagElement(tag));
+    PutU16(bytes, tag.group);
+    PutU16(bytes, tag.element);
     bytes.insert(bytes.end(), {'S', 'Q', 0, 0});
     const auto length = static_cast<std::uint32_t>(items.size());
     PutU16(bytes, static_cast<std::uint16_t>(length & 0xFFFF));
@@ -96,13 +96,12 @@ std::unique_ptr<dcm::DicomDataSetElement> ReadStoredItems(std::uint32_t tag, std
 
 }  // namespace
 
-std::unique_ptr<dcm::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag, std::span<const std::uint8_t> items,
+std::unique_ptr<dcm::DicomDataSetElement> MakeExtraSequence(dcm::Tag tag, std::span<const std::uint8_t> items,
                                                             const MultiCharSetDataType& charset) {
     std::string why;
     std::unique_ptr<dcm::DicomDataSetElement> node = ReadStoredItems(tag, items, why);
     if (!node) {
-        LV_TRACE(kModule, "The items of sequence TAG(%04X,%04X) do not read back: %s", dcm::TagGroup(tag),
-                 dcm::TagElement(tag), why.c_str());
+        LV_TRACE(kModule, "The items of sequence TAG%s do not read back: %s", TagText(tag).c_str(), why.c_str());
         return nullptr;
     }
     auto* sequence = dynamic_cast<dcm::DicomDataSetSequenceElement*>(node.get());
@@ -110,10 +109,10 @@ std::unique_ptr<dcm::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag, s
     return node;
 }
 
-bool StoredItemsHoldTextBeyondAscii(ElementTag tag, std::span<const std::uint8_t> items) {
+bool StoredItemsHoldTextBeyondAscii(Tag tag, std::span<const std::uint8_t> items) {
     std::string why;
     const std::unique_ptr<dcm::DicomDataSetElement> node =
-        ReadStoredItems(dcm::MakeTagNumber(tag.group, tag.element), items, why);
+        ReadStoredItems(tag, items, why);
     const auto* sequence = dynamic_cast<const dcm::DicomDataSetSequenceElement*>(node.get());
     return sequence != nullptr && ItemTextBeyondAscii(*sequence);
 }

@@ -17,12 +17,12 @@ namespace Lumivale::DataModule::DataAdapterModule {
 // levels, so that whatever is written reads back), each text value re-encoded from UTF-8 into
 // charset. Null, with a trace line naming the element, when the items do not read or a text
 // cannot be written in charset.
-std::unique_ptr<DicomCodecModule::DicomDataSetElement> MakeExtraSequence(std::uint32_t tag,
+std::unique_ptr<DicomCodecModule::DicomDataSetElement> MakeExtraSequence(DicomCodecModule::Tag tag,
                                                                          std::span<const std::uint8_t> items,
                                                                          const MultiCharSetDataType& charset);
 
 // Whether a text value among the stored items (nested sequences included) goes beyond ASCII; false
 // for items that do not read, which MakeExtraSequence then refuses.
-bool StoredItemsHoldTextBeyondAscii(ElementTag tag, std::span<const std::uint8_t> items);
+bool StoredItemsHoldTextBeyondAscii(Tag tag, std::span<const std::uint8_t> items);
 
 }  // namespace Lumivale::DataModule::DataAdapterModule

@@ -11,7 +11,7 @@ namespace {
 constexpr const char* kModule = "Module DicomFileDataAdapter";
 
 using dcm::Tag;
-using dcm::TagNumber;
+namespace Tags = dcm::Tags;
 using VR = dcm::ValueRepresentation;
 
 // The attributes every icon must have before it can be written.
@@ -72,21 +72,21 @@ bool SerialisePixels(const IconImageRecord& icon, dcm::DicomValue& out) {
 }
 
 void InsertShort(dcm::DicomDataSet& dataSet, Tag tag, std::uint16_t value) {
-    dataSet.Insert(MakeUnsignedShortElement(TagNumber(tag), value));
+    dataSet.Insert(MakeUnsignedShortElement(tag, value));
 }
 
 bool InsertPixelAttributes(dcm::DicomDataSet& dataSet, const IconImageRecord& icon, dcm::DicomValue pixels) {
-    InsertShort(dataSet, Tag::SamplesPerPixel, *icon.samples_per_pixel);
+    InsertShort(dataSet, Tags::SamplesPerPixel, *icon.samples_per_pixel);
     const std::string photometric(
         CodedStringTraits<PhotometricInterpretation::Enum>::Term(*icon.photometric_interpretation).value_or("MONOCHROME2"));
-    dataSet.Insert(MakeTextElement(TagNumber(Tag::PhotometricInterpretation), VR::CS, photometric, MultiCharSetDataType{}));
-    InsertShort(dataSet, Tag::Rows, *icon.rows);
-    InsertShort(dataSet, Tag::Columns, *icon.columns);
-    InsertShort(dataSet, Tag::BitsAllocated, *icon.bits_allocated);
-    InsertShort(dataSet, Tag::BitsStored, *icon.bits_stored);
-    InsertShort(dataSet, Tag::HighBit, *icon.high_bit);
-    InsertShort(dataSet, Tag::PixelRepresentation, *icon.pixel_representation);
-    if (*icon.samples_per_pixel > 1) InsertShort(dataSet, Tag::PlanarConfiguration, icon.planar_configuration.value_or(0));
+    dataSet.Insert(MakeTextElement(Tags::PhotometricInterpretation, VR::CS, photometric, MultiCharSetDataType{}));
+    InsertShort(dataSet, Tags::Rows, *icon.rows);
+    InsertShort(dataSet, Tags::Columns, *icon.columns);
+    InsertShort(dataSet, Tags::BitsAllocated, *icon.bits_allocated);
+    InsertShort(dataSet, Tags::BitsStored, *icon.bits_stored);
+    InsertShort(dataSet, Tags::HighBit, *icon.high_bit);
+    InsertShort(dataSet, Tags::PixelRepresentation, *icon.pixel_representation);
+    if (*icon.samples_per_pixel > 1) InsertShort(dataSet, Tags::PlanarConfiguration, icon.planar_configuration.value_or(0));
     // 8-bit samples are bytes (OB); wider samples are 16-bit words (OW), little endian.
     auto pixelData = std::make_unique<dcm::DicomDataSetFrameContainerElement>(*icon.bits_allocated > 8 ? VR::OW : VR::OB, false);
     pixelData->valueLength = static_cast<std::uint32_t>(pixels.Size());
@@ -111,27 +111,27 @@ bool InsertIconImage(dcm::DicomDataSet& dataSet, const IconImageRecord& icon, bo
         LV_TRACE(kModule, "%s", "The icon image record is incomplete or its pixel buffers are short");
         return false;
     }
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(0x0088, 0x0200);
+    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::Tags::IconImageSequence);
     if (alsoAsImage && !InsertPixelAttributes(dataSet, icon, pixels)) return false;
     if (!InsertPixelAttributes(sequence->AppendItem(), icon, std::move(pixels))) return false;
     return dataSet.Insert(std::move(sequence));
 }
 
 bool ReadIconImage(const dcm::DicomDataSet& dataSet, IconImageRecord& icon) {
-    const auto* sequence = dynamic_cast<const dcm::DicomDataSetSequenceElement*>(dataSet.Find(Tag::IconImageSequence));
+    const auto* sequence = dynamic_cast<const dcm::DicomDataSetSequenceElement*>(dataSet.Find(Tags::IconImageSequence));
     if (!sequence || sequence->ItemCount() == 0 || !sequence->Items().front()) return false;
     const dcm::DicomDataSet& item = *sequence->Items().front();
     IconImageRecord read;
-    const bool complete = FetchShort(item, Tag::SamplesPerPixel, read.samples_per_pixel) &&
-                          FetchShort(item, Tag::Rows, read.rows) && FetchShort(item, Tag::Columns, read.columns) &&
-                          FetchShort(item, Tag::BitsAllocated, read.bits_allocated) &&
-                          FetchShort(item, Tag::BitsStored, read.bits_stored) &&
-                          FetchShort(item, Tag::HighBit, read.high_bit) &&
-                          FetchShort(item, Tag::PixelRepresentation, read.pixel_representation);
-    FetchShort(item, Tag::PlanarConfiguration, read.planar_configuration);
+    const bool complete = FetchShort(item, Tags::SamplesPerPixel, read.samples_per_pixel) &&
+                          FetchShort(item, Tags::Rows, read.rows) && FetchShort(item, Tags::Columns, read.columns) &&
+                          FetchShort(item, Tags::BitsAllocated, read.bits_allocated) &&
+                          FetchShort(item, Tags::BitsStored, read.bits_stored) &&
+                          FetchShort(item, Tags::HighBit, read.high_bit) &&
+                          FetchShort(item, Tags::PixelRepresentation, read.pixel_representation);
+    FetchShort(item, Tags::PlanarConfiguration, read.planar_configuration);
     std::string photometric;
-    const auto* photometricElement = item.Find(Tag::PhotometricInterpretation);
-    const auto* pixelData = item.Find(dcm::kPixelDataTag);
+    const auto* photometricElement = item.Find(Tags::PhotometricInterpretation);
+    const auto* pixelData = item.Find(dcm::Tags::PixelData);
     // Pixel data inside an item is read as a plain element; one built in memory is a frame container.
     const auto* frames = dynamic_cast<const dcm::DicomDataSetFrameContainerElement*>(pixelData);
     std::vector<std::uint8_t> pixels;

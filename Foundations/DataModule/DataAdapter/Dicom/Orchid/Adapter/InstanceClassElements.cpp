@@ -13,7 +13,7 @@ namespace Lumivale::DataModule::DataAdapterModule {
 namespace {
 
 using dcm::Tag;
-using dcm::TagNumber;
+namespace Tags = dcm::Tags;
 using VR = dcm::ValueRepresentation;
 
 // Inserts text elements, remembering whether every one could be written.
@@ -21,7 +21,7 @@ class ElementWriter {
 public:
     ElementWriter(dcm::DicomDataSet& dataSet, const MultiCharSetDataType& charset) : dataSet_(dataSet), charset_(charset) {}
     void Text(Tag tag, VR vr, std::string_view utf8) {
-        auto element = MakeTextElement(TagNumber(tag), vr, utf8, charset_);
+        auto element = MakeTextElement(tag, vr, utf8, charset_);
         ok_ = ok_ && element && dataSet_.Insert(std::move(element));
     }
     void Wide(Tag tag, VR vr, const std::u16string& wide) {
@@ -52,41 +52,40 @@ private:
 };
 
 void InsertImage(ElementWriter& out, const ImageInstanceDataRow& image) {
-    if (!image.image_type.IsEmpty()) out.Wide(Tag::ImageType, VR::CS, image.image_type.Text());
-    if (!image.patient_orientation.IsEmpty()) out.Wide(Tag::PatientOrientation, VR::CS, image.patient_orientation.Text());
-    if (image.image_laterality.IsSet()) out.Text(Tag::ImageLaterality, VR::CS, image.image_laterality.Term());
+    if (!image.image_type.IsEmpty()) out.Wide(Tags::ImageType, VR::CS, image.image_type.Text());
+    if (!image.patient_orientation.IsEmpty()) out.Wide(Tags::PatientOrientation, VR::CS, image.patient_orientation.Text());
+    if (image.image_laterality.IsSet()) out.Text(Tags::ImageLaterality, VR::CS, image.image_laterality.Term());
     if (image.photometric_interpretation.IsSet()) {
-        out.Text(Tag::PhotometricInterpretation, VR::CS, image.photometric_interpretation.Term());
+        out.Text(Tags::PhotometricInterpretation, VR::CS, image.photometric_interpretation.Term());
     }
-    if (!image.pixel_spacing.IsEmpty()) out.Wide(Tag::PixelSpacing, VR::DS, image.pixel_spacing.Text());
-    if (image.burned_in_annotation.IsSet()) out.Text(Tag::BurnedInAnnotation, VR::CS, image.burned_in_annotation.Value());
+    if (!image.pixel_spacing.IsEmpty()) out.Wide(Tags::PixelSpacing, VR::DS, image.pixel_spacing.Text());
+    if (image.burned_in_annotation.IsSet()) out.Text(Tags::BurnedInAnnotation, VR::CS, image.burned_in_annotation.Value());
     if (image.lossy_image_compression.IsSet()) {
-        out.Text(Tag::LossyImageCompression, VR::CS, image.lossy_image_compression.Value());
+        out.Text(Tags::LossyImageCompression, VR::CS, image.lossy_image_compression.Value());
     }
-    if (image.presentation_lut_shape.IsSet()) out.Text(Tag::PresentationLUTShape, VR::CS, image.presentation_lut_shape.Value());
+    if (image.presentation_lut_shape.IsSet()) out.Text(Tags::PresentationLUTShape, VR::CS, image.presentation_lut_shape.Value());
 }
 
 void ReadImage(const ElementReader& in, ImageInstanceDataRow& image) {
     std::string text;
-    if (in.Text(Tag::ImageType, text) && IsValidUtf8(text)) image.image_type.SetFromText(FromUtf8(text));
-    if (in.Text(Tag::PatientOrientation, text) && IsValidUtf8(text)) image.patient_orientation.SetFromText(FromUtf8(text));
-    if (in.Text(Tag::ImageLaterality, text)) image.image_laterality.SetFromTerm(text);
-    if (in.Text(Tag::PhotometricInterpretation, text)) image.photometric_interpretation.SetFromTerm(text);
-    if (in.Text(Tag::PixelSpacing, text) && IsValidUtf8(text)) image.pixel_spacing.SetFromText(FromUtf8(text));
-    if (in.Text(Tag::BurnedInAnnotation, text)) image.burned_in_annotation.Set(text);
-    if (in.Text(Tag::LossyImageCompression, text)) image.lossy_image_compression.Set(text);
-    if (in.Text(Tag::PresentationLUTShape, text)) image.presentation_lut_shape.Set(text);
+    if (in.Text(Tags::ImageType, text) && IsValidUtf8(text)) image.image_type.SetFromText(FromUtf8(text));
+    if (in.Text(Tags::PatientOrientation, text) && IsValidUtf8(text)) image.patient_orientation.SetFromText(FromUtf8(text));
+    if (in.Text(Tags::ImageLaterality, text)) image.image_laterality.SetFromTerm(text);
+    if (in.Text(Tags::PhotometricInterpretation, text)) image.photometric_interpretation.SetFromTerm(text);
+    if (in.Text(Tags::PixelSpacing, text) && IsValidUtf8(text)) image.pixel_spacing.SetFromText(FromUtf8(text));
+    if (in.Text(Tags::BurnedInAnnotation, text)) image.burned_in_annotation.Set(text);
+    if (in.Text(Tags::LossyImageCompression, text)) image.lossy_image_compression.Set(text);
+    if (in.Text(Tags::PresentationLUTShape, text)) image.presentation_lut_shape.Set(text);
 }
 
 // An empty sequence: a type 2 attribute the tool has no value for.
 bool InsertEmptySequence(dcm::DicomDataSet& dataSet, Tag tag) {
-    const std::uint32_t number = TagNumber(tag);
-    return dataSet.Insert(std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(number), dcm::TagElement(number)));
+    return dataSet.Insert(std::make_unique<dcm::DicomDataSetSequenceElement>(tag));
 }
 
 // The units of a 3D model's coordinates: millimetres, as the STL, OBJ and MTL classes assume.
 bool InsertMillimetreUnits(dcm::DicomDataSet& dataSet) {
-    return InsertCodeSequence(dataSet, TagNumber(Tag::MeasurementUnitsCodeSequence), "mm", "UCUM", "mm");
+    return InsertCodeSequence(dataSet, Tags::MeasurementUnitsCodeSequence, "mm", "UCUM", "mm");
 }
 
 // The document element: its bytes, or the region of the file that holds them (never loaded, so
@@ -94,8 +93,7 @@ bool InsertMillimetreUnits(dcm::DicomDataSet& dataSet) {
 bool InsertDocumentBytes(dcm::DicomDataSet& dataSet, const ByteBuffer& document) {
     const std::uint64_t length = document.Length();
     if (dcm::EvenLength(length) > kMaxDicomValueLength) return false;
-    const std::uint32_t tag = TagNumber(Tag::EncapsulatedDocument);
-    auto element = std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), VR::OB);
+        auto element = std::make_unique<dcm::DicomDataSetElement>(Tags::EncapsulatedDocument, VR::OB);
     if (const FileRegion* region = document.Region()) {
         if (!region->IsInsideFile()) return false;
         element->valueLength = static_cast<std::uint32_t>(length);
@@ -105,22 +103,22 @@ bool InsertDocumentBytes(dcm::DicomDataSet& dataSet, const ByteBuffer& document)
         element->SetValue(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
     }
     return dataSet.Insert(std::move(element)) &&
-           dataSet.Insert(MakeUnsignedLongElement(TagNumber(Tag::EncapsulatedDocumentLength), static_cast<std::uint32_t>(length)));
+           dataSet.Insert(MakeUnsignedLongElement(Tags::EncapsulatedDocumentLength, static_cast<std::uint32_t>(length)));
 }
 
 bool InsertDocument(dcm::DicomDataSet& dataSet, ElementWriter& out, const EncapsulatedDocumentDataRow& document) {
-    if (document.mime_type.IsSet()) out.Text(Tag::MIMETypeOfEncapsulatedDocument, VR::LO, document.mime_type.Value());
-    out.Wide(Tag::DocumentTitle, VR::ST, document.document_title.Value());
-    if (document.burned_in_annotation.IsSet()) out.Text(Tag::BurnedInAnnotation, VR::CS, document.burned_in_annotation.Value());
-    if (document.conversion_type.IsSet()) out.Text(Tag::ConversionType, VR::CS, document.conversion_type.Value());
+    if (document.mime_type.IsSet()) out.Text(Tags::MIMETypeOfEncapsulatedDocument, VR::LO, document.mime_type.Value());
+    out.Wide(Tags::DocumentTitle, VR::ST, document.document_title.Value());
+    if (document.burned_in_annotation.IsSet()) out.Text(Tags::BurnedInAnnotation, VR::CS, document.burned_in_annotation.Value());
+    if (document.conversion_type.IsSet()) out.Text(Tags::ConversionType, VR::CS, document.conversion_type.Value());
     if (!document.hl7_instance_identifier.empty()) {
-        out.Text(Tag::HL7InstanceIdentifier, VR::ST, document.hl7_instance_identifier);
+        out.Text(Tags::HL7InstanceIdentifier, VR::ST, document.hl7_instance_identifier);
     }
-    if (!InsertEmptySequence(dataSet, Tag::ConceptNameCodeSequence)) return false;
+    if (!InsertEmptySequence(dataSet, Tags::ConceptNameCodeSequence)) return false;
     const EncapsulatedDocumentClass* documentClass = EncapsulatedDocumentClassOf(document.sop_class.ValueOr(SOPClass::unknown));
     if (documentClass && documentClass->is_model) {
-        out.Text(Tag::FrameOfReferenceUID, VR::UI, document.frame_of_reference_uid.ValueOr({}));
-        out.Text(Tag::PositionReferenceIndicator, VR::LO, {});
+        out.Text(Tags::FrameOfReferenceUID, VR::UI, document.frame_of_reference_uid.ValueOr({}));
+        out.Text(Tags::PositionReferenceIndicator, VR::LO, {});
         if (!InsertMillimetreUnits(dataSet)) return false;
     }
     return InsertDocumentBytes(dataSet, document.encapsulated_document);
@@ -128,18 +126,18 @@ bool InsertDocument(dcm::DicomDataSet& dataSet, ElementWriter& out, const Encaps
 
 void ReadDocument(const dcm::DicomDataSet& dataSet, const ElementReader& in, EncapsulatedDocumentDataRow& document) {
     std::string text;
-    if (in.Text(Tag::MIMETypeOfEncapsulatedDocument, text)) document.mime_type.Set(text);
-    if (in.Text(Tag::DocumentTitle, text) && IsValidUtf8(text)) document.document_title.Set(FromUtf8(text));
-    if (in.Text(Tag::BurnedInAnnotation, text)) document.burned_in_annotation.Set(text);
-    if (in.Text(Tag::ConversionType, text)) document.conversion_type.Set(text);
-    if (in.Text(Tag::HL7InstanceIdentifier, text)) document.hl7_instance_identifier = text;
-    if (in.Text(Tag::FrameOfReferenceUID, text)) document.frame_of_reference_uid.Set(text);
+    if (in.Text(Tags::MIMETypeOfEncapsulatedDocument, text)) document.mime_type.Set(text);
+    if (in.Text(Tags::DocumentTitle, text) && IsValidUtf8(text)) document.document_title.Set(FromUtf8(text));
+    if (in.Text(Tags::BurnedInAnnotation, text)) document.burned_in_annotation.Set(text);
+    if (in.Text(Tags::ConversionType, text)) document.conversion_type.Set(text);
+    if (in.Text(Tags::HL7InstanceIdentifier, text)) document.hl7_instance_identifier = text;
+    if (in.Text(Tags::FrameOfReferenceUID, text)) document.frame_of_reference_uid.Set(text);
     std::uint32_t length = 0;
-    if (const auto* element = dataSet.Find(Tag::EncapsulatedDocumentLength); element && FetchUnsignedLong(*element, length)) {
+    if (const auto* element = dataSet.Find(Tags::EncapsulatedDocumentLength); element && FetchUnsignedLong(*element, length)) {
         document.encapsulated_document_length = length;
     }
     // A document kept in its file stays there: only the caller that wants its bytes reads them.
-    const auto* element = dataSet.Find(Tag::EncapsulatedDocument);
+    const auto* element = dataSet.Find(Tags::EncapsulatedDocument);
     if (element == nullptr) return;
     if (const dcm::FileRegion* region = element->value.Region()) {
         document.encapsulated_document = ByteBuffer::OfFileRegion(FileRegion{region->file, region->offset, region->length});

@@ -7,32 +7,31 @@ namespace Lumivale::DataModule::DataAdapterModule {
 namespace {
 
 using dcm::Tag;
-using dcm::TagNumber;
+namespace Tags = dcm::Tags;
 using VR = dcm::ValueRepresentation;
 
 bool InsertUid(dcm::DicomDataSet& item, Tag tag, const std::string& uid) {
-    auto element = MakeTextElement(TagNumber(tag), VR::UI, uid, MultiCharSetDataType());
+    auto element = MakeTextElement(tag, VR::UI, uid, MultiCharSetDataType());
     return element && item.Insert(std::move(element));
 }
 
 // Every item says why it is referenced: the packed file refers to it. The code is local to this
 // product (a "99" coding scheme), since the standard's purposes of reference describe images.
 bool InsertPurposeOfReference(dcm::DicomDataSet& item) {
-    return InsertCodeSequence(item, TagNumber(Tag::PurposeOfReferenceCodeSequence), "PACKEDREF", "99DCAPS",
+    return InsertCodeSequence(item, Tags::PurposeOfReferenceCodeSequence, "PACKEDREF", "99DCAPS",
                               "Referenced by the packed file");
 }
 
 }  // namespace
 
 bool InsertReferencedInstances(dcm::DicomDataSet& dataSet, const std::vector<ReferencedInstance>& references) {
-    const std::uint32_t tag = TagNumber(Tag::ReferencedInstanceSequence);
-    auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(dcm::TagGroup(tag), dcm::TagElement(tag));
+        auto sequence = std::make_unique<dcm::DicomDataSetSequenceElement>(Tags::ReferencedInstanceSequence);
     for (const ReferencedInstance& reference : references) {
         // An item must name the SOP class (Type 1); a reference without one stays in the custom data only.
         if (reference.sop_class_uid.empty()) continue;
         dcm::DicomDataSet& item = sequence->AppendItem();
-        if (!InsertUid(item, Tag::ReferencedSOPClassUID, reference.sop_class_uid) ||
-            !InsertUid(item, Tag::ReferencedSOPInstanceUID, reference.sop_instance_uid) ||
+        if (!InsertUid(item, Tags::ReferencedSOPClassUID, reference.sop_class_uid) ||
+            !InsertUid(item, Tags::ReferencedSOPInstanceUID, reference.sop_instance_uid) ||
             !InsertPurposeOfReference(item)) {
             return false;
         }

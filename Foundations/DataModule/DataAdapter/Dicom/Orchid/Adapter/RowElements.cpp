@@ -12,28 +12,24 @@ namespace {
 constexpr const char* kModule = "Module DicomFileDataAdapter";
 
 using dcm::Tag;
-using dcm::TagNumber;
+namespace Tags = dcm::Tags;
 using VR = dcm::ValueRepresentation;
 
 constexpr RequiredAttribute kRequired[] = {
-    {Tag::StudyDate, VR::DA},           {Tag::ContentDate, VR::DA},       {Tag::StudyTime, VR::TM},
-    {Tag::ContentTime, VR::TM},         {Tag::AccessionNumber, VR::SH},   {Tag::Modality, VR::CS},
-    {Tag::Manufacturer, VR::LO},        {Tag::ReferringPhysicianName, VR::PN},
-    {Tag::PatientName, VR::PN},         {Tag::PatientID, VR::LO},         {Tag::PatientBirthDate, VR::DA},
-    {Tag::PatientSex, VR::CS},          {Tag::StudyInstanceUID, VR::UI},  {Tag::SeriesInstanceUID, VR::UI},
-    {Tag::StudyID, VR::SH},             {Tag::SeriesNumber, VR::IS},      {Tag::InstanceNumber, VR::IS},
+    {Tags::StudyDate, VR::DA},           {Tags::ContentDate, VR::DA},       {Tags::StudyTime, VR::TM},
+    {Tags::ContentTime, VR::TM},         {Tags::AccessionNumber, VR::SH},   {Tags::Modality, VR::CS},
+    {Tags::Manufacturer, VR::LO},        {Tags::ReferringPhysicianName, VR::PN},
+    {Tags::PatientName, VR::PN},         {Tags::PatientID, VR::LO},         {Tags::PatientBirthDate, VR::DA},
+    {Tags::PatientSex, VR::CS},          {Tags::StudyInstanceUID, VR::UI},  {Tags::SeriesInstanceUID, VR::UI},
+    {Tags::StudyID, VR::SH},             {Tags::SeriesNumber, VR::IS},      {Tags::InstanceNumber, VR::IS},
 };
 
 // Tags the adapter writes itself, outside the row attribute tables.
 constexpr Tag kProgramTags[] = {
-    Tag::SpecificCharacterSet, Tag::SOPClassUID, Tag::AcquisitionContextSequence, Tag::IconImageSequence,
-    Tag::SamplesPerPixel, Tag::PhotometricInterpretation, Tag::Rows, Tag::Columns, Tag::PlanarConfiguration,
-    Tag::BitsAllocated, Tag::BitsStored, Tag::HighBit, Tag::PixelRepresentation,
+    Tags::SpecificCharacterSet, Tags::SOPClassUID, Tags::AcquisitionContextSequence, Tags::IconImageSequence,
+    Tags::SamplesPerPixel, Tags::PhotometricInterpretation, Tags::Rows, Tags::Columns, Tags::PlanarConfiguration,
+    Tags::BitsAllocated, Tags::BitsStored, Tags::HighBit, Tags::PixelRepresentation,
 };
-
-std::string TagText(std::uint32_t tag) {
-    return Portability::TraceFormat("(%04X,%04X)", dcm::TagGroup(tag), dcm::TagElement(tag));
-}
 
 }  // namespace
 
@@ -43,8 +39,8 @@ bool InsertRowAttributes(dcm::DicomDataSet& dataSet, RowKind kind, const DataRow
     for (const RowAttribute& attribute : RowAttributesOf(kind)) {
         const std::optional<std::string> text = attribute.get(row);
         if (!text) continue;
-        const std::uint32_t tag = dcm::MakeTagNumber(attribute.tag.group, attribute.tag.element);
-        auto element = MakeTextElement(tag, dcm::VRFromCode(attribute.vr), *text, charset);
+        const dcm::Tag tag = attribute.tag;
+        auto element = MakeTextElement(tag, attribute.vr, *text, charset);
         if (!element) {
             LV_TRACE(kModule, "%s %s cannot be written in the character set \"%s\"", TagText(tag).c_str(),
                      std::string(attribute.keyword).c_str(), charset.ToText().c_str());
@@ -56,9 +52,8 @@ bool InsertRowAttributes(dcm::DicomDataSet& dataSet, RowKind kind, const DataRow
 }
 
 bool InsertExtraElements(dcm::DicomDataSet& dataSet, const ExtraElementList& extras, const MultiCharSetDataType& charset) {
-    for (const auto& [elementTag, extra] : extras) {
-        const std::uint32_t tag = dcm::MakeTagNumber(elementTag.group, elementTag.element);
-        const VR vr = dcm::VRFromCode(extra.vr);
+    for (const auto& [tag, extra] : extras) {
+        const VR vr = extra.vr;
         std::unique_ptr<dcm::DicomDataSetElement> element;
         if (const auto* text = std::get_if<std::string>(&extra.value)) {
             element = MakeTextElement(tag, vr, *text, charset);
@@ -66,10 +61,10 @@ bool InsertExtraElements(dcm::DicomDataSet& dataSet, const ExtraElementList& ext
             element = MakeExtraSequence(tag, std::get<std::vector<std::uint8_t>>(extra.value), charset);
         } else {
             const auto& bytes = std::get<std::vector<std::uint8_t>>(extra.value);
-            element = std::make_unique<dcm::DicomDataSetElement>(elementTag.group, elementTag.element, vr, bytes);
+            element = std::make_unique<dcm::DicomDataSetElement>(tag, vr, bytes);
         }
         if (!element) {
-            LV_TRACE(kModule, "Extra element %s cannot be written as %s", TagText(tag).c_str(), extra.vr.c_str());
+            LV_TRACE(kModule, "Extra element %s cannot be written as %s", TagText(tag).c_str(), std::string(dcm::VRCode(vr)).c_str());
             return false;
         }
         dataSet.Insert(std::move(element));
@@ -79,16 +74,15 @@ bool InsertExtraElements(dcm::DicomDataSet& dataSet, const ExtraElementList& ext
 
 void InsertMissingRequiredAttributes(dcm::DicomDataSet& dataSet) {
     for (const RequiredAttribute& required : kRequired) {
-        const std::uint32_t tag = TagNumber(required.tag);
-        if (!dataSet.Find(tag)) {
-            dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(dcm::TagGroup(tag), dcm::TagElement(tag), required.vr));
+        if (!dataSet.Find(required.tag)) {
+            dataSet.Insert(std::make_unique<dcm::DicomDataSetElement>(required.tag, required.vr));
         }
     }
 }
 
 void ReadRowAttributes(const dcm::DicomDataSet& dataSet, RowKind kind, DataRow& row, const MultiCharSetDataType& charset) {
     for (const RowAttribute& attribute : RowAttributesOf(kind)) {
-        const std::uint32_t tag = dcm::MakeTagNumber(attribute.tag.group, attribute.tag.element);
+        const dcm::Tag tag = attribute.tag;
         const auto* element = dataSet.Find(tag);
         if (!element) continue;
         std::string text;
@@ -98,11 +92,10 @@ void ReadRowAttributes(const dcm::DicomDataSet& dataSet, RowKind kind, DataRow& 
     }
 }
 
-bool IsHandledTag(std::uint32_t tag) noexcept {
-    const ElementTag elementTag{dcm::TagGroup(tag), dcm::TagElement(tag)};
-    if (RowKindOfTag(elementTag)) return true;
+bool IsHandledTag(dcm::Tag tag) noexcept {
+    if (RowKindOfTag(tag)) return true;
     for (const Tag programTag : kProgramTags) {
-        if (TagNumber(programTag) == tag) return true;
+        if (programTag == tag) return true;
     }
     return false;
 }
@@ -111,20 +104,19 @@ void ReadExtraElements(const dcm::DicomDataSet& dataSet, const MultiCharSetDataT
                        ExtraElementList& extras) {
     for (const auto& [tag, node] : dataSet) {
         // Private groups stay behind: their meaning belongs to the source's makers.
-        const bool privateGroup = node->group % 2 == 1;
-        if (node->group == 0x0002 || node->element == 0 || privateGroup || IsHandledTag(tag) ||
-            node->kind != dcm::DicomElementKind::Element || tag == dcm::kPixelDataTag || node->vr == VR::SQ) {
+        const bool privateGroup = node->tag.group % 2 == 1;
+        if (node->tag.group == 0x0002 || node->tag.element == 0 || privateGroup || IsHandledTag(tag) ||
+            node->kind != dcm::DicomElementKind::Element || tag == dcm::Tags::PixelData || node->vr == VR::SQ) {
             continue;
         }
-        const std::string code(dcm::VRCode(dcm::WireVR(node->vr)));
-        const ElementTag elementTag{node->group, node->element};
+        const VR vr = dcm::WireVR(node->vr);
         std::string text;
         if (dcm::VRIsCharacterData(node->vr) && FetchElementText(*node, charset, text)) {
-            extras.SetText(elementTag, code, std::move(text));
+            extras.SetText(tag, vr, std::move(text));
             continue;
         }
         std::vector<std::uint8_t> bytes;
-        if (node->value.Size() <= maxBytes && node->value.Load(bytes)) extras.SetBytes(elementTag, code, std::move(bytes));
+        if (node->value.Size() <= maxBytes && node->value.Load(bytes)) extras.SetBytes(tag, vr, std::move(bytes));
     }
 }
 

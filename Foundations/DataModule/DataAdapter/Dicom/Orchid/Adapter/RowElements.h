@@ -32,7 +32,7 @@ void InsertMissingRequiredAttributes(DicomCodecModule::DicomDataSet& dataSet);
 void ReadRowAttributes(const DicomCodecModule::DicomDataSet& dataSet, RowKind kind, DataRow& row,
                        const MultiCharSetDataType& charset);
 // True when some row attribute table, or the program itself, handles the element's tag.
-bool IsHandledTag(std::uint32_t tag) noexcept;
+bool IsHandledTag(DicomCodecModule::Tag tag) noexcept;
 // Copy the top-level elements no row member holds into extras (text VRs decoded, others as bytes
 // of at most maxBytes); the meta group, group lengths, private groups, sequences and pixel data are left out.
 void ReadExtraElements(const DicomCodecModule::DicomDataSet& dataSet, const MultiCharSetDataType& charset,

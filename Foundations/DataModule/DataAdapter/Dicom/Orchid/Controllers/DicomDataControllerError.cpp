@@ -21,7 +21,7 @@ std::string FitToColumn(std::string_view name) {
 
 std::string DicomDataControllerError::Description(std::string_view indent) const {
     std::string line(indent);
-    line += Portability::TraceFormat("(%04X,%04X)", TagGroup(tag), TagElement(tag));
+    line += TagText(tag);
     line += FitToColumn(EntryByTag(tag).name);
     if (!text.empty()) line += "\"" + text + "\"";
     return line;

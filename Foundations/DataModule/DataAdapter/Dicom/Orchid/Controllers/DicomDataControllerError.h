@@ -2,6 +2,8 @@
 // Problems a file data controller finds in an instance: each names the attribute by tag and may
 // carry a text; the list prints one line per problem.
 
+#include "Foundations/DataModule/DataAdapter/Dicom/Core/Tag.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -17,7 +19,7 @@ enum class DicomDataControllerErrorCode : std::uint8_t {
 
 // One problem with one attribute.
 struct DicomDataControllerError {
-    std::uint32_t tag = 0;  // group in the high half, element in the low half
+    Tag tag;  // the attribute concerned
     DicomDataControllerErrorCode code = DicomDataControllerErrorCode::MissingAttribute;
     std::string text;       // optional detail, printed between double quotes
 

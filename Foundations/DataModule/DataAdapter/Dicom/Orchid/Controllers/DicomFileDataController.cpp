@@ -23,11 +23,11 @@ bool DicomFileDataController::PrepareForWriting(InstanceDataRow& instance) {
 bool DicomFileDataController::CheckForWriting(const InstanceDataRow& instance, DicomDataControllerErrors& errors) const {
     const std::size_t before = errors.size();
     const auto missing = [&errors](Tag tag) {
-        errors.push_back({TagNumber(tag), DicomDataControllerErrorCode::MissingAttribute, {}});
+        errors.push_back({tag, DicomDataControllerErrorCode::MissingAttribute, {}});
     };
-    if (instance.sop_class.IsEmpty() || instance.sop_class.Value() == SOPClass::unknown) missing(Tag::SOPClassUID);
-    if (instance.sop_instance_uid.IsEmpty()) missing(Tag::SOPInstanceUID);
-    if (instance.transfer_syntax.IsEmpty()) missing(Tag::TransferSyntaxUID);
+    if (instance.sop_class.IsEmpty() || instance.sop_class.Value() == SOPClass::unknown) missing(Tags::SOPClassUID);
+    if (instance.sop_instance_uid.IsEmpty()) missing(Tags::SOPInstanceUID);
+    if (instance.transfer_syntax.IsEmpty()) missing(Tags::TransferSyntaxUID);
     return errors.size() == before;
 }
 

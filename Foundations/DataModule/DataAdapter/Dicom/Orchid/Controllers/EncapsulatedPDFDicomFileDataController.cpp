@@ -47,14 +47,14 @@ bool EncapsulatedPDFDicomFileDataController::CheckForWriting(const InstanceDataR
     const auto* document = dynamic_cast<const EncapsulatedDocumentDataRow*>(&instance);
     if (!AcceptsInstance(instance) || document == nullptr) return complete;
     const auto missing = [&errors, &complete](Tag tag) {
-        errors.push_back({TagNumber(tag), DicomDataControllerErrorCode::MissingAttribute, {}});
+        errors.push_back({tag, DicomDataControllerErrorCode::MissingAttribute, {}});
         complete = false;
     };
-    if (document->encapsulated_document.IsEmpty()) missing(Tag::EncapsulatedDocument);
-    if (document->mime_type.IsEmpty()) missing(Tag::MIMETypeOfEncapsulatedDocument);
+    if (document->encapsulated_document.IsEmpty()) missing(Tags::EncapsulatedDocument);
+    if (document->mime_type.IsEmpty()) missing(Tags::MIMETypeOfEncapsulatedDocument);
     const EncapsulatedDocumentClass* documentClass = EncapsulatedDocumentClassOf(instance.sop_class.Value());
     if (documentClass && documentClass->is_model && document->frame_of_reference_uid.IsEmpty()) {
-        missing(Tag::FrameOfReferenceUID);
+        missing(Tags::FrameOfReferenceUID);
     }
     return complete;
 }

@@ -23,11 +23,11 @@ bool RawDataDicomFileDataController::CheckForWriting(const InstanceDataRow& inst
     const auto* raw = dynamic_cast<const RawDataDataRow*>(&instance);
     if (!AcceptsInstance(instance) || raw == nullptr) return complete;
     if (raw->creator_version_uid.IsEmpty()) {
-        errors.push_back({TagNumber(Tag::CreatorVersionUID), DicomDataControllerErrorCode::MissingAttribute, {}});
+        errors.push_back({Tags::CreatorVersionUID, DicomDataControllerErrorCode::MissingAttribute, {}});
         complete = false;
     }
     if (raw->content_date_time.IsEmpty()) {
-        errors.push_back({TagNumber(Tag::ContentDate), DicomDataControllerErrorCode::MissingAttribute, {}});
+        errors.push_back({Tags::ContentDate, DicomDataControllerErrorCode::MissingAttribute, {}});
         complete = false;
     }
     return complete;

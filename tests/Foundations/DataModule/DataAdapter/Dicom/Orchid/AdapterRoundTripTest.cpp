@@ -75,7 +75,7 @@ std::uint32_t U32At(const std::vector<std::uint8_t>& bytes, std::size_t at) {
 }
 
 TEST_F(AdapterRoundTrip, MetaGroupOfEveryClass) {
-    using dcm::Tag;
+    namespace Tags = dcm::Tags;
     for (const dm::SOPClass::Enum sopClass : {dm::SOPClass::RawData, dm::SOPClass::EncapsulatedPDF, dm::SOPClass::CTImage,
                                               dm::SOPClass::SecondaryCaptureImage, dm::SOPClass::BasicTextSR}) {
         SCOPED_TRACE(static_cast<int>(sopClass));
@@ -100,14 +100,14 @@ TEST_F(AdapterRoundTrip, MetaGroupOfEveryClass) {
         EXPECT_EQ(U32At(bytes, 140), at - 144);
         // Explicit VR little endian after the meta group: the VR letters follow the first tag.
         EXPECT_TRUE(std::isupper(bytes[at + 4]) && std::isupper(bytes[at + 5]));
-        EXPECT_EQ(Text(tree, Tag::TransferSyntaxUID), "1.2.840.10008.1.2.1");
-        EXPECT_EQ(Text(tree, Tag::MediaStorageSOPClassUID), Text(tree, Tag::SOPClassUID));
-        EXPECT_EQ(Text(tree, Tag::MediaStorageSOPClassUID), instance.sop_class.Term());
-        EXPECT_EQ(Text(tree, Tag::MediaStorageSOPInstanceUID), Text(tree, Tag::SOPInstanceUID));
-        EXPECT_EQ(Text(tree, Tag::ImplementationVersionName), "DCAPS");
-        EXPECT_TRUE(Text(tree, Tag::ImplementationClassUID).ends_with(".50.7.0.0.0"));
+        EXPECT_EQ(Text(tree, Tags::TransferSyntaxUID), "1.2.840.10008.1.2.1");
+        EXPECT_EQ(Text(tree, Tags::MediaStorageSOPClassUID), Text(tree, Tags::SOPClassUID));
+        EXPECT_EQ(Text(tree, Tags::MediaStorageSOPClassUID), instance.sop_class.Term());
+        EXPECT_EQ(Text(tree, Tags::MediaStorageSOPInstanceUID), Text(tree, Tags::SOPInstanceUID));
+        EXPECT_EQ(Text(tree, Tags::ImplementationVersionName), "DCAPS");
+        EXPECT_TRUE(Text(tree, Tags::ImplementationClassUID).ends_with(".50.7.0.0.0"));
         std::vector<std::uint8_t> version;
-        ASSERT_TRUE(tree.Find(Tag::FileMetaInformationVersion)->value.Load(version));
+        ASSERT_TRUE(tree.Find(Tags::FileMetaInformationVersion)->value.Load(version));
         EXPECT_EQ(version, (std::vector<std::uint8_t>{0x00, 0x01}));
     }
 }
@@ -248,9 +248,9 @@ TEST_F(AdapterRoundTrip, IconImageAndItsTopLevelDuplicate) {
     EXPECT_EQ(AllBytes(read->icon_image.pixel_data.at(0)), interleaved);
     dcm::DicomDataSet tree;
     ASSERT_TRUE(dcm::ReadDicomFile(Path("out.dcm"), tree));
-    ASSERT_NE(tree.Find(dcm::kPixelDataTag), nullptr);
-    EXPECT_EQ(tree.Find(dcm::kPixelDataTag)->vr, dcm::VR::OW);
-    EXPECT_NE(tree.Find(dcm::Tag::Rows), nullptr);
+    ASSERT_NE(tree.Find(dcm::Tags::PixelData), nullptr);
+    EXPECT_EQ(tree.Find(dcm::Tags::PixelData)->vr, dcm::VR::OW);
+    EXPECT_NE(tree.Find(dcm::Tags::Rows), nullptr);
 }
 
 }  // namespace

@@ -120,7 +120,7 @@ TEST(Controllers, DocumentAndImageDefaultsFillOnlyEmptyAttributes) {
     dcm::DicomDataControllerErrors errors;
     EXPECT_FALSE(dcm::EncapsulatedPDFDicomFileDataController().CheckForWriting(pdf, errors));  // no document bytes
     ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0].tag, dcm::TagNumber(dcm::Tag::EncapsulatedDocument));
+    EXPECT_EQ(errors[0].tag, dcm::Tags::EncapsulatedDocument);
 
     dm::ImageInstanceDataRow cr(SOPClass::ComputedRadiographyImage);
     cr.burned_in_annotation.Set("YES");

@@ -20,22 +20,21 @@ constexpr StreamEncoding kImplicit = StreamEncoding::ImplicitLittleEndian;
 constexpr StreamEncoding kExplicit = StreamEncoding::ExplicitLittleEndian;
 
 std::unique_ptr<DicomDataSetSequenceElement> Sequence(Tag tag) {
-    const std::uint32_t number = TagNumber(tag);
-    return std::make_unique<DicomDataSetSequenceElement>(TagGroup(number), TagElement(number));
+    return std::make_unique<DicomDataSetSequenceElement>(tag);
 }
 
 TEST(DataSetTree, InsertReplacesAndSizesFollowTheEncoding) {
     DicomDataSet set;
-    EXPECT_TRUE(set.Insert(Node(Tag::PatientName, "FIRST")));
-    EXPECT_TRUE(set.Insert(Node(Tag::PatientName, "SECOND")));
+    EXPECT_TRUE(set.Insert(Node(Tags::PatientName, "FIRST")));
+    EXPECT_TRUE(set.Insert(Node(Tags::PatientName, "SECOND")));
     EXPECT_FALSE(set.Insert(nullptr));
     ASSERT_EQ(set.Count(), 1u);
-    EXPECT_EQ(set.Find(Tag::PatientName)->value.Size(), 6u);
+    EXPECT_EQ(set.Find(Tags::PatientName)->value.Size(), 6u);
 
-    auto sequence = Sequence(Tag::ReferencedImageSequence);
+    auto sequence = Sequence(Tags::ReferencedImageSequence);
     EXPECT_EQ(sequence->EncodedSize(kImplicit), 8u);
     EXPECT_EQ(sequence->EncodedSize(kExplicit), 12u);
-    sequence->AppendItem().Insert(Node(Tag::ReferencedSOPInstanceUID, "1.2.3"));  // 8 + 6 (padded)
+    sequence->AppendItem().Insert(Node(Tags::ReferencedSOPInstanceUID, "1.2.3"));  // 8 + 6 (padded)
     sequence->AppendEmptySlot();
     EXPECT_EQ(sequence->EncodedSize(kImplicit), 8u + 8u + 14u);
     EXPECT_EQ(sequence->EncodedSize(kExplicit), 12u + 8u + 14u);
@@ -44,19 +43,19 @@ TEST(DataSetTree, InsertReplacesAndSizesFollowTheEncoding) {
     pixels.AppendFrame(DicomValue(Bytes{1, 2, 3}));
     EXPECT_EQ(pixels.EncodedSize(kExplicit), 12u + 8u + (8u + 4u) + 8u);
     EXPECT_EQ(pixels.Frame(1), nullptr);
-    EXPECT_TRUE(set.Remove(TagNumber(Tag::PatientName)));
-    EXPECT_FALSE(set.Remove(TagNumber(Tag::PatientName)));
+    EXPECT_TRUE(set.Remove(Tags::PatientName));
+    EXPECT_FALSE(set.Remove(Tags::PatientName));
 }
 
 // Odd values are padded: a UID with NUL, text with a space, a pixel fragment with a zero byte.
 TEST(DataSetWrite, BytesOfSequencesPaddingAndPixelFragments) {
     DicomDataSet set;
-    set.Insert(Node(Tag::SOPInstanceUID, "1.2.3"));
-    auto sequence = Sequence(Tag::ReferencedImageSequence);
+    set.Insert(Node(Tags::SOPInstanceUID, "1.2.3"));
+    auto sequence = Sequence(Tags::ReferencedImageSequence);
     sequence->AppendEmptySlot();
-    sequence->AppendItem().Insert(Node(Tag::Modality, "CT"));
+    sequence->AppendItem().Insert(Node(Tags::Modality, "CT"));
     set.Insert(std::move(sequence));
-    set.Insert(Node(Tag::PatientID, "ID7"));
+    set.Insert(Node(Tags::PatientID, "ID7"));
     auto pixels = std::make_unique<DicomDataSetFrameContainerElement>(VR::OB, true);
     pixels->AppendFrame(DicomValue(Bytes{9, 8, 7}));
     set.Insert(std::move(pixels));
@@ -88,21 +87,21 @@ std::string WithoutMeta(const DicomDataSet& set) {
 // have even lengths, so that what is read back equals what was written.
 DicomDataSet SampleDataSet(std::string_view transferSyntax) {
     DicomDataSet set;
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0000, VR::UL, Bytes{0, 0, 0, 0}));
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0001, VR::OB, Bytes{0, 1}));
-    set.Insert(Node(Tag::TransferSyntaxUID, transferSyntax));
-    set.Insert(Node(Tag::PatientName, "DOE^JANE"));
-    set.Insert(Node(Tag::Orchid_PrivateCreatorID, std::string(kPrivateCreator) + " "));
-    auto custom = Sequence(Tag::Orchid_CustomDataSequence);
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0000}, VR::UL, Bytes{0, 0, 0, 0}));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0001}, VR::OB, Bytes{0, 1}));
+    set.Insert(Node(Tags::TransferSyntaxUID, transferSyntax));
+    set.Insert(Node(Tags::PatientName, "DOE^JANE"));
+    set.Insert(Node(Tags::Orchid_PrivateCreatorID, std::string(kPrivateCreator) + " "));
+    auto custom = Sequence(Tags::Orchid_CustomDataSequence);
     DicomDataSet& item = custom->AppendItem();
-    item.Insert(Node(Tag::Orchid_CustomDataKey, "Dicapsule.PackedFile.Name "));
-    item.Insert(std::make_unique<DicomDataSetElement>(0x0009, 0x11A3, VR::UN, Bytes(300, 0xAB)));
-    auto inner = Sequence(Tag::ReferencedImageSequence);
-    inner->AppendItem().Insert(Node(Tag::ReferencedSOPInstanceUID, "1.2.840.10"));
+    item.Insert(Node(Tags::Orchid_CustomDataKey, "Dicapsule.PackedFile.Name "));
+    item.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0009, 0x11A3}, VR::UN, Bytes(300, 0xAB)));
+    auto inner = Sequence(Tags::ReferencedImageSequence);
+    inner->AppendItem().Insert(Node(Tags::ReferencedSOPInstanceUID, "1.2.840.10"));
     item.Insert(std::move(inner));
     set.Insert(std::move(custom));
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0028, 0x0010, VR::US, Bytes{0x34, 0x12}));
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0070, 0x1A07, VR::OD, Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0028, 0x0010}, VR::US, Bytes{0x34, 0x12}));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0070, 0x1A07}, VR::OD, Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
     auto pixels = std::make_unique<DicomDataSetFrameContainerElement>(VR::OB, false);
     pixels->AppendFrame(DicomValue(Bytes{1, 2, 3, 4}));
     set.Insert(std::move(pixels));
@@ -125,10 +124,10 @@ TEST(DataSetWrite, RoundTripsInEveryEncodingAndCopiesValuesLeftInTheFile) {
         keepLargeInFile.keepInFileAbove = 100;
         ASSERT_TRUE(ReadDicomFile(first, read, keepLargeInFile));
         std::vector<std::uint8_t> groupLength;
-        ASSERT_TRUE(read.Find(0x00020000u)->value.Load(groupLength));
+        ASSERT_TRUE(read.Find(Tag{0x0002, 0x0000})->value.Load(groupLength));
         EXPECT_EQ(groupLength, Number(kExplicit, 14 + 8 + static_cast<std::uint32_t>(EvenLength(c.syntax.size())), 4));
         EXPECT_EQ(WithoutMeta(read), WithoutMeta(original));
-        const auto* payload = read.Find(Tag::Orchid_CustomDataSequence);
+        const auto* payload = read.Find(Tags::Orchid_CustomDataSequence);
         ASSERT_NE(payload, nullptr);
         // The written copy must carry the file-held values (payload, pixel data) byte for byte.
         ASSERT_TRUE(WriteDicomFile(second, read));
@@ -144,7 +143,7 @@ TEST(DataSetWrite, FailedWriteLeavesTheTargetUntouched) {
     const fs::path target = scratch.path / "out.dcm";
     std::ofstream(target) << "previous";
     DicomDataSet set;
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0010, 0x0010, VR::PN, Bytes(70000, 'A')));  // too long for 16 bits
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0010, 0x0010}, VR::PN, Bytes(70000, 'A')));  // too long for 16 bits
     EXPECT_FALSE(WriteDicomFile(target, set, kExplicit));
     EXPECT_EQ(TestFiles::ReadText(target), "previous");
     EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path), fs::directory_iterator()), 1);
@@ -166,9 +165,9 @@ TEST(DataSetWrite, SinkGetsTheBytesOfTheFile) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.id);
         DicomDataSet set;
-        set.Insert(Node(Tag::TransferSyntaxUID, std::string_view("1.2.840.10008.1.2.1\0", 20)));
-        set.Insert(Node(Tag::PatientName, "DOE^JANE"));
-        auto pixels = std::make_unique<DicomDataSetElement>(0x7FE0, 0x0010, VR::OW);
+        set.Insert(Node(Tags::TransferSyntaxUID, std::string_view("1.2.840.10008.1.2.1\0", 20)));
+        set.Insert(Node(Tags::PatientName, "DOE^JANE"));
+        auto pixels = std::make_unique<DicomDataSetElement>(Tag{0x7FE0, 0x0010}, VR::OW);
         pixels->valueLength = static_cast<std::uint32_t>(words.size());
         FileRegion region{{source, 0, words.size()}};
         region.bigEndian = c.bigEndian;

@@ -33,7 +33,7 @@ class EventRecorder : public DicomDataStream::CallbackHandler {
 public:
     bool ElementRead(DicomDataSetElement& r) override {
         std::string value(r.value.Bytes().begin(), r.value.Bytes().end());
-        events.push_back(Portability::TraceFormat("%d %04X,%04X %s%s ", static_cast<int>(r.kind), r.group, r.element,
+        events.push_back(Portability::TraceFormat("%d %04X,%04X %s%s ", static_cast<int>(r.kind), r.tag.group, r.tag.element,
                                                   std::string(VRCode(r.vr)).c_str(), r.encapsulated ? " e" : "") +
                          value);
         return true;
@@ -222,7 +222,7 @@ TEST(ExplicitLengthForm, EveryVrIsWrittenInItsStandardFormAndReadBack) {
         for (const std::string_view vr : kAllVrs) {
             SCOPED_TRACE(Id(enc, vr));
             DicomDataSet set;
-            set.Insert(std::make_unique<DicomDataSetElement>(0x0011, 0x1010, VRFromCode(vr), kValue));
+            set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0011, 0x1010}, VRFromCode(vr), kValue));
             DicomMemoryDataStream out;
             out.SetEncoding(enc);
             ASSERT_TRUE(out.WriteDataSet(set));
@@ -235,7 +235,7 @@ TEST(ExplicitLengthForm, EveryVrIsWrittenInItsStandardFormAndReadBack) {
 
             DicomDataSet back;
             ASSERT_TRUE(ReadOne(written, enc, back));
-            const DicomDataSetElement* element = back.Find(0x00111010);
+            const DicomDataSetElement* element = back.Find(Tag{0x0011, 0x1010});
             ASSERT_NE(element, nullptr);
             EXPECT_EQ(element->vr, VRFromCode(vr));
             EXPECT_EQ(Bytes(element->value.Bytes().begin(), element->value.Bytes().end()), kValue);
@@ -258,9 +258,9 @@ TEST(ExplicitLengthForm, ShortFieldIsTheLengthOnlyWhereWritersUsedIt) {
                 continue;
             }
             ASSERT_TRUE(read);
-            ASSERT_NE(set.Find(0x00111010), nullptr);
-            EXPECT_EQ(set.Find(0x00111010)->valueLength, 8u);
-            ASSERT_NE(set.Find(0x00111020), nullptr);
+            ASSERT_NE(set.Find(Tag{0x0011, 0x1010}), nullptr);
+            EXPECT_EQ(set.Find(Tag{0x0011, 0x1010})->valueLength, 8u);
+            ASSERT_NE(set.Find(Tag{0x0011, 0x1020}), nullptr);
         }
     }
 }
@@ -279,9 +279,9 @@ TEST(ExplicitLengthForm, ZeroShortFieldOfATolerantVrIsReserved) {
                                          Element(enc, 0x0011, 0x1020, "LO", "AFTER ")});
                 DicomDataSet set;
                 ASSERT_TRUE(ReadOne(bytes, enc, set));
-                ASSERT_NE(set.Find(0x00111010), nullptr);
-                EXPECT_EQ(set.Find(0x00111010)->valueLength, c.length);
-                EXPECT_NE(set.Find(0x00111020), nullptr);
+                ASSERT_NE(set.Find(Tag{0x0011, 0x1010}), nullptr);
+                EXPECT_EQ(set.Find(Tag{0x0011, 0x1010})->valueLength, c.length);
+                EXPECT_NE(set.Find(Tag{0x0011, 0x1020}), nullptr);
             }
         }
     }
@@ -295,14 +295,14 @@ TEST(ExplicitLengthForm, LongValuesNeedTheLongForm) {
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.vr));
         DicomDataSet set;
-        set.Insert(std::make_unique<DicomDataSetElement>(0x0011, 0x1010, VRFromCode(c.vr), Bytes(70000, 0x41)));
+        set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0011, 0x1010}, VRFromCode(c.vr), Bytes(70000, 0x41)));
         DicomMemoryDataStream out;
         out.SetEncoding(kExplicit);
         EXPECT_EQ(out.WriteDataSet(set), c.writable);
         if (!c.writable) continue;
         DicomDataSet back;
         ASSERT_TRUE(ReadOne(out.Bytes(), kExplicit, back));
-        EXPECT_EQ(back.Find(0x00111010)->valueLength, 70000u);
+        EXPECT_EQ(back.Find(Tag{0x0011, 0x1010})->valueLength, 70000u);
     }
 }
 

@@ -83,8 +83,7 @@ inline Bytes SequenceEnd(StreamEncoding enc) { return Cat({TagBytes(enc, 0xFFFE,
 // A data set node of a dictionary attribute (its tag and VR) holding text.
 inline auto Node(Lumivale::DataModule::DataAdapterModule::DicomCodecModule::Tag tag, std::string_view text) {
     using namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule;
-    const std::uint32_t number = TagNumber(tag);
-    return std::make_unique<DicomDataSetElement>(TagGroup(number), TagElement(number), TagVR(tag), Text(text));
+    return std::make_unique<DicomDataSetElement>(tag, TagVR(tag), Text(text));
 }
 
 }  // namespace DicomTestBytes

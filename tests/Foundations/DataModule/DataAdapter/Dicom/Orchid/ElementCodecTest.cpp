@@ -16,8 +16,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 // An element of the attribute's tag (and so its dictionary VM) but with the given VR.
 DicomDataSetElement ElementOf(Tag tag, VR vr) {
-    const std::uint32_t number = TagNumber(tag);
-    return DicomDataSetElement(TagGroup(number), TagElement(number), vr, Bytes{0x55});
+    return DicomDataSetElement(tag, vr, Bytes{0x55});
 }
 
 Bytes Text(std::string_view text) { return Bytes(text.begin(), text.end()); }
@@ -36,23 +35,23 @@ TEST(ValueRepresentationTable, CodesReadBackAndOutOfRangeIsUnknown) {
 
 TEST(DataDictionary, EveryRowIsFoundByTagAndKeyword) {
     for (std::uint32_t value = 1; value < DictionaryEntryCount(); ++value) {
-        const DictionaryEntry& entry = EntryByValue(static_cast<Tag>(value));
+        const DictionaryEntry& entry = EntryByValue(value);
         ASSERT_EQ(EntryByTag(entry.tag).value, value) << entry.name;
         if (!entry.keyword.empty()) {
             ASSERT_EQ(EntryByKeyword(entry.keyword).value, value) << entry.keyword;
         }
     }
-    EXPECT_EQ(EntryByValue(static_cast<Tag>(DictionaryEntryCount())).value, 0u);
-    EXPECT_EQ(EntryByTag(0x00091234).value, 0u);
+    EXPECT_EQ(EntryByValue(DictionaryEntryCount()).value, 0u);
+    EXPECT_EQ(EntryByTag(Tag{0x0009, 0x1234}).value, 0u);
     EXPECT_EQ(EntryByKeyword("NoSuchKeyword").value, 0u);
     EXPECT_EQ(EntryByKeyword("").value, 0u);
 }
 
 TEST(DataDictionary, OverlayGroupsFoldOntoTheFirst) {
-    EXPECT_EQ(EntryByTag(0x60023000).value, static_cast<std::uint32_t>(Tag::OverlayData));
-    EXPECT_EQ(EntryByTag(0x601E0010).vr, VR::US);
-    EXPECT_EQ(EntryByTag(0x60013000).value, 0u);  // odd groups are private, not overlays
-    EXPECT_EQ(EntryByTag(0x61003000).value, 0u);  // past the last overlay group
+    EXPECT_EQ(EntryByTag(Tag{0x6002, 0x3000}).value, EntryByTag(Tags::OverlayData).value);
+    EXPECT_EQ(EntryByTag(Tag{0x601E, 0x0010}).vr, VR::US);
+    EXPECT_EQ(EntryByTag(Tag{0x6001, 0x3000}).value, 0u);  // odd groups are private, not overlays
+    EXPECT_EQ(EntryByTag(Tag{0x6100, 0x3000}).value, 0u);  // past the last overlay group
 }
 
 TEST(ElementCodec, StoredBytesByVR) {
@@ -61,24 +60,24 @@ TEST(ElementCodec, StoredBytesByVR) {
     struct Case { const char* id; Tag tag; VR vr; std::function<void(OrchidDataElementCodec&)> store; Bytes expected;
         std::string trace; };
     const Case cases[] = {
-        {"CS odd padded with space", Tag::Modality, VR::CS, [](auto& c) { c.StoreCharacters("ABC"); }, Text("ABC "), ""},
-        {"CS even unpadded", Tag::Modality, VR::CS, [](auto& c) { c.StoreCharacters("AB"); }, Text("AB"), ""},
-        {"UI padded with NUL", Tag::SOPInstanceUID, VR::UI, [](auto& c) { c.StoreUID("1.2.3"); },
+        {"CS odd padded with space", Tags::Modality, VR::CS, [](auto& c) { c.StoreCharacters("ABC"); }, Text("ABC "), ""},
+        {"CS even unpadded", Tags::Modality, VR::CS, [](auto& c) { c.StoreCharacters("AB"); }, Text("AB"), ""},
+        {"UI padded with NUL", Tags::SOPInstanceUID, VR::UI, [](auto& c) { c.StoreUID("1.2.3"); },
          Bytes{'1', '.', '2', '.', '3', 0}, ""},
-        {"texts joined once padded", Tag::ImageType, VR::CS, [](auto& c) { c.StoreTexts({"A", "B"}); }, Text("A\\B "), ""},
-        {"IS integers", Tag::ReferencedFrameNumber, VR::IS, [&](auto& c) { c.StoreIntegers(ints); }, Text("1\\2\\3 "), ""},
-        {"US integers", Tag::Orchid_ImageZones, VR::US, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{1, 0, 2, 0, 3, 0}, ""},
-        {"SL integers", Tag::Orchid_Velor6CornerSize, VR::SL, [&](auto& c) { c.StoreIntegers(ints); },
+        {"texts joined once padded", Tags::ImageType, VR::CS, [](auto& c) { c.StoreTexts({"A", "B"}); }, Text("A\\B "), ""},
+        {"IS integers", Tags::ReferencedFrameNumber, VR::IS, [&](auto& c) { c.StoreIntegers(ints); }, Text("1\\2\\3 "), ""},
+        {"US integers", Tags::Orchid_ImageZones, VR::US, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{1, 0, 2, 0, 3, 0}, ""},
+        {"SL integers", Tags::Orchid_Velor6CornerSize, VR::SL, [&](auto& c) { c.StoreIntegers(ints); },
          Bytes{1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0}, ""},
-        {"FL integers untouched", Tag::Orchid_DoseWidthProduct, VR::FL, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{0x55},
+        {"FL integers untouched", Tags::Orchid_DoseWidthProduct, VR::FL, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{0x55},
          "Missing implementation for VR Floating Point Single"},
-        {"single-valued VM untouched", Tag::Rows, VR::US, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{0x55}, ""},
-        {"doubles into SL untouched", Tag::Orchid_Velor6CornerSize, VR::SL, [&](auto& c) { c.StoreDoubles(doubles); },
+        {"single-valued VM untouched", Tags::Rows, VR::US, [&](auto& c) { c.StoreIntegers(ints); }, Bytes{0x55}, ""},
+        {"doubles into SL untouched", Tags::Orchid_Velor6CornerSize, VR::SL, [&](auto& c) { c.StoreDoubles(doubles); },
          Bytes{0x55}, ""},
-        {"DS doubles", Tag::Orchid_PixelSpacing, VR::DS, [&](auto& c) { c.StoreDoubles(doubles); }, Text("0.5\\2 "), ""},
-        {"FL doubles", Tag::Orchid_DoseWidthProduct, VR::FL, [&](auto& c) { c.StoreDoubles(doubles); },
+        {"DS doubles", Tags::Orchid_PixelSpacing, VR::DS, [&](auto& c) { c.StoreDoubles(doubles); }, Text("0.5\\2 "), ""},
+        {"FL doubles", Tags::Orchid_DoseWidthProduct, VR::FL, [&](auto& c) { c.StoreDoubles(doubles); },
          Bytes{0, 0, 0, 0x3F, 0, 0, 0, 0x40}, ""},
-        {"OB odd padded with NUL", Tag::Orchid_Velor6DrawDataBuffer, VR::OB,
+        {"OB odd padded with NUL", Tags::Orchid_Velor6DrawDataBuffer, VR::OB,
          [](auto& c) { c.StoreBinary(Bytes{7, 8, 9}); }, Bytes{7, 8, 9, 0}, ""},
     };
     for (const Case& c : cases) {
@@ -96,7 +95,7 @@ TEST(ElementCodec, StoredBytesByVR) {
 }
 
 TEST(ElementCodec, FetchReadsWhatWasStored) {
-    DicomDataSetElement zones = ElementOf(Tag::Orchid_ImageZones, VR::SS);
+    DicomDataSetElement zones = ElementOf(Tags::Orchid_ImageZones, VR::SS);
     OrchidDataElementCodec zoneCodec(&zones);
     const std::int64_t values[] = {-2, 300};
     ASSERT_TRUE(zoneCodec.StoreIntegers(values));
@@ -104,7 +103,7 @@ TEST(ElementCodec, FetchReadsWhatWasStored) {
     ASSERT_TRUE(zoneCodec.FetchIntegers(integers));
     EXPECT_EQ(integers, (std::vector<std::int64_t>{-2, 300}));
 
-    DicomDataSetElement spacing = ElementOf(Tag::Orchid_PixelSpacing, VR::DS);
+    DicomDataSetElement spacing = ElementOf(Tags::Orchid_PixelSpacing, VR::DS);
     OrchidDataElementCodec spacingCodec(&spacing);
     const double pair[] = {0.125, -4};
     ASSERT_TRUE(spacingCodec.StoreDoubles(pair));

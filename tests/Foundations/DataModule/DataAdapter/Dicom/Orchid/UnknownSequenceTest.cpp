@@ -48,7 +48,7 @@ TEST(UnknownSequence, ItemsOfEitherLengthFormFromMemoryOrFile) {
         for (const bool inFile : {false, true}) {
             SCOPED_TRACE(std::string(c.id) + (inFile ? " in a file" : " in memory"));
             constexpr std::uint64_t kLead = 100;  // the value starts inside the file, not at its start
-            DicomDataSetElement element(0x0009, 0x11A0, ValueRepresentation::UN);
+            DicomDataSetElement element(Tag{0x0009, 0x11A0}, ValueRepresentation::UN);
             if (inFile) {
                 TestFiles::WriteBytes(scratch.path / "value.bin", Cat({Bytes(kLead, 0xEE), c.value, Bytes(50, 0xEE)}));
                 auto file = Portability::OpenFile::Open(Portability::Utf8FromPath(scratch.path / "value.bin"));
@@ -62,10 +62,10 @@ TEST(UnknownSequence, ItemsOfEitherLengthFormFromMemoryOrFile) {
             DicomReadResult result;
             const auto sequence = ReadValueAsSequence(element, options, result);
             ASSERT_NE(sequence, nullptr) << result.Text();
-            EXPECT_EQ(sequence->TagNumber(), 0x000911A0u);
+            EXPECT_EQ(sequence->tag, Tags::Orchid_CustomDataSequence);
             ASSERT_EQ(sequence->ItemCount(), c.items);
             if (c.items == 0) continue;
-            const DicomDataSetElement* value = sequence->Items()[0]->Find(0x000911A3);
+            const DicomDataSetElement* value = sequence->Items()[0]->Find(Tag{0x0009, 0x11A3});
             ASSERT_NE(value, nullptr);
             EXPECT_EQ(value->value.Size(), 2000u);
             // Long values stay in the file, at their offset in it; in memory there is no file to stay in.
@@ -74,7 +74,7 @@ TEST(UnknownSequence, ItemsOfEitherLengthFormFromMemoryOrFile) {
                 EXPECT_EQ(value->value.Region()->offset, kLead + 8 + 8 + 18 + 8 + 28 + 8);
             }
             std::vector<std::uint8_t> key;
-            ASSERT_TRUE(sequence->Items()[1]->Find(0x000911A1)->value.Load(key));
+            ASSERT_TRUE(sequence->Items()[1]->Find(Tag{0x0009, 0x11A1})->value.Load(key));
             EXPECT_EQ(std::string(key.begin(), key.end()), c.secondKey);
         }
     }
@@ -96,7 +96,7 @@ TEST(UnknownSequence, BytesThatAreNotItemsAreRefused) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.id);
-        DicomDataSetElement element(0x0009, 0x11A0, ValueRepresentation::UN);
+        DicomDataSetElement element(Tag{0x0009, 0x11A0}, ValueRepresentation::UN);
         element.value.SetBytes(c.value);
         DicomReadResult result;
         EXPECT_EQ(ReadValueAsSequence(element, {}, result), nullptr);

@@ -32,11 +32,11 @@ Bytes Distinct(std::size_t size) {
 // A meta group, a text of `filler` bytes, then a private value of `payload` bytes left in a file.
 DicomDataSet Sample(std::shared_ptr<Portability::OpenFile> source, std::size_t filler) {
     DicomDataSet set;
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0000, VR::UL, Bytes{0, 0, 0, 0}));
-    set.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0001, VR::OB, Bytes{0, 1}));
-    set.Insert(Node(Tag::TransferSyntaxUID, std::string_view("1.2.840.10008.1.2.1\0", 20)));
-    set.Insert(Node(Tag::PatientName, std::string(filler, 'A')));
-    auto value = std::make_unique<DicomDataSetElement>(0x0009, 0x11A3, VR::UN);
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0000}, VR::UL, Bytes{0, 0, 0, 0}));
+    set.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0001}, VR::OB, Bytes{0, 1}));
+    set.Insert(Node(Tags::TransferSyntaxUID, std::string_view("1.2.840.10008.1.2.1\0", 20)));
+    set.Insert(Node(Tags::PatientName, std::string(filler, 'A')));
+    auto value = std::make_unique<DicomDataSetElement>(Tag{0x0009, 0x11A3}, VR::UN);
     const std::uint64_t size = source->Size();
     value->valueLength = static_cast<std::uint32_t>(size);
     value->value.SetRegion(FileRegion{{std::move(source), 0, size}});
@@ -67,7 +67,7 @@ TEST(ValueAlignment, LargeValuesStartOnABlockSmallOnesAreNotPadded) {
 
             const bool large = payload >= kAlignedValueMinimum;
             EXPECT_TRUE(!large || offset % ValueBlockSize(payload) == 0);
-            EXPECT_TRUE(large || set.Find(Tag::PrivateInformation) == nullptr);
+            EXPECT_TRUE(large || set.Find(Tags::PrivateInformation) == nullptr);
             EXPECT_EQ(LargeValueFileOffset(set, StreamEncoding::ExplicitLittleEndian), large ? std::optional(offset) : std::nullopt);
 
             // Aligning again (a data set padded before) lands on the same place.

@@ -52,7 +52,7 @@ std::string CanonicalText(const DicomDataSet& dataSet, int depth) {
     std::string out;
     for (const auto& [tag, node] : dataSet) {
         const std::string vr(VRCode(WireVR(node->vr)));
-        out += Portability::TraceFormat("%d (%04X,%04X) %s ", depth, node->group, node->element, vr.c_str());
+        out += Portability::TraceFormat("%d (%04X,%04X) %s ", depth, node->tag.group, node->tag.element, vr.c_str());
         const auto* sequence = dynamic_cast<const DicomDataSetSequenceElement*>(node.get());
         if (!sequence) {
             out += ValueText(*node) + "\n";

@@ -42,9 +42,9 @@ int Main(int argc, char** argv) {
         return 0;
     }
     // A data set with a meta group says in (0002,0010) how its data set is encoded; keep that true.
-    if (dataSet.Count() != 0 && dataSet.begin()->second->group == 0x0002) {
+    if (dataSet.Count() != 0 && dataSet.begin()->second->tag.group == 0x0002) {
         const std::string_view uid = encoding->transferSyntax;
-        dataSet.Insert(std::make_unique<DicomDataSetElement>(0x0002, 0x0010, VR::UI,
+        dataSet.Insert(std::make_unique<DicomDataSetElement>(Tag{0x0002, 0x0010}, VR::UI,
                                                              std::vector<std::uint8_t>(uid.begin(), uid.end())));
     }
     if (WriteDicomFile(argv[3], dataSet, encoding->encoding)) return 0;

@@ -25,6 +25,23 @@ enum class ExplicitLengthForm : std::uint8_t {
                   // since some writers gave these VRs a 16-bit length
 };
 
+// How a value of the VR written as text (in a metadata document) is checked.
+enum class TextCheck : std::uint8_t {
+    None,        // text cannot carry the VR (OB, OW, SQ, UN, AT...)
+    Text,        // length and control characters only
+    CodeString,  // upper-case letters, digits, space, underscore
+    Age,         // nnnD, nnnW, nnnM or nnnY
+    Date,
+    Time,
+    DateTime,
+    Decimal,     // a decimal string
+    Integer,     // an integer string, 32-bit
+    Uid,         // dotted digits
+    PersonName,  // at most three component groups of five components
+    Binary,      // a binary number written as a decimal number within [minValue, maxValue]
+    Binary64,    // a 64-bit integer, checked exactly (signed when minValue is negative)
+};
+
 // One row of the VR table.
 struct ValueRepresentationRow {
     std::string_view code;         // two-letter code written in explicit-VR streams; empty for Unknown
@@ -38,6 +55,11 @@ struct ValueRepresentationRow {
     bool numeric;                  // the value holds numbers (binary or decimal text)
     std::uint8_t unitSize;         // bytes per unit, for byte swapping and value counting
     ExplicitLengthForm lengthForm; // header form in the explicit-VR encodings
+    TextCheck textCheck;           // check of a value given as text
+    bool multipleValues;           // "\" separates values (false for LT, ST, UR, UT)
+    bool freeText;                 // TAB, CR, LF and FF belong to the value (LT, ST, UT)
+    double minValue;               // range of a binary number given as text
+    double maxValue;
 };
 
 // Number of rows in the VR table.
@@ -67,7 +89,12 @@ unsigned VRUnitSize(ValueRepresentation vr) noexcept;
 ExplicitLengthForm VRLengthForm(ValueRepresentation vr) noexcept;
 // The delimiter between values of a multi-valued element: backslash for every VR.
 char VRValueDelimiter(ValueRepresentation vr) noexcept;
-// The VR with the given two-letter code, Unknown for any other text.
+// True when a value of the VR can be given as text (its text check is not None).
+bool VRTakesText(ValueRepresentation vr) noexcept;
+// True for the binary numbers, whose text is written as binary values.
+bool VRIsBinaryNumber(ValueRepresentation vr) noexcept;
+// The VR with the given two-letter code, Unknown for any other text: parse VR text with this
+// once, where it comes in, and test for Unknown.
 ValueRepresentation VRFromCode(std::string_view code) noexcept;
 
 }  // namespace Lumivale::DataModule::DataAdapterModule::DicomCodecModule
