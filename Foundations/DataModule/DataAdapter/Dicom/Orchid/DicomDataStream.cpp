@@ -65,8 +65,8 @@ void DicomDataStream::ResetReadState() noexcept {
     filledLaterOffsets_.clear();
 }
 
-bool DicomDataStream::Fail(DicomReadStatus status, std::uint64_t offset, std::uint16_t group, std::uint16_t element) {
-    if (result_) result_ = {status, offset, group, element};
+bool DicomDataStream::Fail(DicomReadStatus status, std::uint64_t offset, Tag tag) {
+    if (result_) result_ = {status, offset, tag};
     return false;
 }
 
@@ -102,7 +102,7 @@ bool DicomReadResult::NotDicom() const noexcept {
 
 std::string DicomReadResult::Text() const {
     std::string text = std::string(DicomReadStatusDescription(status)) + " at offset " + std::to_string(offset);
-    if (group != 0 || element != 0) text += " in TAG(" + Hex4(group) + "," + Hex4(element) + ")";
+    if (tag != Tag{}) text += " in TAG" + TagText(tag);
     return text;
 }
 
@@ -166,14 +166,14 @@ bool DicomDataStream::ReadLength(DicomDataSetElement& record) {
 
 bool DicomDataStream::OpenNested(DicomDataSetElement& record) {
     if (++openNesting_ > 2 * options_.maxSequenceDepth) {
-        return Fail(DicomReadStatus::NestingTooDeep, record.headerPosition, record.tag.group, record.tag.element);
+        return Fail(DicomReadStatus::NestingTooDeep, record.headerPosition, record.tag);
     }
     if (record.valueLength == kUndefinedLength || !IsNesting(record.kind)) return true;
     const std::uint64_t rawEnd = Position() + record.valueLength;
     const std::uint64_t end = EvenLength(rawEnd);
     const std::uint64_t limit = pendingEnds_.empty() ? EvenLength(Size()) : pendingEnds_.back().offset;
     if (end > limit) {
-        return Fail(DicomReadStatus::LengthPastContainer, record.headerPosition, record.tag.group, record.tag.element);
+        return Fail(DicomReadStatus::LengthPastContainer, record.headerPosition, record.tag);
     }
     const std::size_t depth = pendingEnds_.size();
     pendingEnds_.push_back({end, rawEnd, record.kind == DicomElementKind::Sequence ? DicomElementKind::SequenceDelimitation
@@ -184,7 +184,7 @@ bool DicomDataStream::OpenNested(DicomDataSetElement& record) {
 bool DicomDataStream::KeepInFile(DicomDataSetElement& record) {
     const std::uint64_t length = record.valueLength;
     if (length > Size() - Position()) {
-        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag.group, record.tag.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag);
     }
     if (auto source = ValueSource()) {
         record.value.SetRegion(FileRegion{{std::move(source), Position(), length, ValueDeflatedFrom()},
@@ -199,7 +199,7 @@ bool DicomDataStream::SkipsGroup(std::uint16_t group) const noexcept {
 
 bool DicomDataStream::SkipValue(const DicomDataSetElement& record) {
     if (record.valueLength > Size() - Position() || !Skip(record.valueLength)) {
-        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag.group, record.tag.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag);
     }
     return true;
 }
@@ -207,7 +207,7 @@ bool DicomDataStream::SkipValue(const DicomDataSetElement& record) {
 bool DicomDataStream::Hold(std::uint64_t bytes, const DicomDataSetElement& record) {
     heldBytes_ += bytes;
     if (heldBytes_ <= options_.maxHeldBytes) return true;
-    return Fail(DicomReadStatus::TooMuchHeld, record.headerPosition, record.tag.group, record.tag.element);
+    return Fail(DicomReadStatus::TooMuchHeld, record.headerPosition, record.tag);
 }
 
 bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
@@ -226,7 +226,7 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
         return KeepInFile(record);
     }
     if (record.valueLength > Size() - Position()) {
-        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag.group, record.tag.element);
+        return Fail(DicomReadStatus::ValuePastEnd, record.headerPosition, record.tag);
     }
     // An inflated data set is read once, forward: its short values are loaded now rather than
     // inflated again, however little keepInFileAbove asks to load.
@@ -241,7 +241,7 @@ bool DicomDataStream::ReadValue(DicomDataSetElement& record) {
     // Whole units are put in host order; a trailing partial unit of a malformed value stays as read.
     const std::uint64_t whole = bytes.size() - bytes.size() % unit;
     if (!ReadUnits(bytes.data(), whole, unit) || !ReadRaw(bytes.data() + whole, bytes.size() - whole)) {
-        return Fail(DicomReadStatus::ValueUnreadable, record.headerPosition, record.tag.group, record.tag.element);
+        return Fail(DicomReadStatus::ValueUnreadable, record.headerPosition, record.tag);
     }
     if (record.vr == ValueRepresentation::UI && bytes.back() == ' ') bytes.back() = 0;
     record.value.SetBytes(std::move(bytes));
@@ -352,7 +352,7 @@ bool DicomDataStream::ReadLoop(CallbackHandler& handler, bool metaGroupOnly, std
         if (skipped) continue;
         if (transferSyntax && record.tag == Tags::TransferSyntaxUID) record.value.Load(*transferSyntax);
         if (!handler.ElementRead(record)) {
-            return Fail(DicomReadStatus::ElementRejected, record.headerPosition, record.tag.group, record.tag.element);
+            return Fail(DicomReadStatus::ElementRejected, record.headerPosition, record.tag);
         }
     }
 }

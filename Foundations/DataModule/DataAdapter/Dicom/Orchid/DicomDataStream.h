@@ -69,13 +69,13 @@ std::string_view DicomReadStatusDescription(DicomReadStatus status) noexcept;
 struct DicomReadResult {
     DicomReadStatus status = DicomReadStatus::Success;
     std::uint64_t offset = 0;              // stream offset of the element (or position) concerned
-    std::uint16_t group = 0, element = 0;  // the element's tag; both 0 when none was concerned
+    Tag tag{};                             // the element's tag; (0000,0000) when none was concerned
 
     explicit operator bool() const noexcept { return status == DicomReadStatus::Success; }
     // True when the source is no DICOM data at all (or could not be opened), rather than DICOM
     // data damaged at offset.
     bool NotDicom() const noexcept;
-    // The status's description, " at offset N" and, when a tag is known, " in TAG(gggg,eeee)".
+    // The status's description, " at offset N" and, when a tag is known, " in TAG(GGGG,EEEE)".
     std::string Text() const;
 };
 
@@ -149,7 +149,7 @@ public:
     // How the reads so far went: the first failure, or success.
     const DicomReadResult& ReadResult() const noexcept { return result_; }
     // Record a failure of reading (the first one wins) and return false.
-    bool Fail(DicomReadStatus status, std::uint64_t offset, std::uint16_t group = 0, std::uint16_t element = 0);
+    bool Fail(DicomReadStatus status, std::uint64_t offset, Tag tag = {});
 
 private:
     struct PendingEnd {

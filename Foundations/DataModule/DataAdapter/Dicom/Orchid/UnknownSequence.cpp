@@ -65,7 +65,7 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadItems(DicomDataStream& stream, 
     edge.tag.element = kSequenceDelimitationElement;
     if (!read || !fill.ElementRead(edge)) {
         result = stream.ReadResult() ? DicomReadResult{DicomReadStatus::UnknownNotItems, element.valuePosition,
-                                                       element.tag.group, element.tag.element}
+                                                       element.tag}
                                      : stream.ReadResult();
         LV_TRACE("Module DicomDataStream", "%s", result.Text().c_str());
         return nullptr;
@@ -85,15 +85,14 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadValueAsSequence(const DicomData
     result = {};
     if (const FileRegion* region = element.value.Region()) {
         if (!region->IsInsideFile()) {
-            result = {DicomReadStatus::UnknownOutsideFile, element.valuePosition, element.tag.group, element.tag.element};
+            result = {DicomReadStatus::UnknownOutsideFile, element.valuePosition, element.tag};
             return nullptr;
         }
         if (region->deflatedFrom) {
             // Its bytes exist only inflated: loaded whole, within what a read may hold.
             std::vector<std::uint8_t> bytes;
             if (region->length > options.maxHeldBytes || !LoadRegion(*region, bytes)) {
-                result = {DicomReadStatus::UnknownNotHeld, element.valuePosition, element.tag.group,
-                          element.tag.element};
+                result = {DicomReadStatus::UnknownNotHeld, element.valuePosition, element.tag};
                 LV_TRACE("Module DicomDataStream", "%s", result.Text().c_str());
                 return nullptr;
             }
@@ -102,7 +101,7 @@ std::unique_ptr<DicomDataSetSequenceElement> ReadValueAsSequence(const DicomData
         }
         WindowDataStream stream(region->file, region->offset, region->offset + region->length);
         if (!stream.Opened()) {
-            result = {DicomReadStatus::UnknownUnreachable, region->offset, element.tag.group, element.tag.element};
+            result = {DicomReadStatus::UnknownUnreachable, region->offset, element.tag};
             return nullptr;
         }
         return ReadItems(stream, element, options, result);

@@ -145,14 +145,13 @@ TEST(DataStreamRead, HostileInputFailsCleanly) {
         EXPECT_EQ(result.status, c.status);
         EXPECT_FALSE(result.NotDicom());
         EXPECT_EQ(result.offset, c.offset);
-        EXPECT_EQ(result.group, c.group);
-        EXPECT_EQ(result.element, c.element);
+        EXPECT_EQ(result.tag, (Tag{c.group, c.element}));
     }
 }
 
 // The text is derived from the status, with the offset and, when there is one, the tag.
 TEST(DataStreamRead, ResultTextNamesStatusOffsetAndTag) {
-    EXPECT_EQ((DicomReadResult{DicomReadStatus::ValuePastEnd, 118, 0x0010, 0x4000}).Text(),
+    EXPECT_EQ((DicomReadResult{DicomReadStatus::ValuePastEnd, 118, {0x0010, 0x4000}}).Text(),
               "Value runs past the end of the data at offset 118 in TAG(0010,4000)");
     EXPECT_EQ((DicomReadResult{DicomReadStatus::TruncatedHeader, 7}).Text(), "Truncated element header at offset 7");
 }
@@ -194,7 +193,7 @@ TEST(DataStreamRead, HeldBytesAreBounded) {
     EXPECT_FALSE(ReadInto(stream, kExplicit, dataSet));
     EXPECT_EQ(stream.ReadResult().status, DicomReadStatus::TooMuchHeld);
     EXPECT_EQ(stream.ReadResult().offset, 118u);
-    EXPECT_EQ(stream.ReadResult().element, 0x4000);
+    EXPECT_EQ(stream.ReadResult().tag.element, 0x4000);
 }
 
 // Every VR the standard defines apart from SQ, whose items have their own tests.
