@@ -51,6 +51,20 @@ bool StoredContentMatches(const Lumivale::DataModule::ByteBuffer& content, const
     return ContentSha256(content, digest) && digest == recorded;
 }
 
+// The writer of an unpack's output. Without --force an existing output is refused now, and the
+// last step refuses one that appeared since; a device, FIFO or descriptor (/dev/null,
+// /dev/stdout) is written through, never replaced.
+Portability::AtomicFileWriter OutputWriter(const fs::path& output, bool force) {
+    boost::system::error_code error;
+    const fs::file_type type = fs::status(output, error).type();
+    if (!force && type != fs::status_unknown && type != fs::file_not_found &&
+        !Portability::IsWrittenThrough(output.string())) {
+        throw std::runtime_error(AlreadyExists(output));
+    }
+    return Portability::AtomicFileWriter(output.string(), force ? Portability::ExistingTarget::replace
+                                                                : Portability::ExistingTarget::refuse);
+}
+
 // A part of a split payload, found for the set of the first input.
 struct PartEntry {
     FoundPart found;
@@ -159,14 +173,7 @@ void UnpackParts(const UnpackRecord& record, const PayloadFacts& facts) {
         return;
     }
     const fs::path output = ResolveUnpackOutput(record.target, record.input, facts.name);
-    boost::system::error_code error;
-    const fs::file_type type = fs::status(output, error).type();
-    if (!record.force && type != fs::status_unknown && type != fs::file_not_found &&
-        !Portability::IsWrittenThrough(output.string())) {
-        throw std::runtime_error(AlreadyExists(output));
-    }
-    Portability::AtomicFileWriter writer(output.string(), record.force ? Portability::ExistingTarget::replace
-                                                                       : Portability::ExistingTarget::refuse);
+    Portability::AtomicFileWriter writer = OutputWriter(output, record.force);
     if (writer.Open()) WriteParts(parts, input, verify, &writer);
     if (writer.failure() != Portability::WriteFailure::none || writer.size() != facts.part->total_size ||
         !writer.Commit()) {
@@ -210,17 +217,7 @@ void unpack(const UnpackRecord& record) {
     // the extension of its MIME type.
     const std::string name = facts.name.empty() ? naming.stem().string() + facts.document_extension : facts.name;
     const fs::path output = ResolveUnpackOutput(record.target, naming, name);
-    boost::system::error_code error;
-    const fs::file_type type = fs::status(output, error).type();
-    // A device, FIFO or descriptor (/dev/null, /dev/stdout) is written through, never replaced.
-    if (!record.force && type != fs::status_unknown && type != fs::file_not_found &&
-        !Portability::IsWrittenThrough(output.string())) {
-        throw std::runtime_error(AlreadyExists(output));
-    }
-
-    // Without --force the last step refuses an output that appeared since the check above.
-    Portability::AtomicFileWriter writer(output.string(), record.force ? Portability::ExistingTarget::replace
-                                                                       : Portability::ExistingTarget::refuse);
+    Portability::AtomicFileWriter writer = OutputWriter(output, record.force);
     // A file is checked as it is written, and a mismatch leaves nothing behind: the writer is
     // dropped without taking the output's name. What is written through is checked first.
     const bool checkFirst = verify && Portability::IsWrittenThrough(output.string());

@@ -159,6 +159,20 @@ bool ClaimSiblingName(const std::string& directory, WriteFailure& failure, std::
     return false;
 }
 
+// Writes all size bytes at `at`, or at the file's position when `at` is negative; 0, or the
+// errno of the failure (ENOSPC for a write that makes no progress).
+int WriteAll(int fd, const void* data, std::size_t size, off_t at = -1) {
+    const char* bytes = static_cast<const char*>(data);
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t put = at < 0 ? ::write(fd, bytes + done, size - done)
+                                   : ::pwrite(fd, bytes + done, size - done, at + static_cast<off_t>(done));
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) return put < 0 ? errno : ENOSPC;
+        done += static_cast<std::size_t>(put);
+    }
+    return 0;
+}
+
 // Copy through a buffer; false with the failure's kind in failure.
 bool CopyBuffered(int source_fd, std::uint64_t offset, std::uint64_t length, int target_fd, WriteFailure& failure) {
     constexpr std::size_t kChunk = 1 << 20;
@@ -178,16 +192,10 @@ bool CopyBuffered(int source_fd, std::uint64_t offset, std::uint64_t length, int
             failure = WriteFailure::source;
             return false;
         }
-        for (ssize_t done = 0; done < got;) {
-            const ssize_t put = ::write(target_fd, buffer.data() + done, static_cast<std::size_t>(got - done));
-            if (put < 0 && errno == EINTR) continue;
-            if (put <= 0) {
-                const int error = put < 0 ? errno : ENOSPC;
-                LV_TRACE(kModule, "Cannot write the output: %s", std::strerror(error));
-                failure = FailureOf(error);
-                return false;
-            }
-            done += put;
+        if (const int error = WriteAll(target_fd, buffer.data(), static_cast<std::size_t>(got))) {
+            LV_TRACE(kModule, "Cannot write the output: %s", std::strerror(error));
+            failure = FailureOf(error);
+            return false;
         }
         offset += static_cast<std::uint64_t>(got);
         length -= static_cast<std::uint64_t>(got);
@@ -360,16 +368,9 @@ bool AtomicFileWriter::Open() {
 
 bool AtomicFileWriter::Write(const void* data, std::size_t size) {
     if (!temporary_) return Fail(WriteFailure::io);
-    const char* bytes = static_cast<const char*>(data);
-    for (std::size_t done = 0; done < size;) {
-        const ssize_t put = ::write(temporary_->fd, bytes + done, size - done);
-        if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) {
-            const int error = put < 0 ? errno : ENOSPC;
-            TraceError("Cannot write the output for", target_, error);
-            return Fail(FailureOf(error));
-        }
-        done += static_cast<std::size_t>(put);
+    if (const int error = WriteAll(temporary_->fd, data, size)) {
+        TraceError("Cannot write the output for", target_, error);
+        return Fail(FailureOf(error));
     }
     size_ += size;
     return true;
@@ -460,16 +461,9 @@ bool AtomicFileWriter::CopyFrom(int source_fd, std::uint64_t offset, std::uint64
 
 bool AtomicFileWriter::WriteAt(std::uint64_t offset, const void* data, std::size_t size) {
     if (!temporary_ || offset > size_ || size > size_ - offset) return Fail(WriteFailure::io);
-    const char* bytes = static_cast<const char*>(data);
-    for (std::size_t done = 0; done < size;) {
-        const ssize_t put = ::pwrite(temporary_->fd, bytes + done, size - done, static_cast<off_t>(offset + done));
-        if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) {
-            const int error = put < 0 ? errno : ENOSPC;
-            TraceError("Cannot write the output for", target_, error);
-            return Fail(FailureOf(error));
-        }
-        done += static_cast<std::size_t>(put);
+    if (const int error = WriteAll(temporary_->fd, data, size, static_cast<off_t>(offset))) {
+        TraceError("Cannot write the output for", target_, error);
+        return Fail(FailureOf(error));
     }
     return true;
 }

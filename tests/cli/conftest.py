@@ -1,4 +1,5 @@
 """Shared helpers of the end-to-end suites: run the built tool and capture exactly what it prints."""
+import contextlib
 import os
 import pathlib
 import shlex
@@ -112,3 +113,23 @@ def pack(run, tmp_path):
         return tmp_path / output
 
     return _pack
+
+
+@contextlib.contextmanager
+def xfs_loop_mount(base, size):
+    """An XFS file system with reflink on a loop image of size bytes (sparse) in base, mounted for
+    the duration; skips where mkfs.xfs or loop mounts are missing."""
+    if shutil.which("mkfs.xfs") is None:
+        pytest.skip("needs mkfs.xfs for an XFS loop image")
+    image, mount = base / "xfs.img", base / "mnt"
+    image.touch()
+    os.truncate(image, size)
+    mount.mkdir()
+    subprocess.run(["mkfs.xfs", "-q", "-m", "reflink=1", str(image)], check=True)
+    if subprocess.run(["mount", "-o", "loop", str(image), str(mount)], capture_output=True).returncode != 0:
+        pytest.skip("this machine cannot mount a loop image")
+    try:
+        yield mount
+    finally:
+        subprocess.run(["umount", str(mount)], check=False)
+        image.unlink()

@@ -4,13 +4,12 @@ the file, and a file whose layout another tool changed still unpacks. On an XFS 
 (root only), pack and unpack share extents."""
 import os
 import random
-import shutil
 import subprocess
 
 import pydicom
 import pytest
 
-from conftest import METADATA, WINDOWS, dciodvfy_errors, dcmftest_accepts
+from conftest import METADATA, WINDOWS, dciodvfy_errors, dcmftest_accepts, xfs_loop_mount
 
 BLOCK = 4096
 MINIMUM = 64 * 1024
@@ -75,19 +74,8 @@ def test_file_rewritten_without_padding_still_unpacks(run, tmp_path):
 
 @pytest.fixture
 def xfs_mount(tmp_path):
-    if shutil.which("mkfs.xfs") is None:
-        pytest.skip("needs mkfs.xfs for an XFS loop image")
-    image, mount = tmp_path / "xfs.img", tmp_path / "mnt"
-    image.touch()
-    os.truncate(image, 512 << 20)
-    mount.mkdir()
-    subprocess.run(["mkfs.xfs", "-q", "-m", "reflink=1", str(image)], check=True)
-    if subprocess.run(["mount", "-o", "loop", str(image), str(mount)], capture_output=True).returncode != 0:
-        pytest.skip("this machine cannot mount a loop image")
-    try:
+    with xfs_loop_mount(tmp_path, 512 << 20) as mount:
         yield mount
-    finally:
-        subprocess.run(["umount", str(mount)], check=False)
 
 
 def shared_blocks(path):

@@ -5,13 +5,12 @@ part. The 4.7 GiB payload is sparse with a few random blocks, on an XFS image wi
 that the copies are clones and disk and time stay small (root only)."""
 import os
 import random
-import shutil
 import subprocess
 
 import pydicom
 import pytest
 
-from conftest import METADATA, WINDOWS, dciodvfy_errors
+from conftest import METADATA, WINDOWS, dciodvfy_errors, xfs_loop_mount
 
 pytestmark = pytest.mark.skipif(WINDOWS or os.geteuid() != 0, reason="an XFS loop image is mounted by root on Linux")
 
@@ -32,21 +31,8 @@ class Tool:
 
 @pytest.fixture(scope="module")
 def xfs(tmp_path_factory, tool):
-    if shutil.which("mkfs.xfs") is None:
-        pytest.skip("needs mkfs.xfs for an XFS loop image")
-    base = tmp_path_factory.mktemp("split")
-    image, mount = base / "xfs.img", base / "mnt"
-    image.touch()
-    os.truncate(image, 8 << 30)
-    mount.mkdir()
-    subprocess.run(["mkfs.xfs", "-q", "-m", "reflink=1", str(image)], check=True)
-    if subprocess.run(["mount", "-o", "loop", str(image), str(mount)], capture_output=True).returncode != 0:
-        pytest.skip("this machine cannot mount a loop image")
-    try:
+    with xfs_loop_mount(tmp_path_factory.mktemp("split"), 8 << 30) as mount:
         yield Tool(tool, mount)
-    finally:
-        subprocess.run(["umount", str(mount)], check=False)
-        image.unlink()
 
 
 @pytest.fixture(scope="module")
