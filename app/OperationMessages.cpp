@@ -96,9 +96,11 @@ std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::str
 
 std::string InputUnreadable(const std::string& input) { return "Could not read " + QuotedPath(input) + "."; }
 
-std::string PartsToStandardOutput(const std::string& input, std::uint64_t size, std::size_t parts) {
+std::string PartsWithoutFileNames(const std::string& input, std::uint64_t size, std::size_t parts,
+                                  const std::string& output) {
+    const std::string target = output.empty() ? "the standard output" : QuotedPath(output);
     return "The input file " + QuotedPath(input) + " (" + std::to_string(size) + " bytes) is packed into " +
-           std::to_string(parts) + " files: use the --output or --Output option rather than the standard output.";
+           std::to_string(parts) + " files: use the --output or --Output option rather than " + target + ".";
 }
 
 std::string PartMismatch(const std::string& input, unsigned index, const std::string& path) {

@@ -34,8 +34,10 @@ std::string UnpackWriteFailure(Portability::WriteFailure failure, const std::str
 
 // Pack: "Could not read \"INPUT\"."
 std::string InputUnreadable(const std::string& input);
-// Pack of a payload of size bytes, split into parts files, to the standard output.
-std::string PartsToStandardOutput(const std::string& input, std::uint64_t size, std::size_t parts);
+// Pack of a payload of size bytes, split into parts files, to the standard output (output empty)
+// or to an output written through, such as a device, that gives the parts no names.
+std::string PartsWithoutFileNames(const std::string& input, std::uint64_t size, std::size_t parts,
+                                  const std::string& output);
 
 // Unpack: the part of index held by path does not match its own digest.
 std::string PartMismatch(const std::string& input, unsigned index, const std::string& path);

@@ -122,8 +122,9 @@ void pack(int argc, const char* const argv[], const PackRecord& record) {
     request.content = OpenPayload(record.input, input, record.pack_class == PackClass::document);
     progress.Restart(input.Size());
     const std::vector<PayloadPart> plan = PlanParts(input.Size(), kMaxPayloadBytes);
-    if (plan.size() > 1 && toStandardOutput) {
-        throw std::runtime_error(PartsToStandardOutput(record.input.string(), input.Size(), plan.size()));
+    if (plan.size() > 1 && (toStandardOutput || Portability::IsWrittenThrough(record.output.string()))) {
+        throw std::runtime_error(PartsWithoutFileNames(record.input.string(), input.Size(), plan.size(),
+                                                       toStandardOutput ? std::string() : record.output.string()));
     }
     request.command_line = RecordCommandLine(argc, argv);
     request.original_name = OriginalName(record);

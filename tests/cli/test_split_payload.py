@@ -135,6 +135,9 @@ def test_refusals_leave_nothing_as_root(xfs, packed):
         ("standard output", ["pack", "-i", "big.bin", "-m", METADATA, "-o", "-"], None,
          f'Error: The input file "big.bin" ({SIZE} bytes) is packed into 2 files: use the --output or --Output option '
          'rather than the standard output.\n'),
+        ("a device", ["pack", "-i", "big.bin", "-m", METADATA, "-o", "/dev/null"], None,
+         f'Error: The input file "big.bin" ({SIZE} bytes) is packed into 2 files: use the --output or --Output option '
+         'rather than "/dev/null".\n'),
         ("a document is one value", ["pack", "-i", "big.bin", "-m", METADATA, "-c", "document", "-o", "lone/doc.dcm"], None,
          f'Error: The input file "big.bin" is too large to be packed ({SIZE} bytes): a DICOM value holds at most '
          '4278190078 bytes.\n'),
