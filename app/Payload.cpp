@@ -119,12 +119,12 @@ PayloadReadResult ExtractPart(const CustomDataStore& store, std::optional<PartFa
 
 }  // namespace
 
-bool ContentSha256(const ByteBuffer& content, std::string& hex) {
+bool ContentSha256(const ByteBuffer& content, std::string& hex, const std::atomic<bool>* stop) {
     Portability::Sha256 digest;
     if (const Lumivale::DataModule::FileRegion* region = content.Region()) {
-        const auto hash = [&digest](std::uint8_t* bytes, std::size_t size) {
+        const auto hash = [&digest, stop](std::uint8_t* bytes, std::size_t size) {
             digest.Update(bytes, size);
-            return true;
+            return stop == nullptr || !*stop;
         };
         if (!dcm::ReadRegionInChunks(dcm::FileRegion{*region}, hash)) return false;
     } else {

@@ -9,6 +9,7 @@
 #include "Foundations/DataModule/Values/ByteBuffer.h"
 #include "Portability/Misc/OpenFile.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -86,8 +87,9 @@ enum class PayloadReadResult {
 };
 
 // The SHA-256 of content as lower-case hex into hex; a region of a file (a deflated one included)
-// is read in chunks. False when its bytes cannot be read.
-bool ContentSha256(const Lumivale::DataModule::ByteBuffer& content, std::string& hex);
+// is read in chunks. False when its bytes cannot be read, or when stop is set while they are.
+bool ContentSha256(const Lumivale::DataModule::ByteBuffer& content, std::string& hex,
+                   const std::atomic<bool>* stop = nullptr);
 
 // The arguments from argv[1] on, joined by one space; an argument holding a space is put between
 // double quotes, nothing else is escaped.
